@@ -1,0 +1,84 @@
+#pragma once
+
+#include "db/Database.h"
+#include "ftp/Session.h"
+
+#include <QByteArray>
+#include <QString>
+
+#include <vector>
+
+namespace venlo
+{
+
+struct Flags;
+
+/// Reads and fills the current site's cache table, the mirror of the remote tree in the database.
+/// Directories are normalised first. Every query lists a directory never seen before. What the
+/// server's words cannot be relied on for is remembered as incomplete in the database.
+class DirectoryCache
+{
+public:
+    enum LoadMode { IfAbsent = 0, Replace = 1, WithSubFolders = 2 };
+
+    DirectoryCache(Session &session, Database &database, FrontEnd &frontEnd, Flags &flags);
+
+    void sjNormDir(QString &dir) const;
+    [[nodiscard]] QString normalised(const QString &dir) const;
+
+    /// ok stays untouched when not connected. names: sub-folder names of a mode-2 listing. Throws
+    /// DbError for entries that do not fit, after storing the rest.
+    void caLoadDir(const QString &dir, LoadMode mode, QString &names, bool &ok);
+    /// Refreshes the whole subtree from the server.
+    void caRefresh(const QString &dir);
+    [[nodiscard]] QString caSubFolds(const QString &dir);
+    [[nodiscard]] QString caFileNames(const QString &dir);
+    void caDirList(const QString &dir, QString &folderLines, QString &fileLines);
+    void caDirNames(const QString &dir, QString &folderNames, QString &fileNames);
+    [[nodiscard]] bool caHasSub(const QString &dir);
+    /// sizeText ends with "|"; both stay empty when the entry is not cached.
+    void caEntInfo(const QString &dir, const QString &name, bool folder, QString &dateText,
+                   QString &sizeText);
+    void caAddFile(const QString &localPath, const QString &dir, const QString &name);
+    void caAddFold(const QString &localPath, const QString &dir, const QString &name);
+
+    /// Cache upkeep after the server confirmed a change.
+    void forgetFile(const QString &dir, const QString &name);
+    void forgetFolder(const QString &dir, const QString &name);
+    void renamed(const QString &dir, const QString &oldName, const QString &newName, bool folder);
+    void folderMade(const QString &dir, const QString &name);
+
+    /// A directory whose rows are not the whole truth, and why.
+    struct Incomplete {
+        QString dir;
+        QString why;
+        bool refused = false; ///< the server refused to make it current (it may not exist)
+    };
+    /// Incomplete directories at or below dir.
+    [[nodiscard]] std::vector<Incomplete> incompleteUnder(const QString &dir);
+
+    /// The bytes that address an entry, as the server sent them; encoded anew when not cached.
+    [[nodiscard]] QByteArray rawName(const QString &dir, const QString &name);
+    /// The bytes of a whole path, component by component.
+    [[nodiscard]] QByteArray rawPath(const QString &dir);
+    /// An entry's cached time (day count) and true size in bytes; false when not cached.
+    [[nodiscard]] bool cachedFile(const QString &dir, const QString &name, double &day,
+                                  qint64 &size);
+    /// Takes MDTM's minute for a file whose listing shows only a day; the new day count, or
+    /// nothing when the listing stands.
+    [[nodiscard]] std::optional<double> refineTime(const QString &dir, const QString &name);
+    /// Entries that are shown with a day only, below dir: (directory, name).
+    [[nodiscard]] std::vector<std::pair<QString, QString>> dayOnlyUnder(const QString &dir);
+
+    /// Why an operation must not touch this directory (it holds the server's text behind a
+    /// leading "/" and would reach another one), empty when it may. Logs the refusal.
+    [[nodiscard]] bool refusesPath(const QString &dir);
+
+private:
+    Session &m_session;
+    Database &m_database;
+    FrontEnd &m_frontEnd;
+    Flags &m_flags;
+};
+
+} // namespace venlo

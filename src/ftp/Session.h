@@ -1,0 +1,73 @@
+#pragma once
+
+#include "ftp/protocol/FtpClient.h"
+
+#include <QString>
+
+#include <memory>
+#include <optional>
+
+namespace venlo
+{
+
+class Database;
+class ErrorLog;
+class EventLog;
+class FrontEnd;
+class Waiter;
+
+/// The one FTP session of the program: closed, open (a handle and its proxy) or connected to one
+/// registered site. All remote operations use the client kept here and call ftReConect when an
+/// operation fails. One function changes the state, and it logs.
+class Session
+{
+public:
+    enum State { Closed = 0, Open = 1, Connected = 2 };
+
+    Session(FrontEnd &frontEnd, Database &database, ErrorLog &errorLog, EventLog &eventLog,
+            ClientLimits limits = {});
+    ~Session();
+    Session(const Session &) = delete;
+    Session &operator=(const Session &) = delete;
+
+    /// Opens the handle; reopen true keeps the remembered proxy and the log. While connected it
+    /// disconnects instead. In state 1 ok stays as the caller set it, so callers pass true.
+    void OpenInternet(const QString &proxy, bool &ok, bool reopen);
+    void CloseInternet();
+    /// Connects to a registered site; only in state 1.
+    void Connect(const QString &siteName, const QString &server, const QString &user,
+                 const QString &password, bool passive, bool &ok);
+    void Disconnect();
+    /// Reconnects with the stored information, five attempts.
+    void ftReConect(bool &ok);
+    /// Current directory as the server reports it, empty when it does not.
+    [[nodiscard]] QString GetRemoteDir();
+    /// bSvDb of the current site, looked up by the name of its cache table.
+    [[nodiscard]] bool SiteKeepsCache();
+
+    [[nodiscard]] State state() const;
+    /// State after a look at the control connection: a connection the server has closed is 1.
+    [[nodiscard]] bool connected() const { return state() == Connected; }
+    [[nodiscard]] QString server() const;
+    [[nodiscard]] QString proxy() const;
+    [[nodiscard]] QString homeDirectory() const;
+    [[nodiscard]] QString currentRemoteDir() const;
+    void setCurrentRemoteDir(const QString &dir);
+    /// Name of the current site's cache table, empty before the first connect.
+    [[nodiscard]] QString currentSite() const;
+    void setCurrentSite(const QString &table);
+    /// Only while connected.
+    [[nodiscard]] FtpClient &client();
+    /// Seconds to add to a LIST server's wall clock to get UTC, once learned (see DirectoryCache).
+    std::optional<qint64> listOffset;
+
+    [[nodiscard]] FrontEnd &frontEnd();
+    [[nodiscard]] ErrorLog &errorLog();
+    [[nodiscard]] EventLog &eventLog();
+
+private:
+    struct Data;
+    std::unique_ptr<Data> m;
+};
+
+} // namespace venlo

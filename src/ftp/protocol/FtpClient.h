@@ -1,0 +1,95 @@
+#pragma once
+
+#include "ftp/protocol/Listing.h"
+#include "ftp/protocol/NameCodec.h"
+#include "shared/Result.h"
+
+#include <QByteArray>
+#include <QDateTime>
+#include <QString>
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <vector>
+
+class QIODevice;
+
+namespace venlo
+{
+
+class ControlChannel;
+class DataChannel;
+class Waiter;
+
+/// What to connect to and how.
+struct ConnectOptions {
+    QString server; ///< see ServerAddress
+    QString user;
+    QString password;
+    QString proxy; ///< see parseProxy
+    bool passive = true;
+};
+
+/// Limits of the client's waits.
+struct ClientLimits {
+    std::chrono::milliseconds connect{30'000};
+    std::chrono::milliseconds reply{60'000};
+    std::chrono::milliseconds idleData{60'000}; ///< a data connection that moves no byte
+    int maxEntries = 1'000'000;
+    qint64 maxListingBytes = 512LL * 1024 * 1024;
+};
+
+/// The FTP client: one control connection with a current directory and honest state. Every reply
+/// is accounted for; a lost connection is reported, never hidden by a silent new login. Names
+/// travel as raw bytes; CR, LF and NUL never do. Waits through its Waiter only.
+class FtpClient
+{
+public:
+    FtpClient(Waiter &waiter, ClientLimits limits);
+    ~FtpClient();
+
+    [[nodiscard]] Result<void> open(const ConnectOptions &options);
+    /// QUIT without waiting long, then closes. Never fails.
+    void close();
+    [[nodiscard]] bool isOpen() const;
+
+    [[nodiscard]] Result<QString> printDirectory();
+    /// Absolute directory as bytes. No command is sent when the server is there already.
+    [[nodiscard]] Result<void> changeDirectory(const QByteArray &dir);
+    /// Lists the current directory: MLSD when FEAT has it, otherwise LIST. An error is a listing
+    /// that broke before its first entry; a later break is a Listing that is not whole.
+    [[nodiscard]] Result<Listing> list();
+
+    using Progress = std::function<void(qint64 done)>;
+    /// Downloads a file of the current directory into the device. The bytes received.
+    [[nodiscard]] Result<qint64> retrieve(const QByteArray &name, QIODevice &to,
+                                          const Progress &progress);
+    /// Uploads the device to a file of the current directory. The bytes sent.
+    [[nodiscard]] Result<qint64> store(const QByteArray &name, QIODevice &from,
+                                       const Progress &progress);
+    [[nodiscard]] Result<void> rename(const QByteArray &from, const QByteArray &to);
+    [[nodiscard]] Result<void> removeFile(const QByteArray &nameOrPath);
+    [[nodiscard]] Result<void> makeDirectory(const QByteArray &name);
+    [[nodiscard]] Result<void> removeDirectory(const QByteArray &name);
+    /// SIZE (RFC 3659, 4); Refused when the server does not have it.
+    [[nodiscard]] Result<qint64> size(const QByteArray &name);
+    /// MDTM (RFC 3659, 3): UTC.
+    [[nodiscard]] Result<QDateTime> modificationTime(const QByteArray &name);
+    /// MFMT, or MDTM with a time. A refusal is remembered; canSetTime() is false from then on.
+    [[nodiscard]] Result<void> setModificationTime(const QByteArray &name, const QDateTime &utc);
+    [[nodiscard]] bool canSetTime() const;
+    [[nodiscard]] bool listsByMlsd() const;
+    [[nodiscard]] bool hasMdtm() const;
+
+    [[nodiscard]] NameCodec &codec();
+    /// One line per command and reply for the second log; passwords are already replaced.
+    using Trace = std::function<void(const QString &line)>;
+    void setTrace(Trace trace);
+
+private:
+    struct State;
+    std::unique_ptr<State> m;
+};
+
+} // namespace venlo

@@ -1,0 +1,56 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+#include <QStringList>
+
+#include <optional>
+
+namespace venlo
+{
+
+/// One complete reply of the server (RFC 959, 4.2).
+struct Reply {
+    int code = 0;
+    QStringList lines; ///< text of each line without the code, decoded leniently
+
+    [[nodiscard]] bool preliminary() const { return code / 100 == 1; }
+    [[nodiscard]] bool completion() const { return code / 100 == 2; }
+    [[nodiscard]] bool intermediate() const { return code / 100 == 3; }
+    [[nodiscard]] bool transient() const { return code / 100 == 4; }
+    [[nodiscard]] bool permanent() const { return code / 100 == 5; }
+    [[nodiscard]] QString text() const;
+};
+
+/// Assembles replies from the bytes of the control connection. Bounded: a line above maxLine bytes
+/// or a reply above maxReply bytes is an error, after which the connection must be dropped.
+class ReplyParser
+{
+public:
+    static constexpr int maxLine = 16 * 1024;
+    static constexpr int maxReply = 256 * 1024;
+
+    void feed(const QByteArray &bytes);
+    /// The next complete reply, if there is one.
+    [[nodiscard]] std::optional<Reply> next();
+    /// True once the bytes cannot be replies (no code, too long).
+    [[nodiscard]] bool broken() const { return m_broken; }
+    /// True when bytes wait that next() has not handed out.
+    [[nodiscard]] bool pending() const { return !m_buffer.isEmpty(); }
+
+private:
+    QByteArray m_buffer;
+    std::optional<Reply> m_open; ///< a multi-line reply whose last line is still to come
+    int m_openBytes = 0;
+    bool m_broken = false;
+};
+
+/// "257 "/a ""b""" is current": the quoted path with doubled quotes undone (RFC 959, appendix II).
+[[nodiscard]] std::optional<QByteArray> parsePwdPath(const Reply &reply);
+/// Port of an EPSV reply (RFC 2428, 3) or PASV reply (RFC 959, 4.1.2), 0 when there is none.
+[[nodiscard]] quint16 parseEpsvPort(const Reply &reply);
+[[nodiscard]] quint16 parsePasvPort(const Reply &reply);
+/// UTC time of an MDTM reply (RFC 3659, 3.3), as Qt::UTC; invalid when there is none.
+[[nodiscard]] class QDateTime parseMdtm(const Reply &reply);
+
+} // namespace venlo

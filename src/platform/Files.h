@@ -1,0 +1,32 @@
+#pragma once
+
+#include <QDateTime>
+#include <QString>
+
+class QFile;
+
+namespace venlo
+{
+
+/// Makes a folder or file private to its owner (0700, 0600; on Windows the profile's own rights
+/// already are). False when the system refuses.
+bool makePrivateFolder(const QString &path);
+bool makePrivateFile(const QString &path);
+
+/// Forces an open file's content to the disk. False when the system reports an error.
+[[nodiscard]] bool flushToDisk(QFile &file);
+
+/// Puts a finished file in place of another in one step (rename). The old file stays as it was
+/// when this fails. The folder's entry is forced to the disk too where the system can.
+[[nodiscard]] bool replaceFile(const QString &from, const QString &to);
+
+/// Renames a folder that is complete into place; fails when the target exists.
+[[nodiscard]] bool moveFolderIntoPlace(const QString &from, const QString &to);
+
+/// Sets the last-modified time.
+bool setModifiedTime(const QString &path, const QDateTime &time);
+
+/// Deletes a folder with everything in it, never following a link. why gets the system's words.
+[[nodiscard]] bool removeFolderTree(const QString &path, QString &why);
+
+} // namespace venlo

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <QString>
+
+namespace venlo
+{
+
+enum class SpecialFolder { ApplicationData, MyDocuments };
+
+/// Path of a special folder of the user, native separators, no trailing one.
+[[nodiscard]] QString FsGtSpFld(SpecialFolder folder);
+
+/// The per-user program setting under "VenloTools", section "Path": the registry on Windows, a
+/// QSettings file elsewhere.
+[[nodiscard]] QString programSetting(const QString &key);
+void setProgramSetting(const QString &key, const QString &value);
+
+} // namespace venlo

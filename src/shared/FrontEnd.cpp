@@ -1,0 +1,8 @@
+#include "shared/FrontEnd.h"
+
+namespace venlo
+{
+
+FrontEnd::~FrontEnd() = default;
+
+} // namespace venlo
