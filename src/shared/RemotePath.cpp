@@ -5,7 +5,7 @@ namespace venlo
 
 namespace
 {
-const QLatin1Char slash('/');
+constexpr QLatin1Char slash('/');
 
 bool below(const QString &path, const QString &dir, Qt::CaseSensitivity sensitivity)
 {
@@ -18,7 +18,7 @@ bool below(const QString &path, const QString &dir, Qt::CaseSensitivity sensitiv
 QString normalisedRemoteDir(const QString &dir)
 {
     if (dir.isEmpty() || dir == slash)
-        return slash;
+        return QString(slash);
     QString normal = dir;
     if (normal.endsWith(slash))
         normal.chop(1);
