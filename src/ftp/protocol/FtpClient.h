@@ -81,6 +81,8 @@ public:
     [[nodiscard]] bool canSetTime() const;
     [[nodiscard]] bool listsByMlsd() const;
     [[nodiscard]] bool hasMdtm() const;
+    /// Active mode was asked for and cannot work here; this connection uses passive mode instead.
+    [[nodiscard]] bool activeUnusable() const;
 
     [[nodiscard]] NameCodec &codec();
     /// One line per command and reply for the second log; passwords are already replaced.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QDateTime>
 #include <QString>
 #include <QStringList>
 
@@ -51,6 +52,6 @@ private:
 [[nodiscard]] quint16 parseEpsvPort(const Reply &reply);
 [[nodiscard]] quint16 parsePasvPort(const Reply &reply);
 /// UTC time of an MDTM reply (RFC 3659, 3.3), as Qt::UTC; invalid when there is none.
-[[nodiscard]] class QDateTime parseMdtm(const Reply &reply);
+[[nodiscard]] QDateTime parseMdtm(const Reply &reply);
 
 } // namespace venlo

@@ -1,0 +1,197 @@
+#include "ftp/protocol/ControlChannel.h"
+
+#include "ftp/protocol/Waiter.h"
+
+namespace venlo
+{
+
+using namespace std::chrono_literals;
+
+namespace
+{
+// How long a cancelled command may still bring its reply, so that the session stays in step.
+constexpr auto cancelGrace = 3s;
+constexpr int serviceClosing = 421;
+constexpr char telnetIac = '\xff';
+
+bool hasForbiddenByte(const QByteArray &command)
+{
+    return command.contains('\r') || command.contains('\n') || command.contains('\0');
+}
+} // namespace
+
+ControlChannel::ControlChannel(Waiter &waiter, std::chrono::milliseconds replyLimit)
+    : m_waiter(waiter), m_replyLimit(replyLimit)
+{
+    m_socket.setReadBufferSize(ReplyParser::maxReply);
+}
+
+Result<void> ControlChannel::connectTo(const QString &host, quint16 port,
+                                       const QNetworkProxy &proxy, std::chrono::milliseconds limit)
+{
+    m_host = host;
+    m_socket.setProxy(proxy);
+    m_socket.connectToHost(host, port);
+    const WaitEnd end = m_waiter.until(
+        [this] {
+            return m_socket.state() == QAbstractSocket::ConnectedState ||
+                   m_socket.state() == QAbstractSocket::UnconnectedState;
+        },
+        limit);
+    if (m_socket.state() == QAbstractSocket::ConnectedState) {
+        m_socket.setSocketOption(QAbstractSocket::LowDelayOption, 1);
+        m_socket.setSocketOption(QAbstractSocket::KeepAliveOption, 1);
+        m_outstanding = 1; // the greeting
+        return {};
+    }
+    const QString words =
+        end == WaitEnd::TimedOut ? QStringLiteral("connect timed out") : m_socket.errorString();
+    close();
+    if (end == WaitEnd::Cancelled)
+        return Error{ErrorClass::Cancelled, QStringLiteral("cancelled")};
+    return Error{ErrorClass::Lost, words};
+}
+
+Result<void> ControlChannel::send(const QByteArray &command, const QByteArray &shown)
+{
+    if (hasForbiddenByte(command))
+        return Error{ErrorClass::Local, QStringLiteral("a name or password holds a line end")};
+    if (!isOpen())
+        return lost(QStringLiteral("not connected"));
+    QByteArray line = command;
+    line.replace(QByteArray(1, telnetIac), QByteArray(2, telnetIac));
+    trace(QStringLiteral("> ") + QString::fromUtf8(shown.isEmpty() ? command : shown));
+    m_socket.write(line + "\r\n");
+    m_socket.flush();
+    ++m_outstanding;
+    return {};
+}
+
+void ControlChannel::pump()
+{
+    if (m_socket.bytesAvailable() > 0)
+        m_parser.feed(m_socket.readAll());
+    if (!m_next)
+        m_next = m_parser.next();
+}
+
+bool ControlChannel::hasNews()
+{
+    pump();
+    return m_next || m_parser.broken() || m_socket.state() != QAbstractSocket::ConnectedState;
+}
+
+bool ControlChannel::isOpen()
+{
+    if (m_socket.state() == QAbstractSocket::UnconnectedState)
+        return false;
+    pump();
+    while (m_next && m_outstanding == 0) {
+        const Reply unasked = *m_next;
+        m_next.reset();
+        trace(QStringLiteral("< (unasked) ") + unasked.text());
+        if (unasked.code == serviceClosing) {
+            (void)lost(unasked.text());
+            return false;
+        }
+        pump();
+    }
+    if (m_parser.broken()) {
+        (void)lost(QStringLiteral("the server sent something that is no reply"));
+        return false;
+    }
+    return m_socket.state() == QAbstractSocket::ConnectedState;
+}
+
+Result<Reply> ControlChannel::accounted(Reply reply)
+{
+    if (m_outstanding > 0)
+        --m_outstanding;
+    trace(QStringLiteral("< ") + reply.text());
+    if (reply.code == serviceClosing) {
+        Error error = lost(reply.text());
+        error.replyCode = reply.code;
+        return error;
+    }
+    return reply;
+}
+
+std::optional<Reply> ControlChannel::takeReply()
+{
+    pump();
+    if (!m_next)
+        return std::nullopt;
+    Reply reply = *std::move(m_next);
+    m_next.reset();
+    auto result = accounted(std::move(reply));
+    if (!result)
+        return Reply{serviceClosing, {result.error().words}};
+    return result.value();
+}
+
+Result<Reply> ControlChannel::whenReplyCame(bool timedOut)
+{
+    if (m_next) {
+        Reply reply = *std::move(m_next);
+        m_next.reset();
+        return accounted(std::move(reply));
+    }
+    if (m_parser.broken())
+        return lost(QStringLiteral("the server sent something that is no reply"));
+    if (timedOut)
+        return lost(QStringLiteral("no reply in time"));
+    return lost(m_socket.errorString());
+}
+
+Result<Reply> ControlChannel::readReply()
+{
+    WaitEnd end = m_waiter.until([this] { return hasNews(); }, m_replyLimit);
+    if (end == WaitEnd::Cancelled) {
+        end = m_waiter.untilEvenIfCancelled([this] { return hasNews(); }, cancelGrace);
+        if (end != WaitEnd::Done) {
+            Error error = lost(QStringLiteral("cancelled while the server did not answer"));
+            error.kind = ErrorClass::Cancelled;
+            return error;
+        }
+    }
+    return whenReplyCame(end == WaitEnd::TimedOut);
+}
+
+Result<Reply> ControlChannel::readReplyWithin(std::chrono::milliseconds limit)
+{
+    const WaitEnd end = m_waiter.untilEvenIfCancelled([this] { return hasNews(); }, limit);
+    return whenReplyCame(end == WaitEnd::TimedOut);
+}
+
+Result<Reply> ControlChannel::command(const QByteArray &command, const QByteArray &shown)
+{
+    if (auto sent = send(command, shown); !sent)
+        return sent.error();
+    return readReply();
+}
+
+void ControlChannel::close()
+{
+    m_socket.abort();
+    m_parser = ReplyParser();
+    m_next.reset();
+    m_outstanding = 0;
+}
+
+Error ControlChannel::lost(const QString &why)
+{
+    if (m_socket.state() != QAbstractSocket::UnconnectedState || m_lostWords.isEmpty()) {
+        m_lostWords = why;
+        trace(QStringLiteral("! ") + why);
+    }
+    close();
+    return Error{ErrorClass::Lost, m_lostWords};
+}
+
+void ControlChannel::trace(const QString &line) const
+{
+    if (m_trace)
+        m_trace(line);
+}
+
+} // namespace venlo

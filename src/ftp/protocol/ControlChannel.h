@@ -1,0 +1,75 @@
+#pragma once
+
+#include "ftp/protocol/Reply.h"
+#include "shared/Result.h"
+
+#include <QHostAddress>
+#include <QNetworkProxy>
+#include <QTcpSocket>
+
+#include <chrono>
+#include <functional>
+#include <optional>
+
+namespace venlo
+{
+
+class Waiter;
+
+/// The control connection (RFC 959, 2.3): sends one command line at a time and hands out complete
+/// replies in order. Counts what is outstanding, so that a reply can never be taken for that of
+/// another command; whatever breaks that count closes the connection. Owned by FtpClient.
+class ControlChannel
+{
+public:
+    using Trace = std::function<void(const QString &)>;
+
+    ControlChannel(Waiter &waiter, std::chrono::milliseconds replyLimit);
+
+    [[nodiscard]] Result<void> connectTo(const QString &host, quint16 port,
+                                         const QNetworkProxy &proxy,
+                                         std::chrono::milliseconds limit);
+    /// Sends a command. CR, LF and NUL are refused before a byte leaves; 0xFF is doubled (RFC 854).
+    /// shown is what the trace gets instead of a secret.
+    [[nodiscard]] Result<void> send(const QByteArray &command, const QByteArray &shown = {});
+    /// The next reply. 421 is a lost connection whatever was asked.
+    [[nodiscard]] Result<Reply> readReply();
+    /// The next reply if it is complete already.
+    [[nodiscard]] std::optional<Reply> takeReply();
+    /// The same as readReply within a limit of its own and without looking at Cancel.
+    [[nodiscard]] Result<Reply> readReplyWithin(std::chrono::milliseconds limit);
+    [[nodiscard]] Result<Reply> command(const QByteArray &command, const QByteArray &shown = {});
+
+    /// False once the connection is known to be gone; looks at what has arrived unasked.
+    [[nodiscard]] bool isOpen();
+    /// A reply waits, or none can come any more.
+    [[nodiscard]] bool hasNews();
+    void close();
+    [[nodiscard]] int outstanding() const { return m_outstanding; }
+    /// A preliminary reply is not the last one of its command.
+    void expectOneMore() { ++m_outstanding; }
+
+    [[nodiscard]] QHostAddress localAddress() const { return m_socket.localAddress(); }
+    [[nodiscard]] QHostAddress peerAddress() const { return m_socket.peerAddress(); }
+    [[nodiscard]] QString peerName() const { return m_host; }
+    void setTrace(Trace trace) { m_trace = std::move(trace); }
+    void trace(const QString &line) const;
+    [[nodiscard]] Error lost(const QString &why);
+
+private:
+    void pump();
+    [[nodiscard]] Result<Reply> accounted(Reply reply);
+    [[nodiscard]] Result<Reply> whenReplyCame(bool timedOut);
+
+    Waiter &m_waiter;
+    std::chrono::milliseconds m_replyLimit;
+    QTcpSocket m_socket;
+    ReplyParser m_parser;
+    std::optional<Reply> m_next;
+    QString m_host;
+    QString m_lostWords;
+    Trace m_trace;
+    int m_outstanding = 0;
+};
+
+} // namespace venlo

@@ -1,0 +1,271 @@
+#include "ftp/protocol/FtpClient.h"
+
+#include "ftp/protocol/FtpClientState.h"
+#include "ftp/protocol/ServerAddress.h"
+
+namespace venlo
+{
+
+using namespace std::chrono_literals;
+
+namespace
+{
+constexpr int needsPassword = 331;
+constexpr int needsAccount = 332;
+constexpr auto quitGrace = 200ms;
+
+QByteArray firstWord(const QString &line)
+{
+    return line.trimmed().section(QLatin1Char(' '), 0, 0).toUpper().toLatin1();
+}
+} // namespace
+
+Error errorOf(const Reply &reply)
+{
+    const ErrorClass kind = reply.transient() ? ErrorClass::Retry : ErrorClass::Refused;
+    return Error{kind, reply.text(), reply.code};
+}
+
+FtpClient::State::State(Waiter &sharedWaiter, ClientLimits clientLimits)
+    : waiter(sharedWaiter), limits(clientLimits), control(sharedWaiter, clientLimits.reply)
+{
+}
+
+FtpClient::FtpClient(Waiter &waiter, ClientLimits limits)
+    : m(std::make_unique<State>(waiter, limits))
+{
+}
+
+FtpClient::~FtpClient()
+{
+    m->control.setTrace({});
+    m->control.close();
+}
+
+Result<void> FtpClient::open(const ConnectOptions &options)
+{
+    const auto address = ServerAddress::parse(options.server);
+    if (!address)
+        return address.error();
+    const auto proxy = parseProxy(options.proxy);
+    if (!proxy)
+        return proxy.error();
+    m->options = options;
+    m->proxy = proxy.value();
+    m->passive = options.passive || m->proxy.type() != QNetworkProxy::NoProxy;
+    if (auto connected = m->control.connectTo(address.value().host, address.value().port, m->proxy,
+                                              m->limits.connect);
+        !connected)
+        return connected;
+    auto result = m->login(options);
+    if (!result)
+        m->control.close();
+    return result;
+}
+
+Result<void> FtpClient::State::login(const ConnectOptions &login)
+{
+    auto greeting = control.readReply();
+    while (greeting && greeting.value().preliminary()) { // 120: ready in nnn minutes
+        control.expectOneMore();
+        greeting = control.readReply();
+    }
+    if (!greeting)
+        return greeting.error();
+    if (!greeting.value().completion())
+        return errorOf(greeting.value());
+
+    auto reply = control.command("USER " + codec.encode(login.user));
+    if (reply && reply.value().code == needsPassword)
+        reply = control.command("PASS " + codec.encode(login.password), "PASS ****");
+    if (!reply)
+        return reply.error();
+    if (reply.value().code == needsAccount || !reply.value().completion())
+        return Error{ErrorClass::Refused, reply.value().text(), reply.value().code};
+    if (auto learned = learnFeatures(); !learned)
+        return learned;
+    const auto type = control.command("TYPE I");
+    if (!type)
+        return type.error();
+    if (!type.value().completion())
+        return errorOf(type.value());
+    return {};
+}
+
+Result<void> FtpClient::State::learnFeatures()
+{
+    const auto reply = control.command("FEAT");
+    if (!reply)
+        return reply.error();
+    features.clear();
+    if (reply.value().completion()) {
+        const QStringList &lines = reply.value().lines;
+        for (qsizetype i = 1; i + 1 < lines.size(); ++i)
+            features.insert(firstWord(lines.at(i)));
+    }
+    const bool utf8 = features.contains("UTF8");
+    codec.reset(utf8);
+    if (!utf8)
+        return {};
+    // Some servers speak UTF-8 only once told to (RFC 2640, 3); a refusal changes nothing.
+    const auto told = control.command("OPTS UTF8 ON");
+    if (!told)
+        return told.error();
+    return {};
+}
+
+Result<Reply> FtpClient::State::expectCompletion(const QByteArray &command)
+{
+    auto reply = control.command(command);
+    if (reply && !reply.value().completion()) {
+        if (reply.value().preliminary())
+            return control.lost(QStringLiteral("out of step: ") + reply.value().text());
+        return errorOf(reply.value());
+    }
+    return reply;
+}
+
+void FtpClient::close()
+{
+    if (m->control.isOpen() && m->control.outstanding() == 0) {
+        if (m->control.send("QUIT"))
+            (void)m->control.readReplyWithin(quitGrace);
+    }
+    m->control.close();
+    m->directory.clear();
+}
+
+bool FtpClient::isOpen() const
+{
+    return m->control.isOpen();
+}
+
+Result<QString> FtpClient::printDirectory()
+{
+    const auto reply = m->expectCompletion("PWD");
+    if (!reply)
+        return reply.error();
+    const auto path = parsePwdPath(reply.value());
+    if (!path)
+        return Error{ErrorClass::Refused, reply.value().text(), reply.value().code};
+    m->directory = *path;
+    return m->codec.decode(*path);
+}
+
+Result<void> FtpClient::changeDirectory(const QByteArray &dir)
+{
+    if (m->control.isOpen() && !m->directory.isEmpty() && m->directory == dir)
+        return {};
+    const auto reply = m->expectCompletion("CWD " + dir);
+    if (!reply)
+        return reply.error();
+    m->directory = dir;
+    return {};
+}
+
+Result<void> FtpClient::rename(const QByteArray &from, const QByteArray &to)
+{
+    const auto reply = m->control.command("RNFR " + from);
+    if (!reply)
+        return reply.error();
+    if (!reply.value().intermediate())
+        return errorOf(reply.value());
+    const auto done = m->expectCompletion("RNTO " + to);
+    if (!done)
+        return done.error();
+    return {};
+}
+
+Result<void> FtpClient::removeFile(const QByteArray &nameOrPath)
+{
+    const auto reply = m->expectCompletion("DELE " + nameOrPath);
+    if (!reply)
+        return reply.error();
+    return {};
+}
+
+Result<void> FtpClient::makeDirectory(const QByteArray &name)
+{
+    const auto reply = m->expectCompletion("MKD " + name);
+    if (!reply)
+        return reply.error();
+    return {};
+}
+
+Result<void> FtpClient::removeDirectory(const QByteArray &name)
+{
+    const auto reply = m->expectCompletion("RMD " + name);
+    if (!reply)
+        return reply.error();
+    return {};
+}
+
+Result<qint64> FtpClient::size(const QByteArray &name)
+{
+    const auto reply = m->expectCompletion("SIZE " + name);
+    if (!reply)
+        return reply.error();
+    bool number = false;
+    const qint64 bytes = reply.value().lines.value(0).trimmed().toLongLong(&number);
+    if (!number || bytes < 0)
+        return Error{ErrorClass::Refused, reply.value().text(), reply.value().code};
+    return bytes;
+}
+
+Result<QDateTime> FtpClient::modificationTime(const QByteArray &name)
+{
+    const auto reply = m->expectCompletion("MDTM " + name);
+    if (!reply)
+        return reply.error();
+    const QDateTime time = parseMdtm(reply.value());
+    if (!time.isValid())
+        return Error{ErrorClass::Refused, reply.value().text(), reply.value().code};
+    return time;
+}
+
+Result<void> FtpClient::setModificationTime(const QByteArray &name, const QDateTime &utc)
+{
+    const QByteArray verb = m->features.contains("MFMT") ? "MFMT " : "MDTM ";
+    const QByteArray digits = utc.toUTC().toString(QStringLiteral("yyyyMMddhhmmss")).toLatin1();
+    const auto reply = m->expectCompletion(verb + digits + ' ' + name);
+    if (!reply) {
+        // A server that does not do this at all says so with 5xx; asking for every file would cost
+        // a round trip each.
+        if (reply.error().kind == ErrorClass::Refused)
+            m->setTimeRefused = true;
+        return reply.error();
+    }
+    return {};
+}
+
+bool FtpClient::canSetTime() const
+{
+    return !m->setTimeRefused && (m->features.contains("MFMT") || m->features.contains("MDTM"));
+}
+
+bool FtpClient::listsByMlsd() const
+{
+    return m->features.contains("MLSD") || m->features.contains("MLST");
+}
+
+bool FtpClient::hasMdtm() const
+{
+    return m->features.contains("MDTM");
+}
+
+bool FtpClient::activeUnusable() const
+{
+    return m->activeUnusable;
+}
+
+NameCodec &FtpClient::codec()
+{
+    return m->codec;
+}
+
+void FtpClient::setTrace(Trace trace)
+{
+    m->control.setTrace(std::move(trace));
+}
+
+} // namespace venlo

@@ -1,0 +1,185 @@
+// The operations of FtpClient that move bytes: listing, download, upload.
+#include "ftp/protocol/FtpClient.h"
+
+#include "ftp/protocol/FtpClientState.h"
+#include "ftp/protocol/ListingParser.h"
+
+#include <QIODevice>
+
+namespace venlo
+{
+
+namespace
+{
+constexpr qsizetype maxLine = 64 * 1024;
+
+/// Cuts arriving bytes into lines for the parser, within the client's limits.
+class LineFeeder
+{
+public:
+    LineFeeder(ListingParser &parser, const ClientLimits &limits)
+        : m_parser(parser), m_limits(limits)
+    {
+    }
+
+    /// False once a limit is passed.
+    bool feed(const QByteArray &bytes)
+    {
+        m_bytes += bytes.size();
+        m_rest += bytes;
+        qsizetype from = 0;
+        for (qsizetype end = m_rest.indexOf('\n'); end >= 0; end = m_rest.indexOf('\n', from)) {
+            line(m_rest.mid(from, end - from));
+            from = end + 1;
+        }
+        m_rest.remove(0, from);
+        return m_rest.size() <= maxLine && m_lines <= m_limits.maxEntries &&
+               m_bytes <= m_limits.maxListingBytes;
+    }
+    void finish()
+    {
+        if (!m_rest.isEmpty())
+            line(m_rest);
+        m_rest.clear();
+    }
+    [[nodiscard]] int lines() const { return m_lines; }
+
+private:
+    void line(QByteArray text)
+    {
+        if (text.endsWith('\r'))
+            text.chop(1);
+        ++m_lines;
+        m_parser.addLine(text);
+    }
+
+    ListingParser &m_parser;
+    const ClientLimits &m_limits;
+    QByteArray m_rest;
+    qint64 m_bytes = 0;
+    int m_lines = 0;
+};
+
+bool notUnderstood(const Error &error)
+{
+    return error.replyCode == 500 || error.replyCode == 501 || error.replyCode == 502 ||
+           error.replyCode == 504;
+}
+} // namespace
+
+Result<Listing> FtpClient::State::listBy(bool mlsd)
+{
+    ListingParser parser(mlsd ? ListingParser::Source::Mlsd : ListingParser::Source::List, codec,
+                         QDate::currentDate());
+    LineFeeder feeder(parser, limits);
+    Transfer transfer(DataChannel::Direction::Receive);
+    if (auto begun = begin(transfer, mlsd ? "MLSD" : "LIST"); !begun)
+        return begun.error();
+    transfer.stopped = {ErrorClass::Refused, QStringLiteral("the listing is too long"), 0};
+    const auto ended = run(transfer, [&] {
+        if (!feeder.feed(transfer.data.read()))
+            return Step::Stop;
+        return transfer.data.atEnd() ? Step::Done : Step::More;
+    });
+    if (ended)
+        feeder.finish(); // a last line without its line end counts only when nothing broke
+    Listing listing = parser.take();
+    listing.fromMlsd = mlsd;
+    if (!ended && (listing.entries.empty() || ended.error().kind == ErrorClass::Cancelled))
+        return ended.error();
+    if (!ended || !transfer.opened) {
+        listing.whole = false;
+        listing.why = ended ? QStringLiteral("no opening reply") : ended.error().words;
+    }
+    return listing;
+}
+
+Result<Listing> FtpClient::list()
+{
+    const bool mlsd = listsByMlsd() && !m->mlsdRefused;
+    auto listing = m->retryPassively([&] { return m->listBy(mlsd); });
+    if (!listing && mlsd && notUnderstood(listing.error())) {
+        m->mlsdRefused = true;
+        return m->listBy(false);
+    }
+    return listing;
+}
+
+Result<qint64> FtpClient::retrieve(const QByteArray &name, QIODevice &to, const Progress &progress)
+{
+    return m->retryPassively([&]() -> Result<qint64> {
+        State::Transfer transfer(DataChannel::Direction::Receive);
+        if (auto begun = m->begin(transfer, "RETR " + name); !begun)
+            return begun.error();
+        const auto ended = m->run(transfer, [&] {
+            const QByteArray bytes = transfer.data.read();
+            if (!bytes.isEmpty() && to.write(bytes) != bytes.size()) {
+                transfer.stopped = {ErrorClass::Local, to.errorString(), 0};
+                return State::Step::Stop;
+            }
+            if (!bytes.isEmpty() && progress)
+                progress(transfer.data.movedBytes());
+            return transfer.data.atEnd() ? State::Step::Done : State::Step::More;
+        });
+        if (!ended)
+            return ended.error();
+        return transfer.data.movedBytes();
+    });
+}
+
+namespace
+{
+/// Feeds a device into a data connection, a window ahead of what the network takes.
+class Sender
+{
+public:
+    Sender(QIODevice &from, DataChannel &to) : m_from(from), m_to(to) {}
+
+    /// False when the device cannot be read.
+    bool push()
+    {
+        while (!m_finished && m_to.wantsBytes()) {
+            const QByteArray bytes = m_from.read(DataChannel::chunk);
+            if (bytes.isEmpty()) {
+                if (!m_from.atEnd())
+                    return false;
+                m_finished = true;
+                m_to.finishWriting();
+                break;
+            }
+            m_to.write(bytes);
+        }
+        return true;
+    }
+    [[nodiscard]] bool done() const { return m_finished && m_to.allSent(); }
+
+private:
+    QIODevice &m_from;
+    DataChannel &m_to;
+    bool m_finished = false;
+};
+} // namespace
+
+Result<qint64> FtpClient::store(const QByteArray &name, QIODevice &from, const Progress &progress)
+{
+    return m->retryPassively([&]() -> Result<qint64> {
+        State::Transfer transfer(DataChannel::Direction::Send);
+        if (auto begun = m->begin(transfer, "STOR " + name); !begun)
+            return begun.error();
+        Sender sender(from, transfer.data);
+        const auto ended = m->run(transfer, [&] {
+            if (!sender.push()) {
+                transfer.stopped = {ErrorClass::Local, from.errorString(), 0};
+                return State::Step::Stop;
+            }
+            if (progress)
+                progress(transfer.data.movedBytes());
+            return sender.done() ? State::Step::Done : State::Step::More;
+        });
+        if (!ended)
+            return ended.error();
+        return transfer.data.movedBytes();
+    });
+}
+
+} // namespace venlo

@@ -1,0 +1,225 @@
+// The data-connection half of FtpClient: how a transfer begins, runs, ends and is given up.
+#include "ftp/protocol/FtpClientState.h"
+
+#include <algorithm>
+
+namespace venlo
+{
+
+using namespace std::chrono_literals;
+
+namespace
+{
+constexpr int cannotOpenData = 425;
+constexpr int maxPreliminary = 16;
+// A server behind whose firewall active mode dies answers late or never.
+constexpr auto activeConnectLimit = 10s;
+// What a server may take to notice that its data connection broke.
+constexpr auto brokenDataGrace = 10s;
+constexpr auto abortGrace = 3s;
+
+bool isPrivate(const QHostAddress &address)
+{
+    static const QList<QPair<QHostAddress, int>> privateUse = {
+        QHostAddress::parseSubnet(QStringLiteral("10.0.0.0/8")),
+        QHostAddress::parseSubnet(QStringLiteral("172.16.0.0/12")),
+        QHostAddress::parseSubnet(QStringLiteral("192.168.0.0/16")),
+        QHostAddress::parseSubnet(QStringLiteral("fc00::/7"))};
+    const auto holds = [&](const auto &subnet) { return address.isInSubnet(subnet); };
+    return address.isLoopback() || address.isLinkLocal() ||
+           std::any_of(privateUse.begin(), privateUse.end(), holds);
+}
+
+QByteArray portArgument(const QHostAddress &address, quint16 port)
+{
+    const quint32 v4 = address.toIPv4Address();
+    QByteArray text;
+    for (const int shift : {24, 16, 8, 0})
+        text += QByteArray::number((v4 >> shift) & 0xffU) + ',';
+    return text + QByteArray::number(port >> 8) + ',' + QByteArray::number(port & 0xff);
+}
+} // namespace
+
+Result<void> FtpClient::State::preparePassive(Transfer &transfer)
+{
+    quint16 port = 0;
+    if (useEpsv) {
+        const auto reply = control.command("EPSV");
+        if (!reply)
+            return reply.error();
+        port = parseEpsvPort(reply.value());
+        if (port == 0 && reply.value().completion())
+            return control.lost(QStringLiteral("out of step: ") + reply.value().text());
+        if (port == 0)
+            useEpsv = false;
+    }
+    if (port == 0) {
+        const auto reply = control.command("PASV");
+        if (!reply)
+            return reply.error();
+        if (!reply.value().completion())
+            return errorOf(reply.value());
+        port = parsePasvPort(reply.value());
+        if (port == 0)
+            return control.lost(QStringLiteral("out of step: ") + reply.value().text());
+    }
+    // The address in the reply is ignored: it is often a private one, and never better than the
+    // host that answers already.
+    const bool direct = proxy.type() == QNetworkProxy::NoProxy;
+    const QString host = direct ? control.peerAddress().toString() : control.peerName();
+    transfer.data.connectTo(host, port, proxy);
+    return {};
+}
+
+Result<void> FtpClient::State::prepareActive(Transfer &transfer)
+{
+    const QHostAddress local = control.localAddress();
+    const QHostAddress peer = control.peerAddress();
+    const Error unusable{ErrorClass::Refused, QStringLiteral("active mode cannot work here"), 0};
+    if (isPrivate(local) && !isPrivate(peer))
+        return unusable;
+    const quint16 port = transfer.data.listenOn(local, peer);
+    if (port == 0)
+        return unusable;
+    bool v4 = false;
+    const QHostAddress v4Address(local.toIPv4Address(&v4));
+    const QByteArray command =
+        v4 ? "PORT " + portArgument(v4Address, port)
+           : "EPRT |2|" + local.toString().section(QLatin1Char('%'), 0, 0).toLatin1() + '|' +
+                 QByteArray::number(port) + '|';
+    const auto reply = control.command(command);
+    if (!reply)
+        return reply.error();
+    if (!reply.value().completion())
+        return errorOf(reply.value());
+    return {};
+}
+
+Result<void> FtpClient::State::begin(Transfer &transfer, const QByteArray &command)
+{
+    auto prepared = passive ? preparePassive(transfer) : prepareActive(transfer);
+    if (!prepared && !passive && prepared.error().kind == ErrorClass::Refused) {
+        control.trace(QStringLiteral("! active mode given up: ") + prepared.error().words);
+        activeUnusable = true;
+        passive = true;
+        transfer.data.abort();
+        prepared = preparePassive(transfer);
+    }
+    if (!prepared)
+        return prepared;
+    return control.send(command);
+}
+
+Result<void> FtpClient::State::noteReplies(Transfer &transfer)
+{
+    for (int preliminary = 0; !transfer.final_;) {
+        auto reply = control.takeReply();
+        if (!reply)
+            break;
+        if (!reply->preliminary()) {
+            transfer.final_ = std::move(reply);
+            break;
+        }
+        transfer.opened = true;
+        control.expectOneMore();
+        if (++preliminary > maxPreliminary)
+            return control.lost(QStringLiteral("preliminary replies without end"));
+    }
+    if (!control.isOpen())
+        return control.lost(QStringLiteral("connection lost during a transfer"));
+    return {};
+}
+
+Result<void> FtpClient::State::run(Transfer &transfer, const std::function<Step()> &step)
+{
+    Step last = Step::More;
+    const auto settled = [&] {
+        if (!noteReplies(transfer) || (transfer.final_ && !transfer.final_->completion()))
+            return true;
+        if (transfer.data.connected())
+            last = step();
+        return last != Step::More || transfer.data.failed();
+    };
+    bool connected = false;
+    WaitEnd end = waiter.until(
+        [&] {
+            const bool over = settled();
+            connected = transfer.data.connected();
+            return over || connected;
+        },
+        passive ? limits.connect : activeConnectLimit);
+    if (!passive && !connected && end == WaitEnd::TimedOut)
+        activeUnusable = true;
+    if (end == WaitEnd::Done && connected && last == Step::More)
+        end = waiter.until(settled, limits.idleData, [&] { return transfer.data.movedBytes(); });
+    return afterData(transfer, end, last);
+}
+
+Result<void> FtpClient::State::afterData(Transfer &transfer, WaitEnd end, Step last)
+{
+    if (!control.isOpen())
+        return control.lost(QStringLiteral("connection lost during a transfer"));
+    if (last == Step::Stop)
+        return abandon(transfer, transfer.stopped);
+    if (end == WaitEnd::Cancelled)
+        return abandon(transfer, {ErrorClass::Cancelled, QStringLiteral("cancelled")});
+    if (transfer.final_ && !transfer.final_->completion()) {
+        transfer.data.abort();
+        if (!passive && transfer.final_->code == cannotOpenData)
+            activeUnusable = true;
+        return errorOf(*transfer.final_);
+    }
+    if (end == WaitEnd::TimedOut)
+        return abandon(transfer, {ErrorClass::Retry, QStringLiteral("no data in time")});
+    return last == Step::Done ? finish(transfer) : afterBrokenData(transfer);
+}
+
+Result<void> FtpClient::State::afterBrokenData(Transfer &transfer)
+{
+    const Error broke{ErrorClass::Retry,
+                      QStringLiteral("data connection broke: ") + transfer.data.errorWords()};
+    waitForFinal(transfer, brokenDataGrace);
+    if (!control.isOpen())
+        return control.lost(QStringLiteral("connection lost during a transfer"));
+    if (transfer.final_ && !transfer.final_->completion()) {
+        transfer.data.abort();
+        return errorOf(*transfer.final_);
+    }
+    return abandon(transfer, broke);
+}
+
+void FtpClient::State::waitForFinal(Transfer &transfer, std::chrono::milliseconds limit)
+{
+    (void)waiter.untilEvenIfCancelled(
+        [&] { return !noteReplies(transfer) || transfer.final_.has_value(); }, limit);
+}
+
+Result<void> FtpClient::State::finish(Transfer &transfer)
+{
+    waitForFinal(transfer, limits.reply);
+    if (!transfer.final_ || !control.isOpen())
+        return control.lost(QStringLiteral("no completion reply"));
+    if (!transfer.final_->completion())
+        return errorOf(*transfer.final_);
+    return {};
+}
+
+Error FtpClient::State::abandon(Transfer &transfer, Error why)
+{
+    transfer.data.abort();
+    if (transfer.final_ || !control.isOpen())
+        return why;
+    if (!control.send("ABOR"))
+        return why;
+    // Two replies are due: the transfer's (426, or 226 when it was over) and that of ABOR.
+    for (int replies = 0; control.outstanding() > 0 && replies < maxPreliminary; ++replies) {
+        const auto reply = control.readReplyWithin(abortGrace);
+        if (!reply)
+            return why; // the connection was closed: the next operation reconnects
+        if (reply.value().preliminary())
+            control.expectOneMore();
+    }
+    return why;
+}
+
+} // namespace venlo

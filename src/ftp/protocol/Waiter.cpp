@@ -1,0 +1,62 @@
+#include "ftp/protocol/Waiter.h"
+
+#include <QDeadlineTimer>
+#include <QEventLoop>
+
+namespace venlo
+{
+
+using namespace std::chrono_literals;
+
+Waiter::Waiter(CancelTest cancelled) : m_cancelled(std::move(cancelled))
+{
+    m_tick.setInterval(50ms);
+}
+
+WaitEnd Waiter::until(const std::function<bool()> &done, std::chrono::milliseconds limit,
+                      const std::function<qint64()> &activity)
+{
+    return wait(done, limit, activity, true);
+}
+
+WaitEnd Waiter::untilEvenIfCancelled(const std::function<bool()> &done,
+                                     std::chrono::milliseconds limit)
+{
+    return wait(done, limit, {}, false);
+}
+
+WaitEnd Waiter::wait(const std::function<bool()> &done, std::chrono::milliseconds limit,
+                     const std::function<qint64()> &activity, bool heedCancel)
+{
+    if (done())
+        return WaitEnd::Done;
+
+    QDeadlineTimer deadline(limit);
+    qint64 seen = activity ? activity() : 0;
+    if (m_depth++ == 0)
+        m_tick.start();
+    WaitEnd end = WaitEnd::Done;
+    QEventLoop loop;
+    for (;;) {
+        if (heedCancel && cancelled()) {
+            end = WaitEnd::Cancelled;
+            break;
+        }
+        loop.processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents);
+        if (done())
+            break;
+        if (activity && activity() != seen) {
+            seen = activity();
+            deadline.setRemainingTime(limit);
+        }
+        if (deadline.hasExpired()) {
+            end = WaitEnd::TimedOut;
+            break;
+        }
+    }
+    if (--m_depth == 0)
+        m_tick.stop();
+    return end;
+}
+
+} // namespace venlo

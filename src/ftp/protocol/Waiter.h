@@ -1,0 +1,42 @@
+#pragma once
+
+#include <QTimer>
+
+#include <chrono>
+#include <functional>
+
+namespace venlo
+{
+
+/// How a wait ended.
+enum class WaitEnd { Done, TimedOut, Cancelled };
+
+/// The one function that waits for the network: a nested event loop, so that windows repaint and
+/// Cancel works while the engine stands still. Every wait has a limit.
+class Waiter
+{
+public:
+    using CancelTest = std::function<bool()>;
+
+    explicit Waiter(CancelTest cancelled);
+
+    /// Runs the event loop until done() holds, the limit is over or the person cancelled. done()
+    /// may do work (read a socket); it is asked after every batch of events. A change of
+    /// activity() starts the limit anew: it counts whatever shows that the other side lives.
+    [[nodiscard]] WaitEnd until(const std::function<bool()> &done, std::chrono::milliseconds limit,
+                                const std::function<qint64()> &activity = {});
+    /// The same without looking at Cancel, for the short waits that bring a session back in step.
+    [[nodiscard]] WaitEnd untilEvenIfCancelled(const std::function<bool()> &done,
+                                               std::chrono::milliseconds limit);
+    [[nodiscard]] bool cancelled() const { return m_cancelled && m_cancelled(); }
+
+private:
+    WaitEnd wait(const std::function<bool()> &done, std::chrono::milliseconds limit,
+                 const std::function<qint64()> &activity, bool heedCancel);
+
+    CancelTest m_cancelled;
+    QTimer m_tick; ///< wakes the loop so that limits and Cancel are seen when nothing happens
+    int m_depth = 0;
+};
+
+} // namespace venlo
