@@ -1,0 +1,57 @@
+#pragma once
+
+#include "sync/ComparisonResult.h"
+
+#include <QString>
+
+#include <memory>
+
+namespace venlo
+{
+
+class Database;
+class DirectoryCache;
+class FrontEnd;
+class Session;
+struct Flags;
+
+/// Compares a local folder with a directory of the connected server: refreshes the remote subtree,
+/// gathers both trees into the work tables tbFold and tbFile and marks every row. It transfers and
+/// deletes nothing. All rows are written in one transaction, so that a comparison that fails or is
+/// killed leaves the tables as they were.
+class Comparison
+{
+public:
+    Comparison(Session &session, Database &database, DirectoryCache &cache, FrontEnd &frontEnd,
+               Flags &flags);
+    ~Comparison();
+    Comparison(const Comparison &) = delete;
+    Comparison &operator=(const Comparison &) = delete;
+
+    /// Checks, asks (not under the batch flag), compares. ok: the tables are filled and marked.
+    /// sFph may carry the server text in front.
+    ComparisonResult ftSync(const QString &sLph, const QString &sFph, bool down, bool &ok);
+
+    /// Merges a local folder and everything below it into the work tables. Called with the root
+    /// twice. ok false: a folder that cannot be read or a statement that failed ("sySync Err").
+    void sySync(const QString &current, const QString &root, bool &ok);
+
+private:
+    struct Work;
+
+    [[nodiscard]] bool passesChecks(const QString &sLph, const QString &sFph);
+    [[nodiscard]] bool confirmed(const QString &sLph, const QString &sFph, bool down);
+    [[nodiscard]] bool refreshRemote();
+    [[nodiscard]] bool fillAndMark();
+    [[nodiscard]] bool gatherRemote();
+    [[nodiscard]] bool markRows();
+
+    Session &m_session;
+    Database &m_database;
+    DirectoryCache &m_cache;
+    FrontEnd &m_frontEnd;
+    Flags &m_flags;
+    std::unique_ptr<Work> m_work;
+};
+
+} // namespace venlo

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "sync/SyncBlocks.h"
+#include "sync/SyncPair.h"
+
+#include <QHash>
+#include <QString>
+
+namespace venlo
+{
+
+/// What a comparison found out besides the rows of the work tables.
+struct ComparisonResult {
+    bool ok = false;        ///< the work tables are filled and marked
+    bool cancelled = false; ///< the person said no, or stopped it
+    /// Something cannot be compared (an unreliable listing, a name the statements cannot hold):
+    /// however the rest ends, the run has not carried out everything.
+    bool unreliable = false;
+    SyncPair pair; ///< with the remote folder in normal form
+    SyncBlocks blocks;
+    /// Local folders that are spelled in other letter case than the rows: folded relative path of
+    /// the row -> relative path as the local side spells it.
+    QHash<QString, QString> localSpelling;
+};
+
+} // namespace venlo
