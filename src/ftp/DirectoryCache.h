@@ -1,11 +1,18 @@
 #pragma once
 
 #include "db/Database.h"
+#include "ftp/CurrentDirectory.h"
+#include "ftp/IncompleteMarks.h"
 #include "ftp/Session.h"
+#include "ftp/protocol/Listing.h"
 
 #include <QByteArray>
+#include <QHash>
 #include <QString>
+#include <QStringList>
 
+#include <optional>
+#include <utility>
 #include <vector>
 
 namespace venlo
@@ -48,12 +55,7 @@ public:
     void renamed(const QString &dir, const QString &oldName, const QString &newName, bool folder);
     void folderMade(const QString &dir, const QString &name);
 
-    /// A directory whose rows are not the whole truth, and why.
-    struct Incomplete {
-        QString dir;
-        QString why;
-        bool refused = false; ///< the server refused to make it current (it may not exist)
-    };
+    using Incomplete = IncompleteMarks::Mark;
     /// Incomplete directories at or below dir.
     [[nodiscard]] std::vector<Incomplete> incompleteUnder(const QString &dir);
 
@@ -74,11 +76,38 @@ public:
     /// leading "/" and would reach another one), empty when it may. Logs the refusal.
     [[nodiscard]] bool refusesPath(const QString &dir);
 
+    /// The step that makes a directory the server's current one.
+    [[nodiscard]] CurrentDirectory &currentDirectory() { return m_current; }
+
 private:
+    enum class Loaded { Yes, No, NotConnected };
+    [[nodiscard]] Loaded load(const QString &dir, LoadMode mode, QStringList &subFolders,
+                              QString &misfits);
+    [[nodiscard]] Loaded storeListing(const QString &dir, const Listing &listing,
+                                      QStringList &subFolders, QString &misfits);
+    [[nodiscard]] QString addRows(const QString &dir, const Listing &listing,
+                                  QStringList &subFolders);
+    void learnOffset(const QString &dir, const Listing &listing);
+    void caRecTree(const QString &dir, int depth);
+    void mark(const QString &dir, const QString &why, bool refused);
+    void dropPrefix(const QString &statement, const QString &prefix);
+    [[nodiscard]] bool isLoaded(const QString &dir);
+    /// Queries and statements on the cache table; quotes in values are doubled, so that any name
+    /// of the server works.
+    [[nodiscard]] Rows ask(const QString &sql, const QVariantList &values);
+    [[nodiscard]] bool change(const QString &sql, const QVariantList &values);
+    [[nodiscard]] QVariantList withDoubledQuotes(const QVariantList &values) const;
+    [[nodiscard]] QString names(const QString &sql, const QString &dir);
+    void addRow(const QString &localPath, const QString &dir, const QString &name, bool folder);
+    void rememberRawName(const QString &dir, const QString &name, const QByteArray &bytes);
+
     Session &m_session;
     Database &m_database;
     FrontEnd &m_frontEnd;
     Flags &m_flags;
+    CurrentDirectory m_current;
+    IncompleteMarks m_marks;
+    QHash<QString, QByteArray> m_rawPaths; ///< bytes of paths that are not plain ASCII
 };
 
 } // namespace venlo

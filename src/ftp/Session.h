@@ -46,7 +46,7 @@ public:
     [[nodiscard]] bool SiteKeepsCache();
 
     [[nodiscard]] State state() const;
-    /// State after a look at the control connection: a connection the server has closed is 1.
+    /// Registered as connected; a connection that broke stays so until an operation reconnects.
     [[nodiscard]] bool connected() const { return state() == Connected; }
     [[nodiscard]] QString server() const;
     [[nodiscard]] QString proxy() const;
@@ -55,7 +55,6 @@ public:
     void setCurrentRemoteDir(const QString &dir);
     /// Name of the current site's cache table, empty before the first connect.
     [[nodiscard]] QString currentSite() const;
-    void setCurrentSite(const QString &table);
     /// Only while connected.
     [[nodiscard]] FtpClient &client();
     /// Seconds to add to a LIST server's wall clock to get UTC, once learned (see DirectoryCache).

@@ -50,7 +50,13 @@ Result<void> FtpClient::open(const ConnectOptions &options)
     const auto proxy = parseProxy(options.proxy);
     if (!proxy)
         return proxy.error();
-    m->options = options;
+    for (const QString &secret : {options.user, options.password}) {
+        if (secret.contains(QLatin1Char('\r')) || secret.contains(QLatin1Char('\n')) ||
+            secret.contains(QChar(0)))
+            return Error{ErrorClass::Local, QStringLiteral("a name or password holds a line end"), 0};
+    }
+    m->control.close();
+    m->directory.clear();
     m->proxy = proxy.value();
     m->passive = options.passive || m->proxy.type() != QNetworkProxy::NoProxy;
     if (auto connected = m->control.connectTo(address.value().host, address.value().port, m->proxy,
@@ -104,7 +110,9 @@ Result<void> FtpClient::State::learnFeatures()
             features.insert(firstWord(lines.at(i)));
     }
     const bool utf8 = features.contains("UTF8");
-    codec.reset(utf8);
+    if (!knowsServer)
+        codec.reset(utf8); // a later login keeps what the names have shown
+    knowsServer = true;
     if (!utf8)
         return {};
     // Some servers speak UTF-8 only once told to (RFC 2640, 3); a refusal changes nothing.

@@ -66,10 +66,10 @@ struct FtpClient::State {
     ClientLimits limits;
     ControlChannel control;
     NameCodec codec;
-    ConnectOptions options;
     QNetworkProxy proxy{QNetworkProxy::NoProxy};
     QSet<QByteArray> features; ///< upper-case first words of the FEAT lines
     QByteArray directory;      ///< what the server stands in, empty when not known
+    bool knowsServer = false; ///< a login has succeeded in asking for features before
     bool passive = true;
     bool useEpsv = true;
     bool mlsdRefused = false;

@@ -1,0 +1,258 @@
+// What the cache answers from its rows; listing.cpp fills them, upkeep.cpp keeps them in step.
+#include "ftp/DirectoryCache.h"
+
+#include "db/DisplayFormat.h"
+#include "db/Recordset.h"
+#include "db/Store.h"
+#include "ftp/ErrorLog.h"
+#include "shared/NameList.h"
+#include "shared/RemotePath.h"
+
+namespace venlo
+{
+
+namespace
+{
+bool isAscii(const QString &text)
+{
+    return std::all_of(text.begin(), text.end(), [](QChar c) { return c.unicode() < 0x80; });
+}
+} // namespace
+
+DirectoryCache::DirectoryCache(Session &session, Database &database, FrontEnd &frontEnd,
+                               Flags &flags)
+    : m_session(session), m_database(database), m_frontEnd(frontEnd), m_flags(flags),
+      m_current(session, *this, frontEnd, flags), m_marks(database)
+{
+}
+
+void DirectoryCache::sjNormDir(QString &dir) const
+{
+    const QString server = m_session.server();
+    if (!server.isEmpty() && dir.contains(server, Qt::CaseInsensitive))
+        dir = dir.mid(server.size());
+    dir = normalisedRemoteDir(dir);
+}
+
+QString DirectoryCache::normalised(const QString &dir) const
+{
+    QString normal = dir;
+    sjNormDir(normal);
+    return normal;
+}
+
+bool DirectoryCache::refusesPath(const QString &dir)
+{
+    const QString server = m_session.server();
+    const bool refused = !server.isEmpty() && dir.startsWith(QLatin1Char('/')) &&
+                         dir.contains(server, Qt::CaseInsensitive);
+    if (refused)
+        m_session.eventLog().note(QStringLiteral("refused, the path holds the server's name: ") +
+                                  dir);
+    return refused;
+}
+
+Rows DirectoryCache::ask(const QString &sql, const QVariantList &values)
+{
+    Rows rows;
+    int count = 0;
+    m_database.SelectRows(filled(sql, withDoubledQuotes(values)), rows, count);
+    return rows;
+}
+
+bool DirectoryCache::change(const QString &sql, const QVariantList &values)
+{
+    bool ok = false;
+    m_database.ExecSql(filled(sql, withDoubledQuotes(values)), ok);
+    return ok;
+}
+
+QVariantList DirectoryCache::withDoubledQuotes(const QVariantList &values) const
+{
+    QVariantList safe{m_session.currentSite()};
+    for (const QVariant &value : values) {
+        if (value.userType() != QMetaType::QString) {
+            safe.append(value);
+            continue;
+        }
+        safe.append(value.toString().replace(QLatin1Char('\''), QStringLiteral("''")));
+    }
+    return safe;
+}
+
+bool DirectoryCache::isLoaded(const QString &dir)
+{
+    const Rows rows = ask(QStringLiteral("Select Count(*) From ? Where sDir='?'"), {dir});
+    return rows.count() > 0 && rows.at(0, 0).toLongLong() > 0;
+}
+
+QString DirectoryCache::names(const QString &sql, const QString &dir)
+{
+    bool ok = false;
+    QString ignored;
+    caLoadDir(dir, IfAbsent, ignored, ok);
+    if (!ok)
+        return {};
+    const Rows rows = ask(sql, {normalised(dir)});
+    QStringList list;
+    for (int row = 0; row < rows.count(); ++row)
+        list.append(rows.at(0, row).toString());
+    return joinNames(list);
+}
+
+QString DirectoryCache::caSubFolds(const QString &dir)
+{
+    return names(QStringLiteral("Select sName From ? Where sDir='?' And bFd=1 Order By sName"),
+                 dir);
+}
+
+QString DirectoryCache::caFileNames(const QString &dir)
+{
+    return names(QStringLiteral("Select sName From ? Where sDir='?' And bFd=0 Order By sName"),
+                 dir);
+}
+
+void DirectoryCache::caDirList(const QString &dir, QString &folderLines, QString &fileLines)
+{
+    folderLines.clear();
+    fileLines.clear();
+    bool ok = false;
+    QString ignored;
+    caLoadDir(dir, IfAbsent, ignored, ok);
+    if (!ok)
+        return;
+    const Rows rows =
+        ask(QStringLiteral("Select bFd, sName, dDate, nSize From ? Where sDir='?' Order By sName"),
+            {normalised(dir)});
+    QStringList folders;
+    QStringList files;
+    for (int row = 0; row < rows.count(); ++row) {
+        const QString line = rows.at(1, row).toString() + QLatin1Char('\t') +
+                             FormatDateText(fromDayCount(rows.at(2, row).toDouble()));
+        if (rows.at(0, row).toLongLong() == 1)
+            folders.append(line);
+        else
+            files.append(line + QLatin1Char('\t') + FormatSizeText(rows.at(3, row).toLongLong()));
+    }
+    folderLines = joinNames(folders);
+    fileLines = joinNames(files);
+}
+
+void DirectoryCache::caDirNames(const QString &dir, QString &folderNames, QString &fileNames)
+{
+    folderNames.clear();
+    fileNames.clear();
+    bool ok = false;
+    QString ignored;
+    caLoadDir(dir, IfAbsent, ignored, ok);
+    if (!ok)
+        return;
+    const Rows rows = ask(QStringLiteral("Select bFd, sName From ? Where sDir='?' Order By sName"),
+                          {normalised(dir)});
+    QStringList folders;
+    QStringList files;
+    for (int row = 0; row < rows.count(); ++row)
+        (rows.at(0, row).toLongLong() == 1 ? folders : files).append(rows.at(1, row).toString());
+    folderNames = joinNames(folders);
+    fileNames = joinNames(files);
+}
+
+bool DirectoryCache::caHasSub(const QString &dir)
+{
+    bool ok = false;
+    QString ignored;
+    caLoadDir(dir, IfAbsent, ignored, ok);
+    if (!ok)
+        return false;
+    const Rows rows =
+        ask(QStringLiteral("Select Count(*) From ? Where sDir='?' And bFd=1"), {normalised(dir)});
+    return rows.count() > 0 && rows.at(0, 0).toLongLong() >= 1;
+}
+
+void DirectoryCache::caEntInfo(const QString &dir, const QString &name, bool folder,
+                               QString &dateText, QString &sizeText)
+{
+    dateText.clear();
+    sizeText.clear();
+    bool ok = false;
+    QString ignored;
+    caLoadDir(dir, IfAbsent, ignored, ok);
+    if (!ok)
+        return;
+    const QVariantList entry{normalised(dir), name, folder ? 1 : 0};
+    const Rows found =
+        ask(QStringLiteral("Select Count(*) From ? Where sDir='?' And sName='?' And bFd=?"), entry);
+    if (found.count() == 0 || found.at(0, 0).toLongLong() < 1)
+        return;
+    const Rows rows = ask(
+        QStringLiteral("Select dDate, nSize From ? Where sDir='?' And sName='?' And bFd=?"), entry);
+    if (rows.count() == 0)
+        return;
+    dateText = FormatDateText(fromDayCount(rows.at(0, 0).toDouble()));
+    sizeText = FormatSizeText(rows.at(1, 0).toLongLong()) + QLatin1Char('|');
+}
+
+bool DirectoryCache::cachedFile(const QString &dir, const QString &name, double &day, qint64 &size)
+{
+    const auto table = m_database.openTable(m_session.currentSite());
+    const QVariantList fields =
+        table->find({QStringLiteral("dDate"), QStringLiteral("nSize")},
+                    {QStringLiteral("sDir"), QStringLiteral("sName"), QStringLiteral("bFd")},
+                    {normalised(dir), name, 0});
+    if (fields.isEmpty())
+        return false;
+    day = fields.at(0).toDouble();
+    size = fields.at(1).toLongLong() - 1; // see cachedSizeOf
+    return true;
+}
+
+QByteArray DirectoryCache::rawName(const QString &dir, const QString &name)
+{
+    if (isAscii(name))
+        return name.toLatin1();
+    const auto table = m_database.openTable(m_session.currentSite());
+    const QVariantList fields =
+        table->find({QStringLiteral("raw name")}, {QStringLiteral("sDir"), QStringLiteral("sName")},
+                    {normalised(dir), name});
+    if (fields.isEmpty())
+        return m_session.client().codec().encode(name);
+    return fields.at(0).isNull() ? name.toUtf8() : fields.at(0).toByteArray();
+}
+
+QByteArray DirectoryCache::rawPath(const QString &dir)
+{
+    if (isAscii(dir))
+        return dir.toLatin1();
+    const auto known = m_rawPaths.constFind(dir);
+    if (known != m_rawPaths.constEnd())
+        return *known;
+    QString parent;
+    QString leaf;
+    sjSplitPath(dir, parent, leaf);
+    const QByteArray above = parent == QLatin1String("/") ? QByteArray() : rawPath(parent);
+    const QByteArray raw = above + '/' + rawName(parent, leaf);
+    m_rawPaths.insert(dir, raw);
+    return raw;
+}
+
+std::vector<DirectoryCache::Incomplete> DirectoryCache::incompleteUnder(const QString &dir)
+{
+    return m_marks.under(m_session.currentSite(), normalised(dir));
+}
+
+std::vector<std::pair<QString, QString>> DirectoryCache::dayOnlyUnder(const QString &dir)
+{
+    const QString root = normalised(dir);
+    const Rows rows = m_database.store().query(
+        QStringLiteral("SELECT sDir, sName FROM %1 WHERE \"day only\" = 1 AND bFd = 0")
+            .arg(Store::quotedName(m_session.currentSite())),
+        {});
+    std::vector<std::pair<QString, QString>> entries;
+    for (int row = 0; row < rows.count(); ++row) {
+        if (isBelowOrSameFolded(rows.at(0, row).toString(), root))
+            entries.emplace_back(rows.at(0, row).toString(), rows.at(1, row).toString());
+    }
+    return entries;
+}
+
+} // namespace venlo

@@ -1,0 +1,235 @@
+// How the server's listings become rows of the cache.
+#include "db/Recordset.h"
+#include "ftp/DirectoryCache.h"
+#include "ftp/ErrorLog.h"
+#include "ftp/ListingTime.h"
+#include "shared/Flags.h"
+#include "shared/FrontEnd.h"
+#include "shared/NameList.h"
+#include "shared/RemotePath.h"
+
+#include <cmath>
+
+namespace venlo
+{
+
+namespace
+{
+constexpr int maxDepth = 128;
+constexpr int offsetSamples = 3;
+constexpr qint64 quarterHour = 900;
+constexpr qint64 widestOffset = 15 * 3600;
+
+/// Closes the wait window whatever ends the work.
+class WaitWindow
+{
+public:
+    WaitWindow(FrontEnd &frontEnd, const QString &text) : m_frontEnd(frontEnd)
+    {
+        m_frontEnd.showWait(text);
+    }
+    ~WaitWindow() { m_frontEnd.closeWait(); }
+    WaitWindow(const WaitWindow &) = delete;
+    WaitWindow &operator=(const WaitWindow &) = delete;
+
+private:
+    FrontEnd &m_frontEnd;
+};
+} // namespace
+
+void DirectoryCache::mark(const QString &dir, const QString &why, bool refused)
+{
+    m_marks.set(m_session.currentSite(), {dir, why, refused});
+    m_session.eventLog().note(QStringLiteral("incomplete: %1: %2").arg(dir, why));
+}
+
+void DirectoryCache::caLoadDir(const QString &dir, LoadMode mode, QString &names, bool &ok)
+{
+    if (!m_session.connected())
+        return;
+    QStringList subFolders;
+    QString misfits;
+    const Loaded loaded = load(dir, mode, subFolders, misfits);
+    if (loaded == Loaded::NotConnected)
+        return;
+    if (mode == WithSubFolders)
+        names = joinNames(subFolders);
+    ok = loaded == Loaded::Yes;
+    if (!misfits.isEmpty())
+        throw DbError(misfits);
+}
+
+DirectoryCache::Loaded DirectoryCache::load(const QString &path, LoadMode mode,
+                                            QStringList &subFolders, QString &misfits)
+{
+    subFolders.clear();
+    if (!m_session.connected())
+        return Loaded::NotConnected;
+    if (refusesPath(path)) {
+        m_session.errorLog().LogError(QStringLiteral("sjCrntDir Err: ") + path);
+        mark(path, QStringLiteral("the path holds the server's name"), false);
+        return Loaded::No;
+    }
+    const QString dir = normalised(path);
+    if (mode == IfAbsent && isLoaded(dir))
+        return Loaded::Yes;
+
+    Transaction transaction(m_database);
+    if (mode == Replace)
+        dropPrefix(QStringLiteral("Delete From ? Where sDir like '?*'"), dir);
+    Loaded loaded = Loaded::No;
+    bool current = false;
+    m_current.sjCrntDir(dir, current);
+    if (!current) {
+        const Error &error = m_current.lastError();
+        mark(dir, error.words, error.kind == ErrorClass::Refused);
+    } else {
+        const auto listing = m_session.client().list();
+        if (!listing || (!listing.value().whole && listing.value().entries.empty())) {
+            const QString why = listing ? listing.value().why : listing.error().words;
+            m_session.errorLog().LogError(QStringLiteral("FtpFindFirstFile"));
+            mark(dir, why, false);
+        } else {
+            loaded = storeListing(dir, listing.value(), subFolders, misfits);
+        }
+    }
+    transaction.commit();
+    return loaded;
+}
+
+DirectoryCache::Loaded DirectoryCache::storeListing(const QString &dir, const Listing &listing,
+                                                    QStringList &subFolders, QString &misfits)
+{
+    if (!listing.fromMlsd)
+        learnOffset(dir, listing);
+    misfits = addRows(dir, listing, subFolders);
+    if (!listing.whole) {
+        m_session.errorLog().LogError(QStringLiteral("InternetFindNextFile"));
+        mark(dir, listing.why, false);
+    } else if (!misfits.isEmpty()) {
+        mark(dir, misfits, false);
+    } else {
+        m_marks.clear(m_session.currentSite(), dir);
+    }
+    return Loaded::Yes;
+}
+
+QString DirectoryCache::addRows(const QString &dir, const Listing &listing, QStringList &subFolders)
+{
+    static const QStringList columns{QStringLiteral("sDir"),    QStringLiteral("bFd"),
+                                     QStringLiteral("sName"),   QStringLiteral("dDate"),
+                                     QStringLiteral("nSize"),   QStringLiteral("raw name"),
+                                     QStringLiteral("day only")};
+    const auto table = m_database.openTable(m_session.currentSite());
+    const int localOffset = presentLocalOffset();
+    QStringList misfits;
+    for (const RemoteEntry &entry : listing.entries) {
+        const bool folder = entry.kind == RemoteEntry::Kind::Folder;
+        const double day = listingDay(wallClockOf(entry, m_session.listOffset), localOffset);
+        const QVariant raw =
+            entry.rawName == entry.name.toUtf8() ? QVariant() : QVariant(entry.rawName);
+        try {
+            table->add(columns,
+                       {dir, folder ? 1 : 0, entry.name, day, folder ? 0 : cachedSizeOf(entry.size),
+                        raw, entry.dayOnly ? 1 : 0});
+        } catch (const DbError &error) {
+            misfits.append(remoteChild(dir, entry.name.left(256)) + QStringLiteral(": ") +
+                           error.words());
+            continue;
+        }
+        if (folder)
+            subFolders.append(entry.name);
+    }
+    return misfits.join(QLatin1Char('\n'));
+}
+
+void DirectoryCache::learnOffset(const QString &dir, const Listing &listing)
+{
+    if (m_session.listOffset || !m_session.client().hasMdtm())
+        return;
+    int asked = 0;
+    for (const RemoteEntry &entry : listing.entries) {
+        if (entry.kind != RemoteEntry::Kind::File || entry.dayOnly || !entry.time.isValid())
+            continue;
+        if (++asked > offsetSamples)
+            return;
+        const auto utc = m_session.client().modificationTime(entry.rawName);
+        if (!utc)
+            continue;
+        // The listing is cut to the minute; zones differ by quarter hours.
+        const double apart = static_cast<double>(entry.time.secsTo(utc.value()));
+        const qint64 offset =
+            std::llround(std::floor(apart / 60.0) * 60.0 / quarterHour) * quarterHour;
+        if (std::abs(offset) > widestOffset || std::abs(apart - static_cast<double>(offset)) > 60.0)
+            continue;
+        m_session.listOffset = offset;
+        m_session.eventLog().note(
+            QStringLiteral("the listing's clock of %1 is %2 s from UTC").arg(dir).arg(offset));
+        return;
+    }
+}
+
+void DirectoryCache::caRefresh(const QString &path)
+{
+    if (!m_session.connected())
+        return;
+    if (refusesPath(path)) {
+        m_session.errorLog().LogError(QStringLiteral("sjCrntDir Err: ") + path);
+        mark(path, QStringLiteral("the path holds the server's name"), false);
+        return;
+    }
+    const QString dir = normalised(path);
+    const WaitWindow wait(m_frontEnd, QStringLiteral("FTP側のﾃﾞｨﾚｸﾄﾘ情報を更新しています"));
+    m_rawPaths.clear();
+    Transaction transaction(m_database);
+    dropPrefix(QStringLiteral("Delete From ? Where sDir Like '?*'"), dir);
+    caRecTree(dir, 0);
+    transaction.commit();
+    if (!m_flags.unattendedTransfer)
+        m_frontEnd.setMessageLine(QString());
+}
+
+void DirectoryCache::caRecTree(const QString &dir, int depth)
+{
+    if (depth > maxDepth) {
+        mark(dir, QStringLiteral("nested too deeply"), false);
+        return;
+    }
+    if (m_frontEnd.cancelled() || !m_session.connected()) {
+        mark(dir, QStringLiteral("not listed"), false);
+        return;
+    }
+    if (!m_flags.unattendedTransfer)
+        m_frontEnd.setMessageLine(dir + QStringLiteral(" ﾌｫﾙﾀﾞとﾌｧｲﾙ情報を記録しています･･･"));
+    QStringList subFolders;
+    QString misfits;
+    (void)load(dir, WithSubFolders, subFolders, misfits);
+    m_frontEnd.yield();
+    for (const QString &name : std::as_const(subFolders))
+        caRecTree(remoteChild(dir, name), depth + 1);
+}
+
+std::optional<double> DirectoryCache::refineTime(const QString &dir, const QString &name)
+{
+    if (!m_session.connected() || !m_session.client().hasMdtm())
+        return std::nullopt;
+    static const QStringList keys{QStringLiteral("sDir"), QStringLiteral("sName")};
+    const auto table = m_database.openTable(m_session.currentSite());
+    const QVariantList shown = table->find({QStringLiteral("day only")}, keys, {dir, name});
+    if (shown.isEmpty() || shown.at(0).toLongLong() != 1)
+        return std::nullopt;
+    const QByteArray path =
+        (dir == QLatin1String("/") ? QByteArray() : rawPath(dir)) + '/' + rawName(dir, name);
+    const auto utc = m_session.client().modificationTime(path);
+    if (!utc)
+        return std::nullopt;
+    RemoteEntry entry;
+    entry.time = utc.value();
+    entry.utc = true;
+    const double day = listingDay(wallClockOf(entry, std::nullopt), presentLocalOffset());
+    (void)table->change({QStringLiteral("dDate"), QStringLiteral("day only")}, {day, 0}, keys,
+                        {dir, name});
+    return day;
+}
+
+} // namespace venlo
