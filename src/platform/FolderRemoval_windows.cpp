@@ -1,0 +1,100 @@
+#include <string>
+#include <system_error>
+#include <vector>
+
+#include <windows.h>
+
+#include <QDir>
+
+#include "platform/Files.h"
+#include "platform/LongPath_windows.h"
+
+namespace venlo
+{
+
+namespace
+{
+bool isFolder(DWORD attributes)
+{
+    return (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+}
+
+/// Junctions and symbolic links: the entry goes, what it points at stays.
+bool isLink(DWORD attributes)
+{
+    return (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+}
+
+bool deleteEntry(const std::wstring &path, DWORD attributes)
+{
+    if ((attributes & FILE_ATTRIBUTE_READONLY) != 0)
+        SetFileAttributesW(path.c_str(), attributes & ~static_cast<DWORD>(FILE_ATTRIBUTE_READONLY));
+    return (isFolder(attributes) ? RemoveDirectoryW(path.c_str()) : DeleteFileW(path.c_str())) !=
+           FALSE;
+}
+
+struct Level {
+    std::wstring path;
+    DWORD attributes = 0;
+    bool listed = false;
+};
+
+/// Deletes the files and links of a folder and appends its folders to the work list.
+bool deleteFiles(const std::wstring &folder, std::vector<Level> &work)
+{
+    WIN32_FIND_DATAW entry = {};
+    const HANDLE search = FindFirstFileW((folder + L"\\*").c_str(), &entry);
+    if (search == INVALID_HANDLE_VALUE)
+        return false;
+    bool ok = true;
+    do {
+        const std::wstring name = entry.cFileName;
+        if (name == L"." || name == L"..")
+            continue;
+        const std::wstring path = folder + L"\\" + name;
+        if (isFolder(entry.dwFileAttributes) && !isLink(entry.dwFileAttributes))
+            work.push_back({path, entry.dwFileAttributes, false});
+        else
+            ok = deleteEntry(path, entry.dwFileAttributes);
+    } while (ok && FindNextFileW(search, &entry) != FALSE);
+    const DWORD error = GetLastError();
+    FindClose(search);
+    SetLastError(error);
+    return ok && error == ERROR_NO_MORE_FILES;
+}
+
+bool removeAll(const std::wstring &path)
+{
+    const DWORD attributes = GetFileAttributesW(path.c_str());
+    if (attributes == INVALID_FILE_ATTRIBUTES)
+        return false;
+    if (isLink(attributes))
+        return deleteEntry(path, attributes);
+    std::vector<Level> work = {{path, attributes, false}};
+    while (!work.empty()) {
+        const Level level = work.back();
+        if (level.listed) {
+            if (!deleteEntry(level.path, level.attributes))
+                return false;
+            work.pop_back();
+            continue;
+        }
+        work.back().listed = true;
+        if (!deleteFiles(level.path, work))
+            return false;
+    }
+    return true;
+}
+} // namespace
+
+bool removeFolderTree(const QString &path, QString &why)
+{
+    SetLastError(ERROR_INVALID_PARAMETER);
+    if (!path.isEmpty() && !QDir(path).isRoot() && removeAll(longPath(path)))
+        return true;
+    const auto error = static_cast<int>(GetLastError());
+    why = QString::fromLocal8Bit(std::system_category().message(error).c_str());
+    return false;
+}
+
+} // namespace venlo

@@ -1,0 +1,64 @@
+#include "platform/Process.h"
+
+#include <array>
+
+#include <windows.h>
+
+#include <QDir>
+#include <QFileInfo>
+
+namespace venlo
+{
+
+namespace
+{
+QString executablePath()
+{
+    std::array<wchar_t, 32768> path = {}; // the longest path the system has
+    const DWORD length = GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()));
+    return QString::fromWCharArray(path.data(), static_cast<qsizetype>(length));
+}
+
+/// Where the arguments begin: behind the program's name, which may stand in quotation marks.
+qsizetype endOfProgramName(const QString &line)
+{
+    if (!line.startsWith(QLatin1Char('"'))) {
+        const qsizetype blank = line.indexOf(QLatin1Char(' '));
+        return blank < 0 ? line.size() : blank;
+    }
+    const qsizetype closing = line.indexOf(QLatin1Char('"'), 1);
+    return closing < 0 ? line.size() : closing + 1;
+}
+} // namespace
+
+QString rawCommandLine(int /*argc*/, char ** /*argv*/)
+{
+    const QString line = QString::fromWCharArray(GetCommandLineW());
+    qsizetype start = endOfProgramName(line);
+    while (start < line.size() && line[start] == QLatin1Char(' '))
+        ++start;
+    return line.mid(start);
+}
+
+QString executableBaseName()
+{
+    QString name = QFileInfo(executablePath()).fileName();
+    if (name.endsWith(QLatin1String(".exe"), Qt::CaseInsensitive))
+        name.chop(4);
+    return name;
+}
+
+QString executableFolder()
+{
+    QString folder = QDir::toNativeSeparators(QFileInfo(executablePath()).absolutePath());
+    if (!folder.endsWith(QLatin1Char('\\')))
+        folder += QLatin1Char('\\');
+    return folder;
+}
+
+bool hasDisplay()
+{
+    return true;
+}
+
+} // namespace venlo

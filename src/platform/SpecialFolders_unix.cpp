@@ -1,0 +1,43 @@
+#include "platform/SpecialFolders.h"
+
+#include <QDir>
+#include <QSettings>
+#include <QStandardPaths>
+
+namespace venlo
+{
+
+namespace
+{
+/// One file for all tools of the family, in the folder XDG_CONFIG_HOME names or ~/.config.
+QString settingsPath()
+{
+    return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) +
+           QStringLiteral("/VenloTools.ini");
+}
+
+QString inPathSection(const QString &key)
+{
+    return QStringLiteral("Path/") + key;
+}
+} // namespace
+
+QString FsGtSpFld(SpecialFolder folder)
+{
+    const auto location = folder == SpecialFolder::ApplicationData
+                              ? QStandardPaths::GenericDataLocation
+                              : QStandardPaths::DocumentsLocation;
+    return QDir::cleanPath(QStandardPaths::writableLocation(location));
+}
+
+QString programSetting(const QString &key)
+{
+    return QSettings(settingsPath(), QSettings::IniFormat).value(inPathSection(key)).toString();
+}
+
+void setProgramSetting(const QString &key, const QString &value)
+{
+    QSettings(settingsPath(), QSettings::IniFormat).setValue(inPathSection(key), value);
+}
+
+} // namespace venlo
