@@ -1,0 +1,14 @@
+#pragma once
+
+namespace venlo
+{
+
+/// Lets a person or the system stop an unattended run in order: the first interrupt (Ctrl+C,
+/// SIGTERM, SIGHUP, a closing console) is only noted, so that the transfer in hand is unwound and
+/// nothing is left half done; a second one ends the process as the system would.
+void noteInterrupts();
+
+/// True once an interrupt was noted.
+[[nodiscard]] bool interrupted();
+
+} // namespace venlo
