@@ -11,6 +11,10 @@ namespace venlo
 
 class NameCodec;
 
+/// A name that must not become a path component here: empty, ".", "..", or one that holds a
+/// character that separates components on this machine.
+[[nodiscard]] bool isRefusedName(const QString &name, const QString &separators);
+
 /// Turns the lines of one directory listing into entries. Knows MLSD (RFC 3659, 7), the Unix
 /// long format, the DOS format and EPLF; a line none of them explains makes the listing not whole.
 /// Bounded by its caller: it keeps no text beyond the entries. "." and ".." are dropped silently;
@@ -34,6 +38,7 @@ private:
     void addList(const QByteArray &line);
     void addMlsd(const QByteArray &line);
     void accept(RemoteEntry entry);
+    void refuseLine(const QByteArray &line);
     void doubt(const QString &why);
 
     Source m_source;

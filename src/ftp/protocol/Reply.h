@@ -2,6 +2,7 @@
 
 #include <QByteArray>
 #include <QDateTime>
+#include <QList>
 #include <QString>
 #include <QStringList>
 
@@ -13,18 +14,21 @@ namespace venlo
 /// One complete reply of the server (RFC 959, 4.2).
 struct Reply {
     int code = 0;
-    QStringList lines; ///< text of each line without the code, decoded leniently
+    QStringList lines;               ///< text of each line without the code, decoded leniently
+    QList<QByteArray> rawLines = {}; ///< the same lines as received: paths are bytes
 
     [[nodiscard]] bool preliminary() const { return code / 100 == 1; }
     [[nodiscard]] bool completion() const { return code / 100 == 2; }
     [[nodiscard]] bool intermediate() const { return code / 100 == 3; }
     [[nodiscard]] bool transient() const { return code / 100 == 4; }
     [[nodiscard]] bool permanent() const { return code / 100 == 5; }
+    /// The code, a blank and the lines with "\n" between them.
     [[nodiscard]] QString text() const;
 };
 
 /// Assembles replies from the bytes of the control connection. Bounded: a line above maxLine bytes
-/// or a reply above maxReply bytes is an error, after which the connection must be dropped.
+/// or a reply above maxReply bytes is an error, after which the connection must be dropped. Telnet
+/// commands among the bytes are passed over and 0xFF is undoubled (RFC 854).
 class ReplyParser
 {
 public:
@@ -40,7 +44,15 @@ public:
     [[nodiscard]] bool pending() const { return !m_buffer.isEmpty(); }
 
 private:
-    QByteArray m_buffer;
+    enum class Telnet { Data, Command, Option, Subnegotiation, SubnegotiationCommand };
+
+    void feedByte(char c);
+    /// Nothing while the reply goes on.
+    std::optional<Reply> addLine(const QByteArray &line);
+
+    QByteArray m_buffer; ///< without Telnet commands
+    Telnet m_telnet = Telnet::Data;
+    int m_skipped = 0;           ///< bytes of the present subnegotiation
     std::optional<Reply> m_open; ///< a multi-line reply whose last line is still to come
     int m_openBytes = 0;
     bool m_broken = false;
