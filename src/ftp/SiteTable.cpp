@@ -5,6 +5,8 @@
 
 #include <QStringList>
 
+#include <algorithm>
+
 namespace venlo
 {
 
@@ -18,7 +20,7 @@ void addPrivateColumns(Database &database, const QString &table)
     QStringList present;
     for (int row = 0; row < columns.count(); ++row)
         present.append(columns.at(0, row).toString());
-    const QString quoted = Store::quotedName(table);
+    const QString quoted = quotedTableName(table);
     for (const auto &[name, type] :
          {std::pair{QStringLiteral("raw name"), QStringLiteral("BLOB")},
           std::pair{QStringLiteral("day only"), QStringLiteral("INTEGER")}}) {
@@ -38,6 +40,13 @@ QString siteTableName(const QString &siteName)
     table.replace(QLatin1Char('.'), QLatin1Char('_'));
     table.replace(QLatin1Char('-'), QLatin1Char('_'));
     return table;
+}
+
+QString quotedTableName(const QString &table)
+{
+    QString name = table;
+    name.replace(QLatin1Char('"'), QStringLiteral("\"\""));
+    return QLatin1Char('"') + name + QLatin1Char('"');
 }
 
 bool isReservedSite(const QString &siteName)
