@@ -10,7 +10,6 @@
 #include <sys/un.h>
 #include <unistd.h>
 
-
 #include "platform/XCookies.h"
 
 namespace venlo
