@@ -2,6 +2,7 @@
 
 #include "db/DbError.h"
 #include "db/FillParams.h"
+#include "db/Rows.h"
 
 #include <QString>
 #include <QStringList>
@@ -16,28 +17,6 @@ namespace venlo
 class FrontEnd;
 class Recordset;
 class Store;
-
-/// All rows of a query, addressed by field and row as the callers count them.
-class Rows
-{
-public:
-    Rows() = default;
-    Rows(int fields, std::vector<QVariant> cells) : m_fields(fields), m_cells(std::move(cells)) {}
-    [[nodiscard]] int count() const
-    {
-        return m_fields == 0 ? 0 : static_cast<int>(m_cells.size()) / m_fields;
-    }
-    /// Null columns are null QVariants; Text is QString, Byte/Long/yes-no are qlonglong, Date is
-    /// double (day count, see fromDayCount).
-    [[nodiscard]] const QVariant &at(int field, int row) const
-    {
-        return m_cells.at(static_cast<size_t>(row * m_fields + field));
-    }
-
-private:
-    int m_fields = 0;
-    std::vector<QVariant> m_cells;
-};
 
 /// The one open database file "dbFtp.mdb" and the query operations every room uses. Statements are
 /// Jet SQL (see JetTranslator); one statement a call. Owns the file's handle; shows only the
@@ -68,8 +47,9 @@ public:
     void SelectValues(const QString &sql, const std::vector<QVariant *> &variables);
 
     /// Fills and runs a statement; the number of rows affected. Throws DbError. A text value that
-    /// holds a quote is refused before the store sees the statement (it could mean something
-    /// else than was asked), with brokenBy() naming it.
+    /// holds a quote, or one outside quotes (a table name) that holds a blank or a parenthesis, is
+    /// refused before the store sees the statement (it could mean something else than was asked),
+    /// with brokenBy() naming it.
     int run(const QString &sql, const QVariantList &values = {});
     /// Fills and queries, as run().
     [[nodiscard]] Rows query(const QString &sql, const QVariantList &values = {});
@@ -88,6 +68,9 @@ public:
     [[nodiscard]] Store &store();
 
 private:
+    void reopen();
+    [[nodiscard]] bool writeCompacted(const QString &copy);
+
     FrontEnd &m_frontEnd;
     QString m_folder;
     std::unique_ptr<Store> m_store;
@@ -95,7 +78,8 @@ private:
 };
 
 /// Everything between construction and commit() happens or nothing does. Nests: only the outermost
-/// one talks to the store. Rolls back when it is destroyed without commit().
+/// commit() reaches the disk, and an inner one that is not committed undoes its own part only.
+/// Rolls back when it is destroyed without commit(). Construction and commit() throw DbError.
 class Transaction
 {
 public:

@@ -1,0 +1,238 @@
+#include "db/Store.h"
+
+#include "db/DbError.h"
+
+namespace venlo
+{
+
+namespace
+{
+/// Native statements that change tables, after which the catalogue is read anew.
+bool changesTables(const QString &sql)
+{
+    const QString start = sql.trimmed().left(6).toUpper();
+    return start.startsWith(QLatin1String("CREATE")) || start.startsWith(QLatin1String("DROP")) ||
+           start.startsWith(QLatin1String("ALTER"));
+}
+
+QString savepoint(const char *verb, int depth)
+{
+    return QStringLiteral("%1 venlo_%2").arg(QLatin1String(verb), QString::number(depth));
+}
+} // namespace
+
+Store::Store(Options options) : m_options(std::move(options)) {}
+
+Store::~Store() = default;
+
+void Store::open(const QString &path, Mode mode)
+{
+    close();
+    m_connection = std::make_unique<SqliteConnection>(path, mode, m_options.busyMilliseconds);
+    m_path = path;
+    try {
+        loadCatalogue();
+    } catch (const DbError &) {
+        close();
+        throw;
+    }
+}
+
+void Store::close()
+{
+    m_depth = 0;
+    m_connection.reset();
+    m_catalogue = {};
+}
+
+/// Where another process compacted the file, the one that is open here has no name any more and
+/// would take writes nobody sees again: the new one is opened.
+SqliteConnection &Store::connection()
+{
+    if (m_connection && m_depth == 0 && m_connection->fileReplaced())
+        open(QString(m_path));
+    if (!m_connection)
+        throw DbError(QStringLiteral("ﾃﾞｰﾀﾍﾞｰｽが開かれていません"));
+    if (m_depth > 0 && !m_connection->inTransaction())
+        throw DbError(QStringLiteral("一連の更新は既に取り消されています"));
+    return *m_connection;
+}
+
+int Store::execJet(const QString &statement)
+{
+    const JetStatement translated = translate(statement);
+    switch (translated.kind) {
+    case JetStatement::Kind::Change:
+        return connection().execute(translated.sql.constFirst(), translated.values);
+    case JetStatement::Kind::Schema:
+        runSchema(translated.sql);
+        return 0;
+    case JetStatement::Kind::Query:
+        break;
+    }
+    throw DbError(QStringLiteral("Select は実行できません"));
+}
+
+Rows Store::queryJet(const QString &statement)
+{
+    const JetStatement translated = translate(statement);
+    if (translated.kind != JetStatement::Kind::Query)
+        throw DbError(QStringLiteral("Select ではありません"));
+    return connection().query(translated.sql.constFirst(), translated.values);
+}
+
+JetStatement Store::translate(const QString &statement)
+{
+    (void)connection();
+    try {
+        return translateJet(statement, m_catalogue, m_options.today());
+    } catch (const DbError &) {
+        if (!catalogueStale())
+            throw;
+    }
+    loadCatalogue();
+    return translateJet(statement, m_catalogue, m_options.today());
+}
+
+int Store::exec(const QString &sql, const QVariantList &values)
+{
+    const int changed = connection().execute(sql, values);
+    if (changesTables(sql)) {
+        connection().forgetStatements();
+        loadCatalogue();
+    }
+    return changed;
+}
+
+Rows Store::query(const QString &sql, const QVariantList &values)
+{
+    return connection().query(sql, values);
+}
+
+QStringList Store::tableNames()
+{
+    if (catalogueStale())
+        loadCatalogue();
+    return m_catalogue.tableNames();
+}
+
+const JetTable *Store::table(const QString &anyCase)
+{
+    const JetTable *found = m_catalogue.table(anyCase);
+    if (found || !catalogueStale())
+        return found;
+    loadCatalogue();
+    return m_catalogue.table(anyCase);
+}
+
+void Store::begin()
+{
+    connection().execute(m_depth == 0 ? QStringLiteral("BEGIN IMMEDIATE")
+                                      : savepoint("SAVEPOINT", m_depth));
+    ++m_depth;
+}
+
+void Store::commit()
+{
+    if (m_depth == 0)
+        throw DbError(QStringLiteral("一連の更新が始まっていません"));
+    connection().execute(m_depth == 1 ? QStringLiteral("COMMIT")
+                                      : savepoint("RELEASE", m_depth - 1));
+    --m_depth;
+}
+
+void Store::rollback() noexcept
+{
+    if (m_depth == 0 || !m_connection)
+        return;
+    --m_depth;
+    try {
+        if (m_connection->inTransaction()) {
+            if (m_depth == 0) {
+                m_connection->execute(QStringLiteral("ROLLBACK"));
+            } else {
+                m_connection->execute(savepoint("ROLLBACK TO", m_depth));
+                m_connection->execute(savepoint("RELEASE", m_depth));
+            }
+        }
+        if (catalogueStale())
+            loadCatalogue();
+    } catch (const DbError &) {
+        // The store undid everything by itself; the statements that follow find out.
+    }
+}
+
+int Store::userVersion()
+{
+    return query(QStringLiteral("PRAGMA user_version")).at(0, 0).toInt();
+}
+
+void Store::setUserVersion(int version)
+{
+    exec(QStringLiteral("PRAGMA user_version=%1").arg(version));
+}
+
+QString Store::damage()
+{
+    const QString words = query(QStringLiteral("PRAGMA quick_check(1)")).at(0, 0).toString();
+    return words == QLatin1String("ok") ? QString() : words;
+}
+
+void Store::copyCompacted(const QString &path)
+{
+    if (m_depth > 0)
+        throw DbError(QStringLiteral("一連の更新の途中です"));
+    (void)query(QStringLiteral("PRAGMA locking_mode=EXCLUSIVE"));
+    exec(QStringLiteral("BEGIN EXCLUSIVE"));
+    exec(QStringLiteral("COMMIT"));
+    exec(QStringLiteral("VACUUM INTO ?"), {path});
+}
+
+qint64 Store::preparedCount() const
+{
+    return m_connection ? m_connection->preparedCount() : 0;
+}
+
+void Store::loadCatalogue()
+{
+    const Rows rows = connection().query(
+        QStringLiteral("SELECT m.name, c.name, c.type FROM sqlite_master m, "
+                       "pragma_table_info(m.name) c WHERE m.type='table' "
+                       "AND m.name NOT LIKE 'sqlite\\_%' ESCAPE '\\' ORDER BY m.rowid, c.cid"));
+    std::vector<JetTable> tables;
+    for (int row = 0; row < rows.count(); ++row) {
+        const QString name = rows.at(0, row).toString();
+        if (tables.empty() || tables.back().name != name)
+            tables.push_back({name, {}});
+        tables.back().columns.push_back(
+            JetColumn::fromStored(rows.at(1, row).toString(), rows.at(2, row).toString()));
+    }
+    m_catalogue = JetCatalogue(std::move(tables));
+    m_schemaVersion =
+        connection().query(QStringLiteral("PRAGMA schema_version")).at(0, 0).toLongLong();
+}
+
+/// Another process, or a transaction undone, can have changed the tables.
+bool Store::catalogueStale()
+{
+    return connection().query(QStringLiteral("PRAGMA schema_version")).at(0, 0).toLongLong() !=
+           m_schemaVersion;
+}
+
+void Store::runSchema(const QStringList &statements)
+{
+    connection().forgetStatements();
+    begin();
+    try {
+        for (const QString &sql : statements)
+            connection().execute(sql);
+        commit();
+    } catch (const DbError &) {
+        rollback();
+        throw;
+    }
+    connection().forgetStatements();
+    loadCatalogue();
+}
+
+} // namespace venlo
