@@ -1,0 +1,264 @@
+// The client against the real daemons: every operation, both modes, both address families.
+#include "ftp/protocol/FtpClient.h"
+#include "ftp/protocol/Waiter.h"
+#include "support/FtpDaemon.h"
+
+#include <memory>
+
+#include <QBuffer>
+#include <QTest>
+
+using namespace venlo;
+using venlo::test::DaemonOptions;
+using venlo::test::FtpDaemon;
+
+namespace
+{
+
+/// One client logged in to one daemon, with the commands it sent.
+struct Fixture {
+    explicit Fixture(FtpDaemon::Kind kind, DaemonOptions options = {})
+        : daemon(kind, std::move(options)), waiter([] { return false; }), client(waiter, {})
+    {
+        client.setTrace([this](const QString &line) {
+            trace.append(line);
+            if (line.startsWith(QLatin1String("> ")))
+                commands.append(line.mid(2).section(QLatin1Char(' '), 0, 0));
+        });
+    }
+    [[nodiscard]] bool start()
+    {
+        QString why;
+        if (!daemon.start(&why)) {
+            qWarning("%s", qPrintable(why));
+            return false;
+        }
+        return true;
+    }
+    [[nodiscard]] Result<void> login(bool passive = true, const QString &password = {})
+    {
+        return client.open({daemon.server(),
+                            daemon.user(),
+                            password.isNull() ? daemon.password() : password,
+                            {},
+                            passive});
+    }
+    [[nodiscard]] Result<qint64> put(const QByteArray &name, const QByteArray &bytes)
+    {
+        QBuffer buffer;
+        buffer.setData(bytes);
+        buffer.open(QIODevice::ReadOnly);
+        return client.store(name, buffer, {});
+    }
+    [[nodiscard]] QByteArray get(const QByteArray &name)
+    {
+        QBuffer buffer;
+        buffer.open(QIODevice::WriteOnly);
+        const auto got = client.retrieve(name, buffer, {});
+        if (!got) {
+            qWarning("%s", qPrintable(got.error().words));
+            return "FAILED";
+        }
+        return buffer.data();
+    }
+
+    FtpDaemon daemon;
+    Waiter waiter;
+    FtpClient client;
+    QStringList trace;
+    QStringList commands;
+};
+
+QByteArray pattern(int size)
+{
+    QByteArray bytes(size, '\0');
+    quint32 state = 12345;
+    for (char &byte : bytes) {
+        state = state * 1664525U + 1013904223U;
+        byte = static_cast<char>(state >> 24);
+    }
+    return bytes;
+}
+
+} // namespace
+
+class tst_FtpClientDaemons : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void everyOperation_data() { kinds(); }
+    void everyOperation();
+    void names_data() { kinds(); }
+    void names();
+    void commandsPerSmallFile_data() { kinds(); }
+    void commandsPerSmallFile();
+    void wrongPassword_data() { kinds(); }
+    void wrongPassword();
+    void droppedSession_data() { kinds(); }
+    void droppedSession();
+    void ipv6_data() { kinds(); }
+    void ipv6();
+
+private:
+    static void kinds()
+    {
+        QTest::addColumn<int>("kind");
+        QTest::addColumn<bool>("passive");
+        for (const FtpDaemon::Kind kind : FtpDaemon::all()) {
+            for (const bool passive : {true, false})
+                QTest::addRow("%s %s", FtpDaemon::name(kind), passive ? "passive" : "active")
+                    << static_cast<int>(kind) << passive;
+        }
+    }
+};
+
+#define FIXTURE(options)                                                                           \
+    QFETCH(int, kind);                                                                             \
+    QFETCH(bool, passive);                                                                         \
+    QString missing;                                                                               \
+    if (!FtpDaemon::available(static_cast<FtpDaemon::Kind>(kind), &missing))                       \
+        QSKIP(qPrintable(missing));                                                                \
+    Fixture f(static_cast<FtpDaemon::Kind>(kind), options);                                        \
+    QVERIFY(f.start())
+
+void tst_FtpClientDaemons::everyOperation()
+{
+    FIXTURE({});
+    QVERIFY(f.login(passive));
+    const auto home = f.client.printDirectory();
+    QVERIFY(home);
+    QCOMPARE(home.value(), QStringLiteral("/"));
+    QVERIFY(f.client.makeDirectory("made"));
+    QVERIFY(f.client.changeDirectory("/made"));
+    const auto empty = f.client.list();
+    QVERIFY(empty);
+    QVERIFY2(empty.value().whole, qPrintable(empty.value().why));
+    QVERIFY(empty.value().entries.empty());
+
+    const QByteArray large = pattern(5 * 1024 * 1024 + 17);
+    QCOMPARE(f.put("large.bin", large).value(), large.size());
+    QCOMPARE(f.put("empty.txt", {}).value(), 0);
+    QCOMPARE(f.daemon.file("made/large.bin"), large);
+    QCOMPARE(f.get("large.bin"), large);
+    QCOMPARE(f.get("empty.txt"), QByteArray());
+    QCOMPARE(f.client.size("large.bin").value(), large.size());
+
+    QVERIFY(f.client.rename("large.bin", "renamed.bin"));
+    const auto listing = f.client.list();
+    QVERIFY(listing);
+    QVERIFY2(listing.value().whole, qPrintable(listing.value().why));
+    QStringList names;
+    for (const RemoteEntry &entry : listing.value().entries)
+        names.append(entry.name + QLatin1Char(' ') + QString::number(entry.size));
+    names.sort();
+    QCOMPARE(names, QStringList({QStringLiteral("empty.txt 0"),
+                                 QStringLiteral("renamed.bin %1").arg(large.size())}));
+
+    const QDateTime time(QDate(2024, 2, 29), QTime(1, 2, 0), Qt::UTC);
+    QVERIFY(f.client.canSetTime());
+    QVERIFY(f.client.setModificationTime("renamed.bin", time));
+    QCOMPARE(f.client.modificationTime("renamed.bin").value(), time);
+
+    const auto refused = f.client.removeFile("missing");
+    QVERIFY(!refused);
+    QCOMPARE(refused.error().kind, ErrorClass::Refused);
+    QCOMPARE(refused.error().replyCode, 550);
+    QVERIFY(f.client.removeFile("renamed.bin"));
+    QVERIFY(f.client.removeFile("empty.txt"));
+    QVERIFY(f.client.changeDirectory("/"));
+    QVERIFY(f.client.removeDirectory("made"));
+    QVERIFY(!f.daemon.exists("made"));
+    QVERIFY(!f.client.activeUnusable());
+    QCOMPARE(f.commands.count(QStringLiteral("TYPE")), 1);
+}
+
+void tst_FtpClientDaemons::names()
+{
+    FIXTURE({});
+    QVERIFY(f.login(passive));
+    QList<QByteArray> names{"with  two blanks",
+                            " leading",
+                            "trailing ",
+                            "100% sure.txt",
+                            "#hash.html",
+                            "it's \"quoted\".txt",
+                            "日本語のページ.html",
+                            "\x93\xfa\x96\x7b.txt",
+                            "a&b;c",
+                            "plus+minus-",
+                            "[x]{y}"};
+    if (f.daemon.kind() != FtpDaemon::Kind::Pureftpd)
+        names.append(" leading"); // pure-ftpd stores it as "_leading" by its own rule
+    for (const QByteArray &name : std::as_const(names)) {
+        const auto put = f.put(name, "content of " + name);
+        QVERIFY2(put, name.constData());
+        QVERIFY2(f.daemon.exists(name), name.constData());
+    }
+    const auto listing = f.client.list();
+    QVERIFY(listing);
+    QVERIFY2(listing.value().whole, qPrintable(listing.value().why));
+    for (const QByteArray &name : std::as_const(names)) {
+        const auto &entries = listing.value().entries;
+        const bool shown = std::any_of(entries.begin(), entries.end(),
+                                       [&](const RemoteEntry &e) { return e.rawName == name; });
+        QVERIFY2(shown, name.constData());
+        QCOMPARE(f.get(name), "content of " + name);
+        QVERIFY2(f.client.removeFile(name), name.constData());
+    }
+}
+
+void tst_FtpClientDaemons::commandsPerSmallFile()
+{
+    FIXTURE({});
+    QVERIFY(f.login(passive));
+    QVERIFY(f.client.changeDirectory("/"));
+    const QString prepare = passive ? QStringLiteral("EPSV") : QStringLiteral("PORT");
+    f.commands.clear();
+    QVERIFY(f.put("one.txt", "one"));
+    QVERIFY(f.client.changeDirectory("/"));
+    QVERIFY(f.put("two.txt", "two"));
+    QCOMPARE(f.get("one.txt"), QByteArray("one"));
+    QCOMPARE(f.commands, QStringList({prepare, QStringLiteral("STOR"), prepare,
+                                      QStringLiteral("STOR"), prepare, QStringLiteral("RETR")}));
+}
+
+void tst_FtpClientDaemons::wrongPassword()
+{
+    FIXTURE({});
+    const auto login = f.login(passive, QStringLiteral("wrong"));
+    QVERIFY(!login);
+    QCOMPARE(login.error().kind, ErrorClass::Refused);
+    QVERIFY(!f.client.isOpen());
+    QVERIFY(f.trace.filter(QStringLiteral("wrong")).isEmpty());
+}
+
+void tst_FtpClientDaemons::droppedSession()
+{
+    FIXTURE({});
+    QVERIFY(f.login(passive));
+    f.daemon.dropSessions();
+    const auto put = f.put("x.txt", "x");
+    QVERIFY(!put);
+    QCOMPARE(put.error().kind, ErrorClass::Lost);
+    QVERIFY(!f.client.isOpen());
+    QVERIFY(f.login(passive));
+    QCOMPARE(f.put("x.txt", "x").value(), 1);
+}
+
+void tst_FtpClientDaemons::ipv6()
+{
+    DaemonOptions options;
+    options.ipv6 = true;
+    FIXTURE(options);
+    QVERIFY(f.login(passive));
+    QCOMPARE(f.put("six.txt", "six").value(), 3);
+    QCOMPARE(f.get("six.txt"), QByteArray("six"));
+    QVERIFY(f.client.list().value().whole);
+    const QString prepare = passive ? QStringLiteral("EPSV") : QStringLiteral("EPRT");
+    QCOMPARE(f.commands.count(prepare), 3);
+    QVERIFY(!f.client.activeUnusable());
+}
+
+QTEST_GUILESS_MAIN(tst_FtpClientDaemons)
+#include "tst_FtpClientDaemons.moc"
