@@ -47,7 +47,7 @@ bool waylandUsable()
 /// One entry of QT_QPA_PLATFORM, "name[:options]".
 bool platformUsable(const QByteArray &entry)
 {
-    const QByteArray name = entry.left(entry.indexOf(':')).trimmed();
+    const QByteArray name = entry.split(':').first().trimmed();
     if (name.isEmpty() || name == "minimal")
         return false;
     if (name.startsWith("xcb"))
