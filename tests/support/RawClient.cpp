@@ -1,6 +1,9 @@
 #include "support/RawClient.h"
 
+#include <memory>
+
 #include <QHostAddress>
+#include <QTcpServer>
 
 namespace venlo::test
 {
@@ -70,29 +73,59 @@ quint16 RawClient::passivePort()
     return text.mid(from + 3, text.indexOf('|', from + 3) - from - 3).toUShort();
 }
 
+bool RawClient::openPassive()
+{
+    const quint16 port = passivePort();
+    m_data.abort();
+    m_data.connectToHost(m_control.peerAddress(), port);
+    return port != 0 && m_data.waitForConnected(limitMs);
+}
+
+void RawClient::receive(QTcpSocket &data)
+{
+    while (data.state() == QAbstractSocket::ConnectedState && data.waitForReadyRead(limitMs))
+        m_received += data.readAll();
+    m_received += data.readAll();
+}
+
 QByteArray RawClient::transfer(const QByteArray &line, const QByteArray &toSend)
 {
     m_received.clear();
-    const quint16 port = passivePort();
-    QTcpSocket data;
-    data.connectToHost(m_control.peerAddress(), port);
-    if (port == 0 || !data.waitForConnected(limitMs))
+    if (!openPassive())
         return {};
     const QByteArray opening = command(line);
     if (!opening.startsWith('1'))
         return opening;
-    if (toSend.isNull()) {
-        while (data.state() == QAbstractSocket::ConnectedState && data.waitForReadyRead(limitMs))
-            m_received += data.readAll();
-        m_received += data.readAll();
-    } else {
-        data.write(toSend);
-        while (data.bytesToWrite() > 0 && data.waitForBytesWritten(limitMs)) {
-        }
+    if (toSend.isNull())
+        receive(m_data);
+    m_data.write(toSend);
+    while (m_data.bytesToWrite() > 0 && m_data.waitForBytesWritten(limitMs)) {
     }
-    data.disconnectFromHost();
-    if (data.state() != QAbstractSocket::UnconnectedState)
-        data.waitForDisconnected(limitMs);
+    m_data.disconnectFromHost();
+    if (m_data.state() != QAbstractSocket::UnconnectedState)
+        m_data.waitForDisconnected(limitMs);
+    return opening + " / " + reply();
+}
+
+QByteArray RawClient::transferActive(const QByteArray &line, bool byPort)
+{
+    m_received.clear();
+    QTcpServer listener;
+    if (!listener.listen(m_control.localAddress()))
+        return {};
+    const quint16 port = listener.serverPort();
+    const QByteArray announced =
+        byPort ? command("PORT 127,0,0,1," + QByteArray::number(port / 256) + ',' +
+                         QByteArray::number(port % 256))
+               : command("EPRT |1|127.0.0.1|" + QByteArray::number(port) + '|');
+    if (!announced.startsWith("200"))
+        return announced;
+    send(line);
+    if (!listener.waitForNewConnection(limitMs))
+        return reply();
+    const std::unique_ptr<QTcpSocket> data(listener.nextPendingConnection());
+    receive(*data);
+    const QByteArray opening = reply();
     return opening + " / " + reply();
 }
 

@@ -25,14 +25,25 @@ public:
     /// One transfer over a passive connection; the opening and the completion reply, joined by
     /// " / ". Data to send, or null to receive into received().
     [[nodiscard]] QByteArray transfer(const QByteArray &line, const QByteArray &toSend = {});
+    /// The same over an active connection, announced by EPRT or PORT; receives.
+    [[nodiscard]] QByteArray transferActive(const QByteArray &line, bool byPort);
+    /// EPSV and the data connection for the next command; false when nobody listens there.
+    [[nodiscard]] bool openPassive();
     [[nodiscard]] const QByteArray &received() const { return m_received; }
     /// True when the server closed the connection, waiting a little for it.
     [[nodiscard]] bool isClosed();
+    /// Whether it is closed already.
+    [[nodiscard]] bool isClosedNow() const
+    {
+        return m_control.state() != QAbstractSocket::ConnectedState;
+    }
 
 private:
     [[nodiscard]] quint16 passivePort();
+    void receive(QTcpSocket &data);
 
     QTcpSocket m_control;
+    QTcpSocket m_data;
     QByteArray m_received;
 };
 

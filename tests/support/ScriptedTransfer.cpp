@@ -1,0 +1,157 @@
+#include "support/ScriptedTransfer.h"
+
+#include <algorithm>
+
+#include <QElapsedTimer>
+
+namespace venlo::test
+{
+
+namespace
+{
+
+constexpr int openLimitMs = 5000;
+constexpr int idleLimitMs = 30'000;
+constexpr int lookEveryMs = 10; ///< how often a running transfer looks for ABOR
+constexpr int blockSize = 64 * 1024;
+
+bool isLoopback(const QByteArray &address)
+{
+    return address.startsWith("127.") || address == "::1";
+}
+
+} // namespace
+
+quint16 ScriptedTransfer::listen()
+{
+    m_targetPort = 0;
+    m_data.close();
+    m_listener = Socket::listenOn(m_options.ipv6, 0);
+    return m_listener.isValid() ? m_listener.port() : quint16(0);
+}
+
+bool ScriptedTransfer::setTarget(const QByteArray &address, quint16 port)
+{
+    m_listener.close();
+    m_targetAddress = address;
+    m_targetPort = isLoopback(address) ? port : quint16(0);
+    return m_targetPort != 0;
+}
+
+bool ScriptedTransfer::open()
+{
+    if (m_listener.isValid()) {
+        m_data = m_listener.accept(m_bell, openLimitMs);
+        m_listener.close();
+    } else if (m_targetPort != 0) {
+        m_data = Socket::connectTo(m_targetAddress, m_targetPort);
+        m_targetPort = 0;
+    }
+    return m_data.isValid();
+}
+
+void ScriptedTransfer::close()
+{
+    m_data.close();
+}
+
+void ScriptedTransfer::reset()
+{
+    m_data.close();
+    m_listener.close();
+    m_targetPort = 0;
+}
+
+bool ScriptedTransfer::abortCame(ControlLine &control) const
+{
+    const auto line = control.lineAtHand();
+    if (!line)
+        return false;
+    // A bare ABOR, or one behind telnet's interrupt that came without its 0xFF.
+    if (m_options.abor && line->toUpper().endsWith("ABOR"))
+        return true;
+    control.putBack(*line);
+    return false;
+}
+
+void ScriptedTransfer::pause(const Action &action) const
+{
+    static_cast<void>(m_bell.waitFor(action.chunkDelayMs));
+}
+
+ScriptedTransfer::End ScriptedTransfer::send(QByteArray bytes, const Action &action,
+                                             ControlLine &control)
+{
+    if (action.dataLimit)
+        bytes.truncate(static_cast<qsizetype>(*action.dataLimit));
+    const qint64 step = action.chunk > 0 ? action.chunk : blockSize;
+    QElapsedTimer idle;
+    idle.start();
+    for (qint64 done = 0; done < bytes.size();) {
+        if (abortCame(control))
+            return End::Aborted;
+        if (idle.elapsed() > idleLimitMs || m_bell.hasRung())
+            return End::Gone;
+        if (!m_data.waitWritable(m_bell, lookEveryMs))
+            continue;
+        const qint64 sent =
+            m_data.writeSome(bytes.constData() + done, std::min(step, bytes.size() - done));
+        if (sent < 0)
+            return End::Gone;
+        done += sent;
+        idle.restart();
+        pause(action);
+    }
+    return finish(action, control);
+}
+
+ScriptedTransfer::End ScriptedTransfer::receive(QByteArray &bytes, const Action &action,
+                                                ControlLine &control)
+{
+    const qint64 limit = action.dataLimit.value_or(-1);
+    const int step = action.chunk > 0 ? action.chunk : blockSize;
+    QElapsedTimer idle;
+    idle.start();
+    while (limit < 0 || bytes.size() < limit) {
+        if (abortCame(control))
+            return End::Aborted;
+        if (idle.elapsed() > idleLimitMs || m_bell.hasRung())
+            return End::Gone;
+        if (!m_data.waitReadable(m_bell, lookEveryMs))
+            continue;
+        const qint64 most = limit < 0 ? step : std::min<qint64>(step, limit - bytes.size());
+        const QByteArray more = m_data.read(static_cast<int>(most));
+        if (more.isEmpty())
+            break;
+        bytes += more;
+        idle.restart();
+        pause(action);
+    }
+    return finish(action, control);
+}
+
+ScriptedTransfer::End ScriptedTransfer::finish(const Action &action, ControlLine &control)
+{
+    if (!action.dataLimit || action.dataEnd == Action::DataEnd::Whole) {
+        m_data.close();
+        return End::Done;
+    }
+    if (action.dataEnd == Action::DataEnd::DropControl)
+        return End::DropControl;
+    if (action.dataEnd == Action::DataEnd::Reset) {
+        m_data.reset();
+        return End::Done;
+    }
+    // Stalled: until the client aborts, leaves, or the limit.
+    QElapsedTimer timer;
+    timer.start();
+    while (timer.elapsed() < idleLimitMs) {
+        if (abortCame(control))
+            return End::Aborted;
+        if (!control.isOpen() || m_bell.waitFor(lookEveryMs))
+            return End::Gone;
+    }
+    return End::Gone;
+}
+
+} // namespace venlo::test

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <QByteArray>
+
+namespace venlo::test
+{
+
+/// How LIST looks.
+enum class ListDialect {
+    Unix,    ///< ls -l: minutes for half a year, then the year
+    UnixDay, ///< ls -l with the year for every entry: only the day is known
+    Dos,     ///< MM-dd-yy hh:mmAM <DIR> name
+    Eplf     ///< +m...,s...,/,\tname (times in UTC)
+};
+
+/// What kind of server a ScriptedServer is. Set before start().
+struct ServerOptions {
+    QByteArray user = "user";
+    QByteArray password = "pass";
+    QByteArray greeting = "scripted";
+    QByteArray home = "/";
+    bool ipv6 = false;
+
+    // What it can do; what it cannot is answered with 500 and not shown by FEAT.
+    bool feat = true;
+    bool epsv = true;
+    bool pasv = true;
+    bool active = true; ///< PORT and EPRT
+    bool mlsd = true;
+    bool mfmt = true;
+    bool mdtm = true;
+    bool mdtmSets =
+        false; ///< "MDTM time name" sets the time; otherwise that is a name with a blank
+    bool size = true;
+    bool utf8 = true;
+    bool abor = true;
+
+    ListDialect dialect = ListDialect::Unix;
+    int listOffsetSeconds = 9 * 3600; ///< what LIST's wall clock is ahead of UTC
+    bool listsDotNames = false;       ///< in LIST and MLSD
+    /// The host in the PASV reply, "127,0,0,1" form.
+    QByteArray pasvHost = "127,0,0,1";
+    /// Closes the control connection after every reply from the login on.
+    bool closesAfterEachCommand = false;
+    /// The data connection is opened before the opening reply (what most servers do).
+    bool acceptsBeforeOpening = true;
+};
+
+} // namespace venlo::test
