@@ -2,14 +2,13 @@
 // names that are no text in any encoding of ours.
 #include "support/FtpDaemon.h"
 
+#include "support/RawFiles.h"
+
 #include <cerrno>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 
 #include <QFile>
 
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -26,14 +25,6 @@ void giveAway(const fs::path &path)
 {
     if (::geteuid() == 0 && ::lchown(path.c_str(), daemonUid, daemonUid) != 0)
         qWarning("cannot hand %s to the daemon: errno %d", path.c_str(), errno);
-}
-
-bool setTime(const fs::path &path, const QDateTime &modified)
-{
-    const qint64 ms = modified.toMSecsSinceEpoch();
-    const timespec when{static_cast<time_t>(ms / 1000), static_cast<long>(ms % 1000) * 1'000'000};
-    const timespec times[2] = {when, when};
-    return ::utimensat(AT_FDCWD, path.c_str(), times, 0) == 0;
 }
 
 } // namespace
@@ -82,24 +73,15 @@ bool FtpDaemon::put(const QByteArray &path, const QByteArray &bytes,
     const auto slash = path.lastIndexOf('/');
     if (slash > 0 && !makeFolder(path.left(slash)))
         return false;
-    const fs::path target(rawPath(path).toStdString());
-    {
-        std::ofstream out(target, std::ios::binary | std::ios::trunc);
-        out.write(bytes.constData(), bytes.size());
-        if (!out.flush())
-            return false;
-    }
-    giveAway(target);
-    return !modified.isValid() || setTime(target, modified);
+    if (!writeFile(rawPath(path), bytes, modified))
+        return false;
+    giveAway(rawPath(path).toStdString());
+    return true;
 }
 
 QByteArray FtpDaemon::file(const QByteArray &path) const
 {
-    std::ifstream in(fs::path(rawPath(path).toStdString()), std::ios::binary);
-    if (!in)
-        return {};
-    const std::string bytes{std::istreambuf_iterator<char>(in), {}};
-    return {bytes.data(), static_cast<qsizetype>(bytes.size())};
+    return readFile(rawPath(path));
 }
 
 bool FtpDaemon::exists(const QByteArray &path) const

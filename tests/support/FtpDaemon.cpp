@@ -1,11 +1,11 @@
 #include "support/FtpDaemon.h"
 
+#include "support/DaemonProcess.h"
 #include "support/Ports.h"
 
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
-#include <QStandardPaths>
 #include <QTcpSocket>
 
 #include <csignal>
@@ -35,54 +35,10 @@ constexpr auto watcherScript =
     "kill -s KILL -- -$!\n"
     "wait $!\n";
 
-QString unpackedFolder()
-{
-    if (qEnvironmentVariableIsSet("VENLO_FTPD"))
-        return qEnvironmentVariable("VENLO_FTPD");
-    const QString cache = qEnvironmentVariable("VENLO_CACHE");
-    if (!cache.isEmpty())
-        return cache + QLatin1String("/ftpd");
-    return QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation) +
-           QLatin1String("/venlo/ftpd");
-}
-
 QString programOf(DaemonKind kind)
 {
-    return unpackedFolder() + QLatin1String("/usr/sbin/") + QLatin1String(FtpDaemon::name(kind));
-}
-
-/// The unpacked library folders, relative in the file "libraries", for the loader.
-QString libraryPath()
-{
-    QFile file(unpackedFolder() + QLatin1String("/libraries"));
-    if (!file.open(QIODevice::ReadOnly))
-        return {};
-    QStringList folders;
-    const QStringList lines =
-        QString::fromUtf8(file.readAll()).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
-    for (const QString &line : lines)
-        folders << unpackedFolder() + QLatin1Char('/') + line;
-    return folders.join(QLatin1Char(':'));
-}
-
-/// Without root the daemon gets a namespace in which it is root and its account is this user.
-QStringList namespacePrefix()
-{
-    if (::geteuid() == 0)
-        return {};
-    const QString id = QString::number(daemonUid);
-    return {QStringLiteral("unshare"),         QStringLiteral("--user"),
-            QLatin1String("--map-user=") + id, QLatin1String("--map-group=") + id,
-            QStringLiteral("--map-auto"),      QStringLiteral("--setuid=0"),
-            QStringLiteral("--setgid=0")};
-}
-
-/// See chroot_access.cpp.
-QStringList preloadPrefix(DaemonKind kind)
-{
-    if (kind != DaemonKind::Vsftpd)
-        return {};
-    return {QStringLiteral("env"), QStringLiteral("LD_PRELOAD=" VENLO_CHROOT_ACCESS)};
+    return unpackedDaemons().folder + QLatin1String("/usr/sbin/") +
+           QLatin1String(FtpDaemon::name(kind));
 }
 
 /// Lets the daemon's account pass through a temporary folder of ours (made 0700 by Qt).
@@ -92,30 +48,6 @@ void openParents(QString path)
         QFile::setPermissions(path, QFile::permissions(path) | QFile::ExeOther | QFile::ExeGroup);
         path = QFileInfo(path).path();
     }
-}
-
-char processState(qint64 pid)
-{
-    QFile stat(QStringLiteral("/proc/%1/stat").arg(pid));
-    if (!stat.open(QIODevice::ReadOnly))
-        return 'X';
-    const QByteArray line = stat.readAll();
-    const auto end = line.lastIndexOf(')');
-    return end < 0 || end + 2 >= line.size() ? 'X' : line.at(end + 2);
-}
-
-std::vector<qint64> childrenOf(qint64 pid)
-{
-    QFile file(QStringLiteral("/proc/%1/task/%1/children").arg(pid));
-    std::vector<qint64> children;
-    if (file.open(QIODevice::ReadOnly)) {
-        const QList<QByteArray> words = file.readAll().split(' ');
-        for (const QByteArray &word : words) {
-            if (word.toLongLong() > 1)
-                children.push_back(word.toLongLong());
-        }
-    }
-    return children;
 }
 
 } // namespace
@@ -182,16 +114,16 @@ bool FtpDaemon::start(QString *why)
 
 bool FtpDaemon::startOnce(QString *why)
 {
-    const DaemonCommand command =
-        configureDaemon(m_kind, m_options, {unpackedFolder(), libraryPath()}, m_work.path(), why);
+    const DaemonPrograms programs = unpackedDaemons();
+    const DaemonCommand command = configureDaemon(m_kind, m_options, programs, m_work.path(), why);
     if (command.program.isEmpty())
         return false;
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert(QStringLiteral("TZ"), QString::fromLatin1(m_options.timeZone));
-    environment.insert(QStringLiteral("LD_LIBRARY_PATH"), libraryPath());
+    environment.insert(QStringLiteral("LD_LIBRARY_PATH"), programs.libraryPath);
     QStringList arguments{QStringLiteral("-c"), QLatin1String(watcherScript),
                           m_work.filePath(QStringLiteral("output"))};
-    arguments << namespacePrefix() << preloadPrefix(m_kind) << command.program << command.arguments;
+    arguments << commandPrefix(m_kind) << command.program << command.arguments;
     m_watcher = std::make_unique<QProcess>();
     m_watcher->setProcessEnvironment(environment);
     m_watcher->setStandardErrorFile(QProcess::nullDevice());
@@ -243,19 +175,12 @@ void FtpDaemon::stop()
 
 bool FtpDaemon::isRunning() const
 {
-    if (m_pid <= 1)
-        return false;
-    const char state = processState(m_pid);
-    return state != 'X' && state != 'Z';
+    return m_pid > 1 && processRuns(m_pid);
 }
 
 void FtpDaemon::dropSessions()
 {
-    std::vector<qint64> sessions = childrenOf(m_pid);
-    for (std::size_t i = 0; i < sessions.size(); ++i) {
-        const std::vector<qint64> below = childrenOf(sessions[i]);
-        sessions.insert(sessions.end(), below.begin(), below.end());
-    }
+    const std::vector<qint64> sessions = processesBelow(m_pid);
     for (const qint64 pid : sessions)
         ::kill(static_cast<pid_t>(pid), SIGKILL);
 }
