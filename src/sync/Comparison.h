@@ -1,14 +1,15 @@
 #pragma once
 
-#include "sync/ComparisonResult.h"
+#include <memory>
 
 #include <QString>
 
-#include <memory>
+#include "sync/ComparisonResult.h"
 
 namespace venlo
 {
 
+class ComparisonWork;
 class Database;
 class DirectoryCache;
 class FrontEnd;
@@ -37,21 +38,18 @@ public:
     void sySync(const QString &current, const QString &root, bool &ok);
 
 private:
-    struct Work;
-
     [[nodiscard]] bool passesChecks(const QString &sLph, const QString &sFph);
     [[nodiscard]] bool confirmed(const QString &sLph, const QString &sFph, bool down);
     [[nodiscard]] bool refreshRemote();
     [[nodiscard]] bool fillAndMark();
-    [[nodiscard]] bool gatherRemote();
-    [[nodiscard]] bool markRows();
+    void markRows();
 
     Session &m_session;
     Database &m_database;
     DirectoryCache &m_cache;
     FrontEnd &m_frontEnd;
     Flags &m_flags;
-    std::unique_ptr<Work> m_work;
+    std::unique_ptr<ComparisonWork> m_work;
 };
 
 } // namespace venlo

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "sync/SyncBlocks.h"
-#include "sync/SyncPair.h"
-
 #include <QHash>
 #include <QString>
+
+#include "sync/SyncBlocks.h"
+#include "sync/SyncPair.h"
 
 namespace venlo
 {

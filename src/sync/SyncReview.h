@@ -1,13 +1,14 @@
 #pragma once
 
+#include <array>
+#include <vector>
+
+#include <QHash>
+#include <QString>
+
 #include "sync/ComparisonResult.h"
 #include "sync/ReviewOptions.h"
 #include "sync/SyncRow.h"
-
-#include <QString>
-
-#include <array>
-#include <vector>
 
 namespace venlo
 {
@@ -96,17 +97,23 @@ public:
 
 private:
     friend class ReviewLoader;
+    using Spelling = QHash<QString, QString>;
 
+    [[nodiscard]] static QString spelled(const QString &sPh, const Spelling &spelling);
     void decide(SyncRow &row) const;
     void decideFolder(SyncRow &row) const;
     void decideAll(bool keepHandMade);
-    [[nodiscard]] QString localFolder(const QString &sPh) const;
+    [[nodiscard]] QString tickedActionText(int index) const;
+    [[nodiscard]] QString folderPath(int index) const;
 
     ComparisonResult m_comparison;
     std::array<bool, 2> m_chCmp;
     std::array<bool, 2> m_chDsp{true, true};
     std::vector<SyncRow> m_rows;
     std::vector<std::vector<int>> m_covered; ///< per row, the rows it covers
+    /// Folders that only the local side has, below one that the FTP side spells in other letter
+    /// case: folded path of the row -> path in the FTP side's spelling.
+    QHash<QString, QString> m_remoteSpelling;
 };
 
 } // namespace venlo

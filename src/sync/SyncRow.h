@@ -1,8 +1,8 @@
 #pragma once
 
-#include "sync/OverwriteRule.h"
-
 #include <QString>
+
+#include "sync/OverwriteRule.h"
 
 namespace venlo
 {
@@ -46,7 +46,9 @@ struct SyncRow {
     bool ticked = false;
     bool byHand = false; ///< a person made this tick
     Hold hold = Hold::Free;
-    QString why; ///< why it is held back, in words for a person
+    QString why;           ///< why it is held back, in words for a person
+    bool owed = true;      ///< held back and left so, it counts as not carried out
+    bool rootPair = false; ///< held back because the pair's remote folder is the server's root
     RowState state = RowState::Pending;
 };
 

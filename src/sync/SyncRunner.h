@@ -37,7 +37,7 @@ public:
     [[nodiscard]] Report run(const Order &order);
 
 private:
-    void announceHeld(const SyncReview &review);
+    void announceHeld(const SyncReview &review, bool unattended);
 
     Comparison &m_comparison;
     RowWorker &m_worker;

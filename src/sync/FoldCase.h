@@ -1,0 +1,12 @@
+#pragma once
+
+#include <QString>
+
+namespace venlo
+{
+
+/// The text as the store's text equality sees it: without letter case, one character to one
+/// character. A key for what the work tables hold to be one row.
+[[nodiscard]] QString foldCase(const QString &text);
+
+} // namespace venlo

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <vector>
+
+#include <QDateTime>
+#include <QString>
+
+#include "shared/Result.h"
+
+namespace venlo
+{
+
+/// One entry of a local folder.
+struct LocalEntry {
+    enum class Kind {
+        File,
+        Folder,
+        Passed ///< neither is to be compared: a link to a folder, a dead link, a device, a name
+               ///< that is no text
+    };
+    QString name;
+    Kind kind = Kind::File;
+    qint64 size = 0;    ///< bytes; 0 for folders
+    QDateTime modified; ///< local time; of the file a link points to
+    QString why;        ///< of Passed
+};
+
+/// Everything in a folder, hidden entries included, in the file system's order. An error when the
+/// folder cannot be read to its end.
+[[nodiscard]] Result<std::vector<LocalEntry>> readLocalFolder(const QString &path);
+
+/// True for a symbolic link or a junction; shortcuts are ordinary files.
+[[nodiscard]] bool isLink(const QString &path);
+
+} // namespace venlo

@@ -1,0 +1,169 @@
+#include "sync/LocalGathering.h"
+
+#include <limits>
+
+#include <QDir>
+#include <QFileInfo>
+
+#include "db/Database.h"
+#include "db/DisplayFormat.h"
+#include "ftp/TemporaryName.h"
+#include "shared/FrontEnd.h"
+#include "sync/ComparisonWork.h"
+#include "sync/FoldCase.h"
+#include "sync/LocalFolder.h"
+
+namespace venlo
+{
+
+namespace
+{
+constexpr QLatin1Char slash('/');
+constexpr QLatin1Char dot('.');
+constexpr qint64 largestSize = std::numeric_limits<qint32>::max();
+} // namespace
+
+LocalGathering::LocalGathering(ComparisonWork &work, const QString &root)
+    : m_work(work), m_root(QDir::fromNativeSeparators(root))
+{
+    while (m_root.endsWith(slash))
+        m_root.chop(1);
+}
+
+QString LocalGathering::relativeTo(const QString &current) const
+{
+    QString relative = QDir::fromNativeSeparators(current).mid(m_root.size());
+    while (relative.endsWith(slash))
+        relative.chop(1);
+    return relative.isEmpty() ? QString(dot) : relative;
+}
+
+bool LocalGathering::walk(const QString &current)
+{
+    if (m_work.stopped())
+        return false;
+    const auto entries = readLocalFolder(current);
+    if (!entries) {
+        m_work.frontEnd.message(entries.error().words +
+                                QStringLiteral("\nﾌｫﾙﾀﾞが読み取れないため比較できません"));
+        return false;
+    }
+    const QString relative = relativeTo(current);
+    addFolder(current, relative);
+    blockTwins(relative, entries.value());
+    if (!addFiles(current, relative, entries.value()))
+        return false;
+    const QString below = QDir::fromNativeSeparators(current);
+    for (const LocalEntry &entry : entries.value()) {
+        if (entry.kind != LocalEntry::Kind::Folder)
+            continue;
+        if (!walk(below.endsWith(slash) ? below + entry.name : below + slash + entry.name))
+            return false;
+    }
+    return true;
+}
+
+void LocalGathering::addFolder(const QString &current, const QString &relative)
+{
+    const QString time = FormatMinuteText(QFileInfo(current).lastModified());
+    if (relative == dot) {
+        if (m_work.database.run(QStringLiteral("Update tbFold Set sUL='?' Where sPh='.'"),
+                                {time}) == 0) {
+            m_work.database.run(QStringLiteral("Insert Into tbFold (sPh, sUL, sUF, sEd)"
+                                               " Values ('.', '?', '', '')"),
+                                {time});
+        }
+        return;
+    }
+    m_work.blockIfStripped(relative);
+    if (m_work.database.run(QStringLiteral("Update tbFold Set sUL='?' Where sPh='?'"),
+                            {time, relative}) == 0) {
+        m_work.database.run(QStringLiteral("Insert Into tbFold (sPh, sUL, sUF, sEd)"
+                                           " Values ('?', '?', '', '')"),
+                            {relative, time});
+    }
+}
+
+bool LocalGathering::addFiles(const QString &current, const QString &relative,
+                              const std::vector<LocalEntry> &entries)
+{
+    for (const LocalEntry &entry : entries) {
+        if (m_work.stopped())
+            return false;
+        const QString path = relativeFile(relative, entry.name);
+        if (entry.kind == LocalEntry::Kind::Passed) {
+            m_work.block(path, entry.why, false);
+            continue;
+        }
+        if (isTemporaryName(entry.name))
+            continue;
+        compareSpelling(current, relative, entry);
+        if (entry.kind == LocalEntry::Kind::Folder)
+            continue;
+        if (entry.size > largestSize) {
+            m_work.frontEnd.message(QDir::toNativeSeparators(current + slash + entry.name) +
+                                    QStringLiteral("\n2,147,483,647 ﾊﾞｲﾄを超えるﾌｧｲﾙは"
+                                                   "比較できません"));
+            return false;
+        }
+        m_work.blockIfStripped(path);
+        addFile(relative, entry);
+    }
+    return true;
+}
+
+void LocalGathering::addFile(const QString &relative, const LocalEntry &entry)
+{
+    const QString time = FormatMinuteText(entry.modified);
+    if (m_work.database.run(
+            QStringLiteral("Update tbFile Set nSL=?, sUL='?' Where sPh='?' And sFL='?'"),
+            {entry.size, time, relative, entry.name}) == 0) {
+        m_work.database.run(QStringLiteral("Insert Into tbFile (sPh, sFL, nSL, sUL, nSF, sUF, sEd)"
+                                           " Values ('?', '?', ?, '?', 0, '', '')"),
+                            {relative, entry.name, entry.size, time});
+    }
+}
+
+/// The rows do not tell letter case apart, file systems may: what only differs in case is one row,
+/// and what that row cannot address is blocked.
+void LocalGathering::compareSpelling(const QString &current, const QString &relative,
+                                     const LocalEntry &entry)
+{
+    const QString path = relativeFile(relative, entry.name);
+    const QString key = foldCase(path);
+    const bool folder = entry.kind == LocalEntry::Kind::Folder;
+    if ((folder ? m_work.remoteFiles : m_work.remoteFolders).contains(key)) {
+        m_work.block(path, QStringLiteral("一方ではﾌｧｲﾙ、もう一方ではﾌｫﾙﾀﾞです"));
+        return;
+    }
+    const QString remote = (folder ? m_work.remoteFolders : m_work.remoteFiles).value(key, path);
+    if (remote == path)
+        return;
+    if (folder) {
+        m_work.result.localSpelling.insert(key, path);
+        return;
+    }
+    const QString remoteName = remote.mid(remote.lastIndexOf(slash) + 1);
+    if (remoteName != entry.name && !QFileInfo::exists(current + slash + remoteName))
+        m_work.block(path, QStringLiteral("名前の大文字と小文字が両側で異なります"), false);
+}
+
+/// Names of one folder that the rows cannot tell apart.
+void LocalGathering::blockTwins(const QString &relative, const std::vector<LocalEntry> &entries)
+{
+    QHash<QString, QString> seen;
+    seen.reserve(static_cast<int>(entries.size()));
+    for (const LocalEntry &entry : entries) {
+        const QString key = foldCase(entry.name);
+        const auto twin = seen.constFind(key);
+        if (twin == seen.constEnd()) {
+            seen.insert(key, entry.name);
+            continue;
+        }
+        m_work.result.unreliable = true;
+        m_work.block(relativeFile(relative, entry.name),
+                     QStringLiteral("大文字と小文字だけが異なる名前があります: ") + *twin);
+    }
+}
+
+} // namespace venlo

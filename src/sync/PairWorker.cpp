@@ -1,0 +1,149 @@
+#include "sync/PairWorker.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+#include "ftp/ErrorLog.h"
+#include "ftp/RemoteOperations.h"
+#include "ftp/Session.h"
+#include "platform/Files.h"
+#include "shared/FrontEnd.h"
+#include "sync/LocalFolder.h"
+#include "sync/SyncReview.h"
+
+namespace venlo
+{
+
+namespace
+{
+/// True when a folder between the root and the item has become a link since the comparison:
+/// whatever is done there would be done somewhere else.
+bool leadsAway(const SyncPair &pair, const QString &path)
+{
+    const QString root = QDir::fromNativeSeparators(pair.localPath(QStringLiteral(".")));
+    QString folder = QDir::fromNativeSeparators(path);
+    for (;;) {
+        const auto last = folder.lastIndexOf(QLatin1Char('/'));
+        if (last <= root.size())
+            return false;
+        folder.truncate(last);
+        if (isLink(folder))
+            return true;
+    }
+}
+
+/// Names that the operations' lists cannot carry.
+bool breaksNameList(const QString &name)
+{
+    return name.contains(QLatin1Char('\r')) || name.contains(QLatin1Char('\t'));
+}
+
+bool removeLocalFile(const QString &path, QString &why)
+{
+    QFile file(path);
+    if (file.remove())
+        return true;
+    (void)file.setPermissions(file.permissions() | QFile::WriteUser);
+    if (file.remove())
+        return true;
+    why = file.errorString();
+    return false;
+}
+} // namespace
+
+PairWorker::PairWorker(Session &session, RemoteOperations &operations, FrontEnd &frontEnd)
+    : m_session(session), m_operations(operations), m_frontEnd(frontEnd)
+{
+}
+
+bool PairWorker::connected()
+{
+    return m_session.connected();
+}
+
+bool PairWorker::reconnect()
+{
+    bool ok = false;
+    m_session.ftReConect(ok);
+    return ok;
+}
+
+void PairWorker::log(const QString &line)
+{
+    m_session.errorLog().LogError(line);
+}
+
+RowEnd PairWorker::work(const SyncReview &review, int row)
+{
+    const SyncPair &pair = review.pair();
+    const QString local = review.localPath(row);
+    if (breaksNameList(review.row(row).name))
+        return giveUp(local, QStringLiteral("名前に制御文字があります"));
+    if (pair.down && leadsAway(pair, local))
+        return giveUp(local, QStringLiteral("途中のﾌｫﾙﾀﾞがﾘﾝｸです"));
+    if (review.plannedAction(row) != Action::Remove)
+        return transfer(review, row);
+    return pair.down ? removeLocal(review, row) : removeRemote(review, row);
+}
+
+RowEnd PairWorker::transfer(const SyncReview &review, int row)
+{
+    const SyncRow &here = review.row(row);
+    const QString localParent = review.localParent(row);
+    const QString remoteParent = review.remoteParent(row);
+    const int givenUp = m_operations.counts().givenUp;
+    RowEnd end;
+    if (here.folder && review.pair().down)
+        m_operations.ftGetFold(localParent, here.name, remoteParent, end.ok);
+    else if (here.folder)
+        m_operations.ftPutFold(localParent, here.name, remoteParent, end.ok);
+    else if (review.pair().down)
+        m_operations.ftGetFile(remoteParent, here.name, localParent, end.ok);
+    else
+        m_operations.ftPutFile(remoteParent, review.localPath(row), localParent, end.ok);
+    end.givenUp = m_operations.counts().givenUp > givenUp;
+    return end;
+}
+
+RowEnd PairWorker::removeRemote(const SyncReview &review, int row)
+{
+    const int givenUp = m_operations.counts().givenUp;
+    RowEnd end;
+    if (review.row(row).folder)
+        m_operations.ftRemDir(review.remoteParent(row), review.remotePath(row), end.ok);
+    else
+        m_operations.ftDelFile(review.remoteParent(row), review.remotePath(row), end.ok);
+    end.givenUp = m_operations.counts().givenUp > givenUp;
+    return end;
+}
+
+RowEnd PairWorker::removeLocal(const SyncReview &review, int row)
+{
+    const QString path = review.localPath(row);
+    const bool folder = review.row(row).folder;
+    if (folder && isLink(path))
+        return giveUp(path, QStringLiteral("ﾌｫﾙﾀﾞがﾘﾝｸに変わりました"));
+    const QFileInfo info(path);
+    if (!info.exists() && !isLink(path))
+        return {};
+    if (!isLink(path) && info.isDir() != folder)
+        return giveUp(path, QStringLiteral("ﾌｧｲﾙとﾌｫﾙﾀﾞが入れ替わりました"));
+    QString why;
+    const bool gone = folder ? removeFolderTree(path, why) : removeLocalFile(path, why);
+    if (!gone)
+        return giveUp(path, why);
+    m_frontEnd.outcome(
+        {folder ? Outcome::Kind::FolderRemovedLocal : Outcome::Kind::DeletedLocal, path, {}, {}});
+    return {};
+}
+
+/// What this side refuses is not worth another pass, and must not hold up the rows after it.
+RowEnd PairWorker::giveUp(const QString &path, const QString &why)
+{
+    m_session.eventLog().note(QStringLiteral("given up: %1: %2").arg(path, why));
+    m_frontEnd.outcome({Outcome::Kind::GivenUp, path, {}, why});
+    return {true, true, why};
+}
+
+} // namespace venlo

@@ -1,0 +1,169 @@
+#include "sync/RemoteGathering.h"
+
+#include <cmath>
+
+#include <QDate>
+
+#include "db/Database.h"
+#include "db/DisplayFormat.h"
+#include "ftp/DirectoryCache.h"
+#include "ftp/ErrorLog.h"
+#include "ftp/TemporaryName.h"
+#include "shared/FrontEnd.h"
+#include "shared/RemotePath.h"
+#include "sync/ComparisonWork.h"
+#include "sync/FoldCase.h"
+
+namespace venlo
+{
+
+namespace
+{
+constexpr QLatin1Char slash('/');
+
+QString minuteText(const QVariant &dDate)
+{
+    return FormatMinuteText(fromDayCount(dDate.toDouble()));
+}
+
+/// Days between two "yy/MM/dd hh:mm" texts.
+qint64 daysApart(const QString &one, const QString &other)
+{
+    const auto day = [](const QString &text) {
+        return QDate::fromString(text.left(8), QStringLiteral("yy/MM/dd"));
+    };
+    return std::abs(day(one).daysTo(day(other)));
+}
+} // namespace
+
+RemoteGathering::RemoteGathering(ComparisonWork &work, DirectoryCache &cache, const QString &site,
+                                 ErrorLog &errorLog)
+    : m_work(work), m_cache(cache), m_site(site), m_errorLog(errorLog),
+      m_root(work.result.pair.sFph)
+{
+}
+
+bool RemoteGathering::gather()
+{
+    run(QStringLiteral("Delete From tbFold"), {}, {});
+    addRoot();
+    addFolders();
+    run(QStringLiteral("Delete From tbFile"), {}, {});
+    addFiles();
+    if (!m_broken.isEmpty())
+        m_work.tellBroken(m_broken);
+    return m_ok && !m_work.result.cancelled;
+}
+
+QString RemoteGathering::below(const QString &path) const
+{
+    return path.mid(m_root.size());
+}
+
+void RemoteGathering::addRoot()
+{
+    QString parent;
+    QString leaf;
+    sjSplitPath(m_root, parent, leaf);
+    const Rows rows = ask(QStringLiteral("Select sDir, sName, dDate From ?"
+                                         " Where bFd = 1 And sDir= '?' And sName='?'"),
+                          {m_site, parent, leaf});
+    if (rows.count() == 0)
+        return;
+    run(QStringLiteral("Insert Into tbFold (sPh, sUL, sUF, sEd) Values ('.', '', '?', '') "),
+        {minuteText(rows.at(2, 0))}, m_root);
+}
+
+void RemoteGathering::addFolders()
+{
+    const Rows rows = ask(QStringLiteral("Select sDir, sName, dDate From ?"
+                                         " Where bFd = 1 And (sDir Like '?*')"
+                                         " Order By sDir, sName"),
+                          {m_site, m_root});
+    for (int i = 0; i < rows.count() && !m_work.stopped(); ++i) {
+        const QString path = rows.at(0, i).toString() + slash + rows.at(1, i).toString();
+        const QString relative = below(path);
+        m_work.blockIfStripped(relative);
+        m_work.remoteFolders.insert(foldCase(relative), relative);
+        run(QStringLiteral("Insert Into tbFold (sPh, sUL, sUF, sEd) Values ('?', '', '?', '') "),
+            {relative, minuteText(rows.at(2, i))}, path);
+    }
+}
+
+void RemoteGathering::addFiles()
+{
+    const Rows rows = ask(QStringLiteral("Select sDir, sName, dDate, nSize From ?"
+                                         " Where bFd = 0 And sDir Like '?*' Order By sDir, sName"),
+                          {m_site, m_root});
+    for (int i = 0; i < rows.count() && !m_work.stopped(); ++i) {
+        const QString dir = rows.at(0, i).toString();
+        const QString name = rows.at(1, i).toString();
+        if (isTemporaryName(name))
+            continue;
+        const QString inside = below(dir);
+        const QString folder = inside.isEmpty() ? QStringLiteral(".") : inside;
+        const QString relative = relativeFile(folder, name);
+        m_work.blockIfStripped(relative);
+        m_work.remoteFiles.insert(foldCase(relative), relative);
+        run(QStringLiteral("Insert Into tbFile (sPh, sFL, sUL, nSL, sUF, nSF, sEd)"
+                           " Values ('?', '?', '', 0, '?', ?, '') "),
+            {folder, name, minuteText(rows.at(2, i)), rows.at(3, i)}, remoteChild(dir, name));
+    }
+}
+
+Rows RemoteGathering::ask(const QString &sql, const QVariantList &values)
+{
+    try {
+        return m_work.database.query(sql, values);
+    } catch (const DbError &error) {
+        failed(filled(sql, values), error.words(), error.brokenBy());
+        return {};
+    }
+}
+
+void RemoteGathering::run(const QString &sql, const QVariantList &values, const QString &path)
+{
+    try {
+        m_work.database.run(sql, values);
+    } catch (const DbError &error) {
+        failed(filled(sql, values), error.words(), error.brokenBy().isEmpty() ? QString() : path);
+    }
+}
+
+void RemoteGathering::failed(const QString &statement, const QString &words, const QString &path)
+{
+    m_ok = false;
+    m_errorLog.LogError(QStringLiteral("ftSync Err SQL=") + statement);
+    if (path.isEmpty())
+        m_work.frontEnd.warn(words);
+    else
+        m_broken.append(path);
+}
+
+void RemoteGathering::refineDays()
+{
+    for (const auto &[dir, name] : m_cache.dayOnlyUnder(m_root)) {
+        if (m_work.stopped())
+            return;
+        refine(dir, name);
+    }
+}
+
+void RemoteGathering::refine(const QString &dir, const QString &name)
+{
+    const QString inside = below(dir);
+    const QString folder = inside.isEmpty() ? QStringLiteral(".") : inside;
+    const Rows row = m_work.database.query(
+        QStringLiteral("Select sUL, sUF From tbFile Where sPh='?' And sFL='?'"), {folder, name});
+    if (row.count() == 0 || row.at(0, 0).toString().isEmpty())
+        return;
+    if (daysApart(row.at(0, 0).toString(), row.at(1, 0).toString()) > 1)
+        return;
+    const auto day = m_cache.refineTime(dir, name);
+    if (!day)
+        return;
+    m_work.database.run(QStringLiteral("Update tbFile Set sUF='?' Where sPh='?' And sFL='?'"),
+                        {minuteText(*day), folder, name});
+}
+
+} // namespace venlo

@@ -1,0 +1,65 @@
+#include "sync/RemoteTrust.h"
+
+#include "shared/FrontEnd.h"
+#include "shared/NameList.h"
+#include "shared/RemotePath.h"
+#include "sync/ComparisonWork.h"
+
+namespace venlo
+{
+
+bool RemoteTrust::judge(bool connected)
+{
+    const QString root = m_work.result.pair.sFph;
+    if (!connected) {
+        doubt(root, QStringLiteral("FTPｻｰﾊﾞｰへ接続されていません"));
+        return true;
+    }
+    for (const DirectoryCache::Incomplete &mark : m_cache.incompleteUnder(root)) {
+        const bool isRoot = mark.dir.compare(root, Qt::CaseInsensitive) == 0;
+        if (!isRoot || !mark.refused || !knownAbsent(root)) {
+            doubt(mark.dir, mark.why);
+        } else if (m_work.result.pair.down) {
+            m_work.frontEnd.message(root + QStringLiteral("  が存在しません"));
+            return false;
+        }
+    }
+    return true;
+}
+
+void RemoteTrust::doubt(const QString &dir, const QString &why)
+{
+    const QString root = m_work.result.pair.sFph;
+    const QString below = root == QLatin1String("/") ? dir : dir.mid(root.size());
+    m_work.result.unreliable = true;
+    m_work.result.blocks.add(below.isEmpty() ? QStringLiteral("/") : below,
+                             QStringLiteral("FTP側の一覧が不完全です: ") + dir);
+    const QString line = dir + QStringLiteral(" の一覧が不完全なため同期しません: ") + why;
+    m_work.frontEnd.setMessageLine(line);
+    m_work.frontEnd.warn(line);
+}
+
+bool RemoteTrust::knownAbsent(const QString &dir)
+{
+    if (dir == QLatin1String("/"))
+        return false;
+    QString parent;
+    QString leaf;
+    sjSplitPath(dir, parent, leaf);
+    QString ignored;
+    bool listed = false;
+    m_cache.caLoadDir(parent, DirectoryCache::Replace, ignored, listed);
+    for (const DirectoryCache::Incomplete &mark : m_cache.incompleteUnder(parent)) {
+        if (mark.dir.compare(parent, Qt::CaseInsensitive) == 0)
+            return mark.refused && knownAbsent(parent);
+    }
+    if (!listed)
+        return false;
+    QString folders;
+    QString files;
+    m_cache.caDirNames(parent, folders, files);
+    return !splitNames(folders).contains(leaf, Qt::CaseInsensitive) &&
+           !splitNames(files).contains(leaf, Qt::CaseInsensitive);
+}
+
+} // namespace venlo

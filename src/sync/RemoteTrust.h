@@ -1,0 +1,31 @@
+#pragma once
+
+#include <QString>
+
+#include "ftp/DirectoryCache.h"
+
+namespace venlo
+{
+
+class ComparisonWork;
+
+/// Decides after a refresh what of the remote tree can be relied on. Directories that were not
+/// listed whole are blocked; a root that the server refuses and that its parent's whole listing
+/// does not show is known not to exist.
+class RemoteTrust
+{
+public:
+    RemoteTrust(ComparisonWork &work, DirectoryCache &cache) : m_work(work), m_cache(cache) {}
+
+    /// False, after a message, when the root of a download does not exist. Throws DbError.
+    [[nodiscard]] bool judge(bool connected);
+
+private:
+    void doubt(const QString &dir, const QString &why);
+    [[nodiscard]] bool knownAbsent(const QString &dir);
+
+    ComparisonWork &m_work;
+    DirectoryCache &m_cache;
+};
+
+} // namespace venlo

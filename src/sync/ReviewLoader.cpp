@@ -1,0 +1,175 @@
+#include "sync/ReviewLoader.h"
+
+#include "db/Database.h"
+#include "sync/FoldCase.h"
+#include "sync/SyncReview.h"
+
+namespace venlo
+{
+
+namespace
+{
+constexpr QLatin1Char slash('/');
+constexpr QLatin1Char dot('.');
+
+Mark markOf(const QVariant &sEd)
+{
+    const QString text = sEd.toString();
+    if (text == QStringLiteral("追加"))
+        return Mark::Add;
+    return text == QStringLiteral("削除") ? Mark::Remove : Mark::Compare;
+}
+
+QString foldersSql(bool down)
+{
+    return down ? QStringLiteral("Select sPh, sUF, sUL, sEd From tbFold Order By sPh")
+                : QStringLiteral("Select sPh, sUL, sUF, sEd From tbFold Order By sPh");
+}
+
+QString filesSql(bool down, const QString &folder)
+{
+    const QString fields = down ? QStringLiteral("Select sFL, nSF, sUF, nSL, sUL, sEd ")
+                                : QStringLiteral("Select sFL, nSL, sUL, nSF, sUF, sEd ");
+    return fields + QStringLiteral(" From tbFile Where sPh='") + folder +
+           QStringLiteral("' Order By sFL");
+}
+
+bool firstLevel(const QString &sPh)
+{
+    return sPh.lastIndexOf(slash) == 0;
+}
+} // namespace
+
+void ReviewLoader::load(Database &database)
+{
+    m_review.m_rows.clear();
+    m_review.m_covered.clear();
+    m_review.m_remoteSpelling.clear();
+    const bool down = m_review.pair().down;
+    Rows folders;
+    int count = 0;
+    database.SelectRows(foldersSql(down), folders, count);
+    for (int i = 0; i < count; ++i) {
+        SyncRow row;
+        row.folder = true;
+        row.sPh = folders.at(0, i).toString();
+        row.name = row.sPh.mid(row.sPh.lastIndexOf(slash) + 1);
+        row.master.time = folders.at(1, i).toString();
+        row.other.time = folders.at(2, i).toString();
+        row.mark = markOf(folders.at(3, i));
+        addFolder(row);
+        addFiles(database, m_review.count() - 1);
+    }
+    holdBack();
+    m_review.decideAll(false);
+}
+
+void ReviewLoader::add(SyncRow row)
+{
+    const int index = m_review.count();
+    if (row.owner >= 0)
+        m_review.m_covered[static_cast<size_t>(row.owner)].push_back(index);
+    m_review.m_rows.push_back(std::move(row));
+    m_review.m_covered.emplace_back();
+}
+
+void ReviewLoader::addFolder(SyncRow row)
+{
+    if (row.sPh == dot)
+        row.mark = Mark::Compare;
+    const int parent = m_folders.value(foldCase(relativeParent(row.sPh)), -1);
+    if (parent >= 0) {
+        const SyncRow &above = m_review.row(parent);
+        if (above.owner >= 0)
+            row.owner = above.owner;
+        else if (above.mark != Mark::Compare)
+            row.owner = parent;
+    }
+    noteRemoteSpelling(row);
+    m_folders.insert(foldCase(row.sPh), m_review.count());
+    add(std::move(row));
+}
+
+/// A folder that the FTP side lacks is spelled as the local side has it, its parents as well;
+/// on the server it must land in the folders that are there.
+void ReviewLoader::noteRemoteSpelling(const SyncRow &row)
+{
+    const FileCopy &remote = m_review.pair().down ? row.master : row.other;
+    if (row.sPh == dot || !remote.time.isEmpty())
+        return;
+    const QString parent = relativeParent(row.sPh);
+    const int above = m_folders.value(foldCase(parent), -1);
+    const QString known = above >= 0 ? m_review.row(above).sPh : parent;
+    const QString spelled =
+        relativeFile(SyncReview::spelled(known, m_review.m_remoteSpelling), row.name);
+    if (spelled != row.sPh)
+        m_review.m_remoteSpelling.insert(foldCase(row.sPh), spelled);
+}
+
+void ReviewLoader::addFiles(Database &database, int folder)
+{
+    const SyncRow above = m_review.row(folder);
+    Rows files;
+    int count = 0;
+    database.SelectRows(filesSql(m_review.pair().down, above.sPh), files, count);
+    for (int i = 0; i < count; ++i) {
+        SyncRow row;
+        row.sPh = above.sPh;
+        row.name = files.at(0, i).toString();
+        row.master = {files.at(2, i).toString(), files.at(1, i).toLongLong()};
+        row.other = {files.at(4, i).toString(), files.at(3, i).toLongLong()};
+        row.mark = markOf(files.at(5, i));
+        if (above.owner >= 0)
+            row.owner = above.owner;
+        else if (above.mark != Mark::Compare)
+            row.owner = folder;
+        add(std::move(row));
+    }
+}
+
+void ReviewLoader::holdBack()
+{
+    for (SyncRow &row : m_review.m_rows)
+        holdRow(row);
+    if (m_review.pair().down)
+        holdDotNames();
+}
+
+void ReviewLoader::holdRow(SyncRow &row) const
+{
+    const SyncBlocks &blocks = m_review.m_comparison.blocks;
+    const bool rootPair = m_review.pair().sFph == slash;
+    const bool whole = row.folder && row.mark != Mark::Compare;
+    QString why = whole ? blocks.whyWhole(row.sPh)
+                        : blocks.why(row.folder ? row.sPh : relativeFile(row.sPh, row.name));
+    if (why.isEmpty() && !rootPair && row.sPh != dot && !row.sPh.startsWith(slash))
+        why = QStringLiteral("同期するﾌｫﾙﾀﾞの外にあります");
+    if (!why.isEmpty()) {
+        row.hold = Hold::Blocked;
+        row.why = why;
+    } else if (rootPair && row.sPh != dot && !(row.folder && firstLevel(row.sPh))) {
+        row.hold = Hold::NotUnattended;
+        row.rootPair = true;
+        row.why = QStringLiteral("FTPｻｰﾊﾞｰのﾙｰﾄとの同期では下の階層は無人で実行されません");
+    }
+}
+
+/// Servers hide names that begin with ".", so their absence from a listing proves nothing.
+void ReviewLoader::holdDotNames()
+{
+    for (const SyncRow &row : m_review.m_rows) {
+        if (row.mark != Mark::Remove || !row.name.startsWith(dot) || row.name == dot)
+            continue;
+        const auto own = static_cast<size_t>(&row - m_review.m_rows.data());
+        const bool covered = row.owner >= 0;
+        SyncRow &held = m_review.m_rows[covered ? static_cast<size_t>(row.owner) : own];
+        if (held.hold != Hold::Free)
+            continue;
+        held.hold = Hold::NotUnattended;
+        held.owed = covered;
+        held.why = covered ? QStringLiteral("FTPｻｰﾊﾞｰが隠す名前を含むﾌｫﾙﾀﾞです: ") + row.name
+                           : QStringLiteral("FTPｻｰﾊﾞｰが隠す名前です");
+    }
+}
+
+} // namespace venlo
