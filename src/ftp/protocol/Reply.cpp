@@ -9,7 +9,7 @@ namespace venlo
 namespace
 {
 constexpr qsizetype codeLength = 3;
-constexpr qsizetype mostUnread = 2 * ReplyParser::maxReply;
+constexpr qsizetype mostUnread = qsizetype(2) * ReplyParser::maxReply;
 
 // Telnet (RFC 854), which the control connection speaks underneath.
 constexpr unsigned char endOfSubnegotiation = 240;

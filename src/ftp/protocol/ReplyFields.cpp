@@ -44,7 +44,7 @@ std::optional<QByteArray> parsePwdPath(const Reply &reply)
     if (reply.code != pathCreated)
         return std::nullopt;
     for (const QByteArray &line : reply.rawLines) {
-        const auto path = quotedPath(line);
+        auto path = quotedPath(line);
         if (path && !path->isEmpty() && !path->contains('\0') && !path->contains('\r'))
             return path;
     }
