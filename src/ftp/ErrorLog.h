@@ -4,6 +4,9 @@
 #include <QString>
 
 #include <functional>
+#include <memory>
+
+class QFile;
 
 namespace venlo
 {
@@ -39,13 +42,24 @@ public:
     static constexpr qint64 maxBytes = 2 * 1024 * 1024;
     explicit EventLog(const QString &userDataFolder,
                       ErrorLog::Clock clock = &QDateTime::currentDateTime);
+    ~EventLog();
+    EventLog(const EventLog &) = delete;
+    EventLog &operator=(const EventLog &) = delete;
+
+    /// One line with the time in front; control characters are escaped. Failures are silent.
     void note(const QString &line);
     [[nodiscard]] QString path() const { return m_path; }
+    /// What was written before the present file reached its limit.
+    [[nodiscard]] QString olderPath() const;
 
 private:
+    [[nodiscard]] bool open();
+    void rotate();
+
     QString m_path;
     ErrorLog::Clock m_clock;
-    qint64 m_size = -1;
+    std::unique_ptr<QFile> m_file; ///< stays open between notes
+    qint64 m_size = 0;
 };
 
 } // namespace venlo

@@ -2,7 +2,12 @@
 
 #include "ftp/DirectoryCache.h"
 
+#include "shared/FrontEnd.h"
+
 #include <QString>
+
+#include <functional>
+#include <memory>
 
 namespace venlo
 {
@@ -23,6 +28,9 @@ class RemoteOperations
 {
 public:
     RemoteOperations(Session &session, DirectoryCache &cache, FrontEnd &frontEnd, Flags &flags);
+    ~RemoteOperations();
+    RemoteOperations(const RemoteOperations &) = delete;
+    RemoteOperations &operator=(const RemoteOperations &) = delete;
 
     /// ok in: create the directory if it is missing; out: success.
     void sjCrntDir(const QString &dir, bool &ok);
@@ -49,11 +57,17 @@ public:
     OverwriteMode standingAnswer = OverwriteMode::Ask;
 
 private:
-    Session &m_session;
-    DirectoryCache &m_cache;
-    FrontEnd &m_frontEnd;
-    Flags &m_flags;
+    /// Runs an operation when connected. false from it turns ok false, and so does a store that
+    /// cannot be read.
+    void carryOut(bool &ok, const std::function<bool()> &operation);
+    void rename(const QString &dir, const QString &oldName, const QString &newName, bool folder);
+    /// Why a name must not be given to an entry, empty when it may.
+    [[nodiscard]] QString whyNotRenamed(const QString &dir, const QString &oldName,
+                                        const QString &newName);
+
+    struct Parts;
     OperationCounts m_counts;
+    std::unique_ptr<Parts> m;
 };
 
 } // namespace venlo

@@ -1,0 +1,100 @@
+#include "ftp/DownloadJournal.h"
+
+#include "ftp/TemporaryName.h"
+#include "platform/Files.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QLockFile>
+#include <QUuid>
+
+namespace venlo
+{
+
+namespace
+{
+constexpr QLatin1String prefix("Downloads-");
+constexpr QLatin1String suffix(".pending");
+constexpr QLatin1String lockSuffix(".lock");
+constexpr qint64 longestPath = 64 * 1024; // bytes
+
+/// A lock that only the end of its process makes stale.
+std::unique_ptr<QLockFile> lockOf(const QString &journal)
+{
+    auto lock = std::make_unique<QLockFile>(journal + lockSuffix);
+    lock->setStaleLockTime(0);
+    return lock;
+}
+
+/// True when nothing is left to do for the journal.
+bool sweepNoted(const QString &journal)
+{
+    QFile file(journal);
+    if (!file.open(QIODevice::ReadOnly))
+        return false;
+    const QString noted = QString::fromUtf8(file.read(longestPath));
+    const QFileInfo target(noted);
+    if (!isTemporaryName(target.fileName()) || !target.isAbsolute())
+        return true;
+    if (!QFileInfo::exists(target.path()))
+        return false; // a drive that is not there now may come back
+    return QFile::remove(noted) || !QFileInfo::exists(noted);
+}
+} // namespace
+
+DownloadJournal::DownloadJournal(const QString &userDataFolder) : m_folder(userDataFolder)
+{
+    sweep();
+}
+
+DownloadJournal::~DownloadJournal()
+{
+    if (!m_file.isOpen())
+        return;
+    m_file.close();
+    m_file.remove();
+}
+
+void DownloadJournal::sweep()
+{
+    const QDir folder(m_folder);
+    const QStringList journals = folder.entryList({prefix + QLatin1Char('*') + suffix},
+                                                  QDir::Files | QDir::Hidden, QDir::Name);
+    for (const QString &name : journals) {
+        const QString journal = folder.filePath(name);
+        const auto lock = lockOf(journal);
+        if (lock->tryLock(0) && sweepNoted(journal))
+            QFile::remove(journal);
+    }
+}
+
+bool DownloadJournal::open()
+{
+    if (m_file.isOpen())
+        return true;
+    if (m_lock)
+        return false; // tried before
+    const QString name = prefix + QUuid::createUuid().toString(QUuid::Id128).left(16) + suffix;
+    m_file.setFileName(QDir(m_folder).filePath(name));
+    m_lock = lockOf(m_file.fileName());
+    if (!m_lock->tryLock(0))
+        return false;
+    return m_file.open(QIODevice::ReadWrite | QIODevice::Unbuffered,
+                       QFileDevice::ReadOwner | QFileDevice::WriteOwner);
+}
+
+void DownloadJournal::begin(const QString &temporaryPath)
+{
+    if (!open())
+        return;
+    end();
+    m_file.write(temporaryPath.toUtf8());
+}
+
+void DownloadJournal::end()
+{
+    if (m_file.isOpen() && m_file.resize(0))
+        m_file.seek(0);
+}
+
+} // namespace venlo

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <memory>
+
+#include <QFile>
+#include <QString>
+
+class QLockFile;
+
+namespace venlo
+{
+
+/// Remembers in the user data folder which temporary file a download writes, so that the next
+/// start can delete what a killed program left behind. One journal a process, held by a lock as
+/// long as the process lives, so that a second window never sweeps the first one's download.
+class DownloadJournal
+{
+public:
+    /// Sweeps what dead processes noted. userDataFolder may end with a separator.
+    explicit DownloadJournal(const QString &userDataFolder);
+    ~DownloadJournal();
+    DownloadJournal(const DownloadJournal &) = delete;
+    DownloadJournal &operator=(const DownloadJournal &) = delete;
+
+    /// Notes the one file in progress. A journal that cannot be written is no reason not to
+    /// download.
+    void begin(const QString &temporaryPath);
+    void end();
+
+private:
+    [[nodiscard]] bool open();
+    void sweep();
+
+    QString m_folder;
+    QFile m_file;
+    std::unique_ptr<QLockFile> m_lock;
+};
+
+} // namespace venlo

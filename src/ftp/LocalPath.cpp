@@ -1,0 +1,46 @@
+#include "ftp/LocalPath.h"
+
+#include <QDir>
+#include <QFileInfo>
+
+namespace venlo
+{
+
+namespace
+{
+bool isSeparator(QChar c)
+{
+    return c == QLatin1Char('/') || c == QDir::separator();
+}
+} // namespace
+
+QString withoutTrailingSeparator(const QString &folder)
+{
+    return !folder.isEmpty() && isSeparator(folder.back()) ? folder.chopped(1) : folder;
+}
+
+QString localChild(const QString &folder, const QString &name)
+{
+    return withoutTrailingSeparator(folder) + QDir::separator() + name;
+}
+
+QString localName(const QString &path)
+{
+    qsizetype from = path.size();
+    while (from > 0 && !isSeparator(path.at(from - 1)))
+        --from;
+    return path.mid(from);
+}
+
+Result<bool> sjLocFold(const QString &folder)
+{
+    if (folder.isEmpty() || QFileInfo(folder).isDir())
+        return false;
+    if (QDir().mkpath(folder))
+        return true;
+    const QString why = QFileInfo::exists(folder) ? QStringLiteral("同じ名前のﾌｧｲﾙがあります")
+                                                  : QStringLiteral("ﾌｫﾙﾀﾞを作成できません");
+    return Error{ErrorClass::Local, why, 0};
+}
+
+} // namespace venlo

@@ -1,0 +1,183 @@
+#include "ftp/RemoteDownloads.h"
+
+#include "db/DisplayFormat.h"
+#include "ftp/LocalPath.h"
+#include "ftp/TemporaryFile.h"
+#include "ftp/TemporaryName.h"
+#include "ftp/TransferMeter.h"
+#include "platform/FileNames.h"
+#include "shared/RemotePath.h"
+
+#include <QFileInfo>
+
+namespace venlo
+{
+
+namespace
+{
+constexpr double year1970 = 25569; // day count; an entry without a time has a far earlier one
+
+/// A cached wall clock as a time of this machine.
+QDateTime localTime(double day)
+{
+    const QDateTime clock = fromDayCount(day);
+    return {clock.date(), clock.time(), Qt::LocalTime};
+}
+
+/// What must not be replaced by a file.
+Result<void> checkTarget(const QString &target)
+{
+    const QFileInfo there(target);
+    if (there.isDir() && !there.isSymLink())
+        return Error{ErrorClass::Local, QStringLiteral("同じ名前のﾌｫﾙﾀﾞがあります"), 0};
+    if (there.exists() && !there.isWritable())
+        return Error{ErrorClass::Local, QStringLiteral("書き込みが禁止されています"), 0};
+    return {};
+}
+} // namespace
+
+RemoteDownloads::RemoteDownloads(OperationContext &context, const QString &userDataFolder)
+    : m_context(context), m_journal(userDataFolder), m_start(QDateTime::currentDateTime())
+{
+}
+
+bool RemoteDownloads::getFiles(const QString &path, const QStringList &names,
+                               const QString &localFolder)
+{
+    const QString folder = withoutTrailingSeparator(localFolder);
+    // A folder that cannot be made is what each of its files then fails with.
+    if (const auto made = sjLocFold(folder); !made)
+        m_context.note(QStringLiteral("%1: %2").arg(folder, made.error().words));
+    if (!m_context.enter(path, false))
+        return false;
+    const QString dir = m_context.cache.normalised(path);
+    if (!m_swept.contains(folder)) {
+        m_swept.insert(folder);
+        sweepTemporaryNames(folder, m_start);
+    }
+    for (const QString &name : names) {
+        if (name.isEmpty())
+            continue;
+        if (!m_context.mayGoOn())
+            return false;
+        const Item item = itemOf(dir, name, folder);
+        const Decision decision = decide(item);
+        if (decision == Decision::Cancel)
+            return false;
+        if (decision == Decision::Skip)
+            m_context.skipped(item.remote, item.target, {});
+        else if (!getFile(item))
+            return false;
+    }
+    return true;
+}
+
+RemoteDownloads::Item RemoteDownloads::itemOf(const QString &dir, const QString &name,
+                                              const QString &folder)
+{
+    Item item{dir, name, remoteChild(dir, name), folder, localChild(folder, name)};
+    if (!m_context.session.client().listsByMlsd())
+        (void)m_context.cache.refineTime(dir, name);
+    item.cached = m_context.cache.cachedFile(dir, name, item.day, item.size);
+    return item;
+}
+
+RemoteDownloads::Decision RemoteDownloads::decide(const Item &item)
+{
+    OverwriteMode &standing = m_context.standingAnswer;
+    if (m_context.unattended())
+        return Decision::Fetch;
+    if (standing == OverwriteMode::CancelAll)
+        return Decision::Cancel;
+    const QFileInfo existing(item.target);
+    if (standing == OverwriteMode::OverwriteAll || !existing.exists() || existing.isDir())
+        return Decision::Fetch;
+    if (standing == OverwriteMode::KeepNewer) {
+        // Without a time to compare the existing file is the one to keep.
+        const bool older = item.cached && existing.lastModified() <= localTime(item.day);
+        return older ? Decision::Fetch : Decision::Skip;
+    }
+    OverwriteQuestion question{item.name,
+                               FormatSizeText(existing.size()),
+                               FormatDateText(existing.lastModified()),
+                               {},
+                               {}};
+    if (item.cached) {
+        question.newSize = FormatSizeText(item.size + 1); // as the panes show it
+        question.newDate = FormatDateText(fromDayCount(item.day));
+    }
+    const OverwriteAnswer answer = m_context.frontEnd.askOverwrite(question);
+    standing = answer.mode;
+    if (standing == OverwriteMode::CancelAll)
+        return Decision::Cancel;
+    return answer.overwrite ? Decision::Fetch : Decision::Skip;
+}
+
+bool RemoteDownloads::getFile(const Item &item)
+{
+    const QString words = item.remote + QStringLiteral(" > ") + item.folder;
+    const auto attempted =
+        m_context.fiveAttempts(item.remote, [this, &item] { return fetch(item); });
+    switch (attempted.end) {
+    case OperationContext::End::Done:
+        m_context.status(words + QStringLiteral(" DownLoading･･･"));
+        m_context.done(Outcome::Kind::Downloaded, item.remote, item.target);
+        return true;
+    case OperationContext::End::GivenUp:
+        m_context.giveUp(QStringLiteral("FtpGetFile Err:") + words + QStringLiteral(" DownLoad"),
+                         item.remote, item.target, attempted.error);
+        return true;
+    case OperationContext::End::Stop:
+        break;
+    }
+    return false;
+}
+
+Result<void> RemoteDownloads::fetch(const Item &item)
+{
+    if (const QString why = whyNotAFileName(item.name); !why.isEmpty())
+        return Error{ErrorClass::Local, why, 0};
+    if (auto free = checkTarget(item.target); !free)
+        return free;
+    TemporaryFile temporary(m_journal, item.folder);
+    if (auto opened = temporary.open(); !opened)
+        return opened;
+    if (auto current = m_context.stepInto(item.dir); !current)
+        return current;
+    const QByteArray raw = m_context.cache.rawName(item.dir, item.name);
+    TransferMeter meter(m_context.frontEnd, item.name, item.cached ? item.size : -1);
+    const auto received = m_context.session.client().retrieve(
+        raw, temporary.device(), [&meter](qint64 done) { meter.moved(done); });
+    if (!received)
+        return received.error();
+    if (auto whole = checkSize(item, raw, received.value()); !whole)
+        return whole;
+    meter.finished(received.value());
+    return temporary.replace(item.target, received.value(), timeFor(item, raw));
+}
+
+Result<void> RemoteDownloads::checkSize(const Item &item, const QByteArray &raw, qint64 received)
+{
+    if (item.cached && received == item.size)
+        return {};
+    const Error cut{ErrorClass::Retry, QStringLiteral("受信した大きさが一致しません"), 0};
+    const auto size = m_context.session.client().size(raw);
+    if (size)
+        return size.value() == received ? Result<void>() : Result<void>(cut);
+    if (size.error().kind != ErrorClass::Refused)
+        return size.error();
+    // Without SIZE only the listing can tell; a link's listing shows less than there is.
+    return item.cached && received < item.size ? Result<void>(cut) : Result<void>();
+}
+
+QDateTime RemoteDownloads::timeFor(const Item &item, const QByteArray &raw)
+{
+    if (item.cached)
+        return item.day >= year1970 ? localTime(item.day) : QDateTime();
+    if (!m_context.session.client().hasMdtm())
+        return {};
+    const auto utc = m_context.session.client().modificationTime(raw);
+    return utc ? utc.value() : QDateTime();
+}
+
+} // namespace venlo

@@ -1,0 +1,61 @@
+#pragma once
+
+#include "ftp/DownloadJournal.h"
+#include "ftp/OperationContext.h"
+
+#include <QDateTime>
+#include <QSet>
+#include <QString>
+#include <QStringList>
+
+#include <optional>
+
+namespace venlo
+{
+
+/// Downloads files and folder trees. A file takes its target's place only when it is complete and
+/// flushed; whatever fails leaves the old one as it was. Owned by RemoteOperations.
+class RemoteDownloads
+{
+public:
+    RemoteDownloads(OperationContext &context, const QString &userDataFolder);
+
+    /// Files of one remote directory into one local folder. False when the operation must end.
+    [[nodiscard]] bool getFiles(const QString &dir, const QStringList &names,
+                                const QString &localFolder);
+    /// A folder of a remote directory into a folder of the same name below a local one.
+    [[nodiscard]] bool getFolder(const QString &localParent, const QString &name,
+                                 const QString &remoteParent, int depth = 0);
+
+private:
+    /// One file to fetch and what the cache knows of it.
+    struct Item {
+        QString dir;
+        QString name;
+        QString remote; ///< full path
+        QString folder; ///< local, without a trailing separator
+        QString target; ///< full local path
+        bool cached = false;
+        double day = 0;  ///< day count of the listing's wall clock
+        qint64 size = 0; ///< bytes
+    };
+    enum class Decision { Fetch, Skip, Cancel };
+
+    [[nodiscard]] bool getTree(const QString &local, const QString &remote, int depth);
+    /// Sub-folder and file names; says what the listing did not show.
+    void namesOf(const QString &local, const QString &remote, QString &folders, QString &files);
+    [[nodiscard]] Item itemOf(const QString &dir, const QString &name, const QString &folder);
+    [[nodiscard]] Decision decide(const Item &item);
+    [[nodiscard]] bool getFile(const Item &item);
+    [[nodiscard]] Result<void> fetch(const Item &item);
+    [[nodiscard]] Result<void> checkSize(const Item &item, const QByteArray &raw, qint64 received);
+    [[nodiscard]] QDateTime timeFor(const Item &item, const QByteArray &raw);
+    void giveUpFolder(const QString &local, const QString &remote, const Error &error);
+
+    OperationContext &m_context;
+    DownloadJournal m_journal;
+    QDateTime m_start;
+    QSet<QString> m_swept; ///< folders that hold no leftover of an earlier run any more
+};
+
+} // namespace venlo

@@ -1,0 +1,125 @@
+// How a local folder tree goes to the server, folder by folder.
+#include "ftp/RemoteUploads.h"
+
+#include "db/DbError.h"
+#include "db/DisplayFormat.h"
+#include "ftp/LocalPath.h"
+#include "ftp/Session.h"
+#include "shared/RemotePath.h"
+
+#include <QDir>
+#include <QFileInfo>
+
+namespace venlo
+{
+
+namespace
+{
+constexpr int maxDepth = 128;
+
+std::vector<UploadLine> filesOf(const QString &folder)
+{
+    const auto entries =
+        QDir(folder).entryInfoList(QDir::Files | QDir::Hidden | QDir::NoDotAndDotDot, QDir::Name);
+    std::vector<UploadLine> lines;
+    lines.reserve(static_cast<size_t>(entries.size()));
+    for (const QFileInfo &entry : entries)
+        lines.push_back(
+            {entry.fileName(), FormatDateText(entry.lastModified()), FormatSizeText(entry.size())});
+    return lines;
+}
+
+/// Without linked folders: they may lead round in circles.
+QStringList subFoldersOf(const QString &folder)
+{
+    return QDir(folder).entryList(
+        QDir::Dirs | QDir::Hidden | QDir::NoDotAndDotDot | QDir::NoSymLinks, QDir::Name);
+}
+} // namespace
+
+bool RemoteUploads::putFolder(const QString &localParent, const QString &name,
+                              const QString &remoteParent, int depth)
+{
+    const QString local = localChild(localParent, name);
+    const QString remote = remoteChild(m_context.cache.normalised(remoteParent), name);
+    if (!m_context.mayGoOn())
+        return false;
+    QString why;
+    if (depth > maxDepth)
+        why = QStringLiteral("ﾌｫﾙﾀﾞの階層が深すぎます");
+    else if (m_context.cache.refusesPath(remoteParent) || m_context.cache.refusesPath(remote))
+        why = QStringLiteral("ｻｰﾊﾞｰ名を含むﾊﾟｽは使用できません");
+    else if (const QFileInfo folder(local); !folder.isDir() || !folder.isReadable())
+        why = QStringLiteral("ﾌｫﾙﾀﾞが読み取れません");
+    if (!why.isEmpty()) {
+        giveUpFolder(local, remote, {ErrorClass::Local, why, 0});
+        return true;
+    }
+    try {
+        return putTree(local, m_context.cache.normalised(remoteParent), name, depth);
+    } catch (const DbError &error) {
+        giveUpFolder(local, remote, {ErrorClass::Local, error.words(), 0});
+        return false;
+    }
+}
+
+bool RemoteUploads::putTree(const QString &local, const QString &remoteParent, const QString &name,
+                            int depth)
+{
+    if (!m_context.enter(remoteParent, true))
+        return false;
+    const Folder made = makeFolder(local, remoteParent, name);
+    if (made != Folder::There)
+        return made == Folder::GivenUp;
+    const QString remote = remoteChild(remoteParent, name);
+    const auto files = filesOf(local);
+    if (!files.empty() && !putLines(remote, files, local))
+        return false;
+    for (const QString &folder : subFoldersOf(local)) {
+        if (!putFolder(local, folder, remote, depth + 1))
+            return false;
+    }
+    return true;
+}
+
+RemoteUploads::Folder RemoteUploads::makeFolder(const QString &local, const QString &remoteParent,
+                                                const QString &name)
+{
+    const QString remote = remoteChild(remoteParent, name);
+    FtpClient &client = m_context.session.client();
+    bool made = false;
+    const auto attempted = m_context.fiveAttempts(remote, [&]() -> Result<void> {
+        if (auto current = m_context.stepInto(remoteParent); !current)
+            return current;
+        const auto created = client.makeDirectory(m_context.cache.rawName(remoteParent, name));
+        made = created.ok();
+        if (made || created.error().kind != ErrorClass::Refused)
+            return created;
+        // Most servers say no when the folder is there; only going there tells.
+        const auto there = m_context.stepInto(remote);
+        if (!there && there.error().kind == ErrorClass::Refused)
+            return Error{ErrorClass::Local, created.error().words, created.error().replyCode};
+        return there;
+    });
+    if (attempted.end == OperationContext::End::Stop)
+        return Folder::Stop;
+    if (attempted.end == OperationContext::End::GivenUp) {
+        giveUpFolder(local, remote, attempted.error);
+        return Folder::GivenUp;
+    }
+    if (made) {
+        m_context.status(remote + QStringLiteral(" Create Directry ･･･"));
+        m_context.keepCache(remote, [&] { m_context.cache.caAddFold(local, remoteParent, name); });
+        m_context.done(Outcome::Kind::FolderMade, remote);
+    }
+    return Folder::There;
+}
+
+void RemoteUploads::giveUpFolder(const QString &local, const QString &remote, const Error &error)
+{
+    m_context.giveUp(QStringLiteral("ftPutFold Err:") + remote + QStringLiteral(" : ") +
+                         error.words + QStringLiteral(" > ") + local,
+                     local, remote, error);
+}
+
+} // namespace venlo

@@ -1,0 +1,198 @@
+#include "ftp/RemoteRemovals.h"
+
+#include "db/DbError.h"
+#include "ftp/Session.h"
+#include "shared/NameList.h"
+#include "shared/RemotePath.h"
+
+namespace venlo
+{
+
+namespace
+{
+constexpr int maxDepth = 128;
+using End = OperationContext::End;
+} // namespace
+
+RemoteRemovals::RemoteRemovals(OperationContext &context) : m_context(context) {}
+
+OperationContext::Attempted RemoteRemovals::deleteOne(const QString &dir, const QString &name)
+{
+    return m_context.attemptOnce(remoteChild(dir, name), [&]() -> Result<void> {
+        if (auto current = m_context.stepInto(dir); !current)
+            return current;
+        return m_context.session.client().removeFile(m_context.cache.rawName(dir, name));
+    });
+}
+
+OperationContext::Attempted RemoteRemovals::removeOne(const QString &dir, const QString &name)
+{
+    return m_context.attemptOnce(remoteChild(dir, name), [&]() -> Result<void> {
+        if (auto current = m_context.stepInto(dir); !current)
+            return current;
+        return m_context.session.client().removeDirectory(m_context.cache.rawName(dir, name));
+    });
+}
+
+bool RemoteRemovals::deleteFiles(const QString &path, const QStringList &names)
+{
+    if (!m_context.cache.refusesPath(path))
+        m_context.loadIfAbsent(path);
+    if (!m_context.enter(path, false))
+        return false;
+    const QString dir = m_context.cache.normalised(path);
+    for (const QString &name : names) {
+        if (name.isEmpty())
+            continue;
+        if (!m_context.mayGoOn())
+            return false;
+        const QString file = remoteChild(dir, name);
+        const auto attempted = deleteOne(dir, name);
+        if (attempted.end == End::Stop)
+            return false;
+        if (attempted.end == End::GivenUp) {
+            m_context.giveUp(QStringLiteral("FtpDeleteFile Err: ") + file +
+                                 QStringLiteral(" Delete"),
+                             file, {}, attempted.error);
+            continue;
+        }
+        m_context.status(file + QStringLiteral(" Delete･･･"));
+        m_context.keepCache(file, [&] { m_context.cache.forgetFile(dir, name); });
+        m_context.done(Outcome::Kind::DeletedRemote, file);
+    }
+    return true;
+}
+
+bool RemoteRemovals::deletePath(const QString &path)
+{
+    QString dir;
+    QString name;
+    sjSplitPath(path, dir, name);
+    OperationContext::Attempted attempted;
+    if (name.isEmpty() || m_context.cache.refusesPath(dir)) {
+        attempted = {End::GivenUp,
+                     {ErrorClass::Local, QStringLiteral("このﾊﾟｽは削除できません"), 0}};
+    } else if (m_context.mayGoOn()) {
+        attempted = m_context.attemptOnce(path, [&] {
+            return m_context.session.client().removeFile(m_context.cache.rawPath(path));
+        });
+    } else {
+        attempted.end = End::Stop;
+    }
+    if (attempted.end == End::Stop)
+        return false;
+    if (attempted.end == End::GivenUp) {
+        m_context.giveUp(QStringLiteral("FtpDeleteFile Err: ") + path + QStringLiteral(" Delete"),
+                         path, {}, attempted.error);
+        return true;
+    }
+    m_context.status(path + QStringLiteral(" Deleted･･･"));
+    m_context.done(Outcome::Kind::DeletedRemote, path);
+    return true;
+}
+
+bool RemoteRemovals::removeFolders(const QString &path, const QStringList &names)
+{
+    for (const QString &name : names) {
+        if (!name.isEmpty() && !removeFolder(path, name))
+            return false;
+    }
+    return true;
+}
+
+bool RemoteRemovals::removeFolder(const QString &path, const QString &name)
+{
+    if (!m_context.mayGoOn())
+        return false;
+    const bool refused = m_context.cache.refusesPath(path);
+    const QString dir = refused ? path : m_context.cache.normalised(path);
+    const QString folder = remoteChild(dir, name);
+    const QString logLine =
+        QStringLiteral("FtpRemoveDirectory Err:") + folder + QStringLiteral(" RemoveDirectory");
+    // A name that is no name would empty the directory itself or another one.
+    if (refused || name.isEmpty() || name == QLatin1String(".") || name == QLatin1String("..") ||
+        name.contains(QLatin1Char('/')) || m_context.cache.refusesPath(folder)) {
+        m_context.giveUp(logLine, folder, {},
+                         {ErrorClass::Local, QStringLiteral("このﾌｫﾙﾀﾞは削除できません"), 0});
+        return true;
+    }
+    if (!sjEmpDir(folder, 0) || !m_context.enter(dir, false))
+        return false;
+    const auto attempted = removeOne(dir, name);
+    if (attempted.end == End::Stop)
+        return false;
+    if (attempted.end == End::GivenUp)
+        m_context.giveUp(logLine, folder, {}, attempted.error);
+    else
+        removed(dir, name);
+    return true;
+}
+
+bool RemoteRemovals::sjEmpDir(const QString &dir, int depth)
+{
+    if (depth > maxDepth) {
+        m_context.note(QStringLiteral("nested too deeply: ") + dir);
+        return true;
+    }
+    if (!m_context.mayGoOn() || !m_context.enter(dir, false))
+        return false;
+    // Both lists first: a directory whose last row goes would be listed anew.
+    QString folders;
+    QString files;
+    try {
+        m_context.cache.caDirNames(dir, folders, files);
+    } catch (const DbError &error) {
+        m_context.note(QStringLiteral("not wholly cached: %1: %2").arg(dir, error.words()));
+        m_context.keepCache(dir, [&] { m_context.cache.caDirNames(dir, folders, files); });
+    }
+    if (!deleteInside(dir, splitNames(files)))
+        return false;
+    for (const QString &folder : splitNames(folders)) {
+        if (!removeInside(dir, folder, depth))
+            return false;
+    }
+    return true;
+}
+
+bool RemoteRemovals::deleteInside(const QString &dir, const QStringList &files)
+{
+    for (const QString &name : files) {
+        if (!m_context.mayGoOn())
+            return false;
+        const QString file = remoteChild(dir, name);
+        const auto attempted = deleteOne(dir, name);
+        if (attempted.end == End::Stop)
+            return false;
+        if (attempted.end == End::GivenUp) {
+            m_context.giveUp(QStringLiteral("sjEmpDir DeleteFile Err: ") + file +
+                                 QStringLiteral(" Delete"),
+                             file, {}, attempted.error);
+            continue;
+        }
+        m_context.status(file + QStringLiteral(" Delete･･･"));
+        m_context.keepCache(file, [&] { m_context.cache.forgetFile(dir, name); });
+        m_context.done(Outcome::Kind::DeletedRemote, file);
+    }
+    return true;
+}
+
+bool RemoteRemovals::removeInside(const QString &dir, const QString &folder, int depth)
+{
+    if (!sjEmpDir(remoteChild(dir, folder), depth + 1))
+        return false;
+    const auto attempted = removeOne(dir, folder);
+    if (attempted.end == End::Done)
+        removed(dir, folder);
+    // A refusal makes the removal of the folder above fail, which is the one that is logged.
+    return attempted.end != End::Stop;
+}
+
+void RemoteRemovals::removed(const QString &dir, const QString &name)
+{
+    const QString folder = remoteChild(dir, name);
+    m_context.status(folder + QStringLiteral(" RemoveDirectory･･･"));
+    m_context.keepCache(folder, [&] { m_context.cache.forgetFolder(dir, name); });
+    m_context.done(Outcome::Kind::FolderRemovedRemote, folder);
+}
+
+} // namespace venlo

@@ -1,0 +1,57 @@
+#include "ftp/TemporaryFile.h"
+
+#include "ftp/LocalPath.h"
+#include "ftp/TemporaryName.h"
+#include "platform/Files.h"
+
+#include <QFileInfo>
+
+namespace venlo
+{
+
+TemporaryFile::TemporaryFile(DownloadJournal &journal, const QString &folder)
+    : m_journal(journal), m_file(localChild(folder, newTemporaryName()))
+{
+}
+
+TemporaryFile::~TemporaryFile()
+{
+    if (!m_there)
+        return;
+    m_file.close();
+    m_file.remove();
+    m_journal.end();
+}
+
+Result<void> TemporaryFile::open()
+{
+    m_journal.begin(QFileInfo(m_file.fileName()).absoluteFilePath());
+    m_there = m_file.open(QIODevice::WriteOnly | QIODevice::NewOnly);
+    if (m_there)
+        return {};
+    m_journal.end();
+    return Error{ErrorClass::Local, m_file.errorString(), 0};
+}
+
+Result<void> TemporaryFile::replace(const QString &target, qint64 size, const QDateTime &time)
+{
+    if (!flushToDisk(m_file))
+        return Error{ErrorClass::Local, m_file.errorString(), 0};
+    if (m_file.size() != size)
+        return Error{ErrorClass::Retry, QStringLiteral("受信した大きさが一致しません"), 0};
+    const QFileInfo old(target);
+    if (old.exists() && !old.isSymLink())
+        m_file.setPermissions(old.permissions());
+    m_file.close();
+    if (m_file.error() != QFileDevice::NoError)
+        return Error{ErrorClass::Local, m_file.errorString(), 0};
+    if (time.isValid())
+        setModifiedTime(m_file.fileName(), time);
+    if (!replaceFile(m_file.fileName(), target))
+        return Error{ErrorClass::Local, QStringLiteral("ﾌｧｲﾙを置き換えられません"), 0};
+    m_there = false;
+    m_journal.end();
+    return {};
+}
+
+} // namespace venlo

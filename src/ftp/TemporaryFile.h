@@ -1,0 +1,35 @@
+#pragma once
+
+#include "ftp/DownloadJournal.h"
+#include "shared/Result.h"
+
+#include <QDateTime>
+#include <QFile>
+#include <QString>
+
+namespace venlo
+{
+
+/// A download in the making: a file under a temporary name beside its target, noted in the
+/// journal while it exists. Deleted with this object unless it took the target's place.
+class TemporaryFile
+{
+public:
+    TemporaryFile(DownloadJournal &journal, const QString &folder);
+    ~TemporaryFile();
+    TemporaryFile(const TemporaryFile &) = delete;
+    TemporaryFile &operator=(const TemporaryFile &) = delete;
+
+    [[nodiscard]] Result<void> open();
+    [[nodiscard]] QIODevice &device() { return m_file; }
+    /// Forces the content to the disk, sets the time where it is valid, and replaces the target in
+    /// one step. On failure the target is as it was.
+    [[nodiscard]] Result<void> replace(const QString &target, qint64 size, const QDateTime &time);
+
+private:
+    DownloadJournal &m_journal;
+    QFile m_file;
+    bool m_there = false;
+};
+
+} // namespace venlo

@@ -1,0 +1,55 @@
+#include "ftp/TemporaryName.h"
+
+#include <algorithm>
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QRandomGenerator>
+
+namespace venlo
+{
+
+namespace
+{
+constexpr QLatin1String prefix(".venlo-");
+constexpr QLatin1String suffix(".part");
+constexpr int digits = 8;
+
+bool isLowerHex(QChar c)
+{
+    return (c >= QLatin1Char('0') && c <= QLatin1Char('9')) ||
+           (c >= QLatin1Char('a') && c <= QLatin1Char('f'));
+}
+} // namespace
+
+QString newTemporaryName()
+{
+    const quint32 number = QRandomGenerator::global()->generate();
+    return prefix + QStringLiteral("%1").arg(number, digits, 16, QLatin1Char('0')) + suffix;
+}
+
+bool isTemporaryName(const QString &fileName)
+{
+    if (fileName.size() != prefix.size() + digits + suffix.size() || !fileName.startsWith(prefix) ||
+        !fileName.endsWith(suffix))
+        return false;
+    const QString number = fileName.mid(prefix.size(), digits);
+    return std::all_of(number.begin(), number.end(), isLowerHex);
+}
+
+int sweepTemporaryNames(const QString &folder, const QDateTime &before)
+{
+    int deleted = 0;
+    const auto entries =
+        QDir(folder).entryInfoList({prefix + QLatin1Char('*') + suffix},
+                                   QDir::Files | QDir::Hidden | QDir::System, QDir::NoSort);
+    for (const QFileInfo &entry : entries) {
+        if (isTemporaryName(entry.fileName()) && entry.lastModified() < before &&
+            QFile::remove(entry.filePath()))
+            ++deleted;
+    }
+    return deleted;
+}
+
+} // namespace venlo

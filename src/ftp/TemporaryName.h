@@ -1,0 +1,20 @@
+#pragma once
+
+#include <QDateTime>
+#include <QString>
+
+namespace venlo
+{
+
+/// Name for a download that is not complete yet: ".venlo-", eight hexadecimal digits, ".part".
+/// It begins with "." so that neither servers nor folders show it.
+[[nodiscard]] QString newTemporaryName();
+
+/// True for a name of that form; such a file is never published, compared or kept.
+[[nodiscard]] bool isTemporaryName(const QString &fileName);
+
+/// Deletes the files of that form that were last written before a time in this one folder, links
+/// themselves and not what they point to; the number deleted.
+int sweepTemporaryNames(const QString &folder, const QDateTime &before);
+
+} // namespace venlo

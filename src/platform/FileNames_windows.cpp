@@ -1,0 +1,45 @@
+#include "platform/FileNames.h"
+
+#include <algorithm>
+
+#include <QStringList>
+
+namespace venlo
+{
+
+namespace
+{
+constexpr qsizetype longestName = 255; // UTF-16 units
+
+/// Device names count with any extension too: "con.txt" is the console.
+bool isDevice(const QString &name)
+{
+    static const QStringList devices{QStringLiteral("CON"), QStringLiteral("PRN"),
+                                     QStringLiteral("AUX"), QStringLiteral("NUL")};
+    const QString stem = name.section(QLatin1Char('.'), 0, 0).trimmed().toUpper();
+    if (devices.contains(stem))
+        return true;
+    const bool port =
+        stem.startsWith(QLatin1String("COM")) || stem.startsWith(QLatin1String("LPT"));
+    return port && stem.size() == 4 && stem.at(3) >= QLatin1Char('1') &&
+           stem.at(3) <= QLatin1Char('9');
+}
+
+bool isRefused(QChar c)
+{
+    return c.unicode() < 0x20 || QLatin1String("<>:\"/\\|?*").contains(c);
+}
+} // namespace
+
+QString whyNotAFileName(const QString &name)
+{
+    // A trailing dot or blank is dropped by the system, which then opens another file.
+    if (name.isEmpty() || name.endsWith(QLatin1Char('.')) || name.endsWith(QLatin1Char(' ')) ||
+        std::any_of(name.begin(), name.end(), isRefused) || isDevice(name))
+        return QStringLiteral("ﾌｧｲﾙ名に使用できない名前です");
+    if (name.size() > longestName)
+        return QStringLiteral("名前が長すぎます");
+    return {};
+}
+
+} // namespace venlo
