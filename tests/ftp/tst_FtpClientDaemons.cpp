@@ -183,7 +183,8 @@ void tst_FtpClientDaemons::names()
                             "\x93\xfa\x96\x7b.txt", "a&b;c",
                             "plus+minus-",          "[x]{y}"};
     if (f.daemon.kind() != FtpDaemon::Kind::Pureftpd)
-        names.append(" leading"); // pure-ftpd stores it as "_leading" by its own rule
+        names << " leading"
+              << "trailing "; // pure-ftpd stores them with "_" by its own rule
     for (const QByteArray &name : std::as_const(names)) {
         const auto put = f.put(name, "content of " + name);
         QVERIFY2(put, name.constData());
