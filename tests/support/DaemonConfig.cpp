@@ -87,7 +87,11 @@ DaemonCommand vsftpd(const DaemonOptions &o, const QString &unpacked, const QStr
     if (!QDir().mkpath(work + QLatin1String("/empty")) || !write(conf, vsftpdText(o, work)) ||
         !write(work + QLatin1String("/passwords"), daemonPassword().toUtf8() + '\n'))
         return {};
-    return {unpacked + QLatin1String("/usr/sbin/vsftpd"), {conf}};
+    // It insists on a configuration of root's: without root, of the root of its namespace, who is
+    // the one that copies here.
+    return {QStringLiteral("/bin/sh"),
+            {QStringLiteral("-c"), QStringLiteral("cp \"$1\" \"$1.own\" && exec \"$0\" \"$1.own\""),
+             unpacked + QLatin1String("/usr/sbin/vsftpd"), conf}};
 }
 
 DaemonCommand proftpd(const DaemonOptions &o, const QString &unpacked, const QString &work)
