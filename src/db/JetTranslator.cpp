@@ -97,7 +97,9 @@ private:
         QString sql = QStringLiteral("SELECT ") + selectList(table);
         m_lexer.expectWord(QLatin1String("From"));
         m_lexer.seek(behind);
-        sql += QStringLiteral(" FROM ") + quotedName(table.name) + where(table) + orderBy(table);
+        sql += QStringLiteral(" FROM ") + quotedName(table.name);
+        sql += where(table); // one after the other: both take words from the lexer
+        sql += orderBy(table);
         finish(JetStatement::Kind::Query, sql);
     }
 
