@@ -1,0 +1,215 @@
+#include "mainwin/WindowFrontEnd.h"
+
+#include <utility>
+
+#include <QApplication>
+#include <QPushButton>
+
+#include "localpane/sfOwt.h"
+#include "mainwin/ModalLimit.h"
+#include "mainwin/popup/sfWait.h"
+#include "shared/ConsolePrinter.h"
+#include "shared/Flags.h"
+
+namespace venlo
+{
+
+namespace
+{
+constexpr qsizetype mostWarnings = 1000;
+constexpr int longestYield = 50; // ms
+
+/// The ordinary pointer while a window waits for an answer, whatever else is being waited for.
+class PlainCursor
+{
+public:
+    PlainCursor() : m_overridden(QApplication::overrideCursor() != nullptr)
+    {
+        if (m_overridden)
+            QApplication::setOverrideCursor(Qt::ArrowCursor);
+    }
+    ~PlainCursor()
+    {
+        if (m_overridden)
+            QApplication::restoreOverrideCursor();
+    }
+    PlainCursor(const PlainCursor &) = delete;
+    PlainCursor &operator=(const PlainCursor &) = delete;
+
+private:
+    bool m_overridden;
+};
+} // namespace
+
+WindowFrontEnd::WindowFrontEnd(ConsolePrinter &printer, const Flags &flags)
+    : WindowFrontEnd(printer, flags, Options())
+{
+}
+
+WindowFrontEnd::WindowFrontEnd(ConsolePrinter &printer, const Flags &flags, Options options)
+    : m_printer(printer), m_flags(flags), m_options(std::move(options))
+{
+}
+
+WindowFrontEnd::~WindowFrontEnd() = default;
+
+QWidget *WindowFrontEnd::windowInFront() const
+{
+    if (QWidget *modal = QApplication::activeModalWidget())
+        return modal;
+    if (QWidget *active = QApplication::activeWindow())
+        return active;
+    return m_wait && m_wait->isVisible() ? m_wait.get() : nullptr;
+}
+
+QMessageBox::StandardButton WindowFrontEnd::ask(const QString &text, QMessageBox::Icon icon,
+                                                QMessageBox::StandardButtons buttons,
+                                                Button byItself)
+{
+    if (m_flags.batch)
+        m_printer.printError(text);
+    const PlainCursor cursor;
+    QMessageBox box(icon, QStringLiteral("Venlo FTP"), text, buttons, windowInFront());
+    box.setObjectName(QStringLiteral("messageBox"));
+    box.setTextFormat(Qt::PlainText);
+    for (const auto &[button, caption] : {std::pair(QMessageBox::Ok, QStringLiteral("OK")),
+                                          std::pair(QMessageBox::Cancel, QStringLiteral("ｷｬﾝｾﾙ")),
+                                          std::pair(QMessageBox::Retry, QStringLiteral("再試行"))})
+        if (QAbstractButton *widget = box.button(button))
+            widget->setText(caption);
+    const ModalLimit limit(box, {m_flags.batch ? m_options.boxLimit : std::chrono::milliseconds(0),
+                                 [&box, byItself] { box.button(byItself)->click(); },
+                                 m_options.interrupted});
+    return static_cast<Button>(box.exec());
+}
+
+void WindowFrontEnd::message(const QString &text)
+{
+    (void)ask(text, QMessageBox::Information, QMessageBox::Ok, QMessageBox::Ok);
+}
+
+bool WindowFrontEnd::question(const QString &text)
+{
+    return ask(text, QMessageBox::Question, QMessageBox::Ok | QMessageBox::Cancel,
+               QMessageBox::Ok) == QMessageBox::Ok;
+}
+
+bool WindowFrontEnd::retryOrCancel(const QString &text)
+{
+    return ask(text, QMessageBox::Warning, QMessageBox::Retry | QMessageBox::Cancel,
+               QMessageBox::Cancel) == QMessageBox::Retry;
+}
+
+OverwriteAnswer WindowFrontEnd::askOverwrite(const OverwriteQuestion &question)
+{
+    const PlainCursor cursor;
+    sfOwt window(windowInFront());
+    if (m_flags.batch)
+        m_printer.printError(question.fileName + QStringLiteral(": ") + window.windowTitle());
+    const ModalLimit limit(window,
+                           {m_flags.batch ? m_options.boxLimit : std::chrono::milliseconds(0),
+                            [&window] { window.choose(0); }, m_options.interrupted});
+    return window.cMsg(question);
+}
+
+void WindowFrontEnd::showWait(const QString &text)
+{
+    if (!m_wait) {
+        m_wait = std::make_unique<sfWait>();
+        QObject::connect(m_wait.get(), &sfWait::cancelWanted, m_wait.get(),
+                         [this] { requestCancel(); });
+    }
+    m_wait->cMsg(text);
+    yield();
+}
+
+void WindowFrontEnd::closeWait()
+{
+    if (m_wait)
+        m_wait->cEnd();
+}
+
+void WindowFrontEnd::setMessageLine(const QString &text)
+{
+    m_messageText = text;
+    if (m_messageLine != nullptr)
+        m_messageLine->showMessageLine(text);
+}
+
+void WindowFrontEnd::setMessageLineSink(MessageLineSink *sink)
+{
+    m_messageLine = sink;
+    if (sink != nullptr)
+        sink->showMessageLine(m_messageText);
+}
+
+void WindowFrontEnd::addStatus(const QString &text)
+{
+    for (const auto &[rank, target] : m_statusTargets) {
+        if (!target->isShowing())
+            continue;
+        target->addLine(text);
+        yield();
+        return;
+    }
+}
+
+void WindowFrontEnd::addStatusTarget(StatusTarget &target, StatusRank rank)
+{
+    m_statusTargets.emplace(rank, &target);
+}
+
+void WindowFrontEnd::removeStatusTarget(StatusTarget &target)
+{
+    std::erase_if(m_statusTargets, [&](const auto &entry) { return entry.second == &target; });
+}
+
+void WindowFrontEnd::progress(const TransferProgress &progress)
+{
+    if (m_view != nullptr)
+        m_view->showProgress(progress);
+}
+
+void WindowFrontEnd::outcome(const Outcome &outcome)
+{
+    m_printer.printOutcome(outcome);
+    if (m_view != nullptr)
+        m_view->showOutcome(outcome);
+}
+
+void WindowFrontEnd::printResult(const QString &line)
+{
+    m_printer.printResult(line);
+}
+
+void WindowFrontEnd::warn(const QString &line)
+{
+    m_printer.printError(line);
+    setMessageLine(line);
+    if (m_view != nullptr)
+        m_view->showWarning(line);
+    else if (m_warnings.size() < mostWarnings)
+        m_warnings += line;
+}
+
+QStringList WindowFrontEnd::takeWarnings()
+{
+    return std::exchange(m_warnings, {});
+}
+
+bool WindowFrontEnd::cancelled() const
+{
+    return m_cancelled || m_options.interrupted();
+}
+
+/// Handlers that run inside may say something themselves, which must not run events once more.
+void WindowFrontEnd::yield()
+{
+    if (m_yielding)
+        return;
+    m_yielding = true;
+    QCoreApplication::processEvents(QEventLoop::AllEvents, longestYield);
+    m_yielding = false;
+}
+
+} // namespace venlo

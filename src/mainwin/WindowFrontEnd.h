@@ -1,0 +1,78 @@
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <map>
+#include <memory>
+
+#include <QMessageBox>
+
+#include "platform/Interrupt.h"
+#include "shared/WindowDesk.h"
+
+namespace venlo
+{
+
+class ConsolePrinter;
+class sfWait;
+struct Flags;
+
+/// The front end of a run with a display: message boxes, the overwrite confirmation, the wait
+/// window, and what the registered windows show. Under the batch flag every box is written to
+/// stderr too and answers itself with OK after a while, for nobody may be there; it never asks to
+/// retry by itself. Owned by main; owns only the wait window.
+class WindowFrontEnd : public WindowDesk
+{
+public:
+    struct Options {
+        std::chrono::milliseconds boxLimit{60'000}; ///< how long a box stays under the batch flag
+        std::function<bool()> interrupted = venlo::interrupted;
+    };
+    WindowFrontEnd(ConsolePrinter &printer, const Flags &flags);
+    WindowFrontEnd(ConsolePrinter &printer, const Flags &flags, Options options);
+    ~WindowFrontEnd() override;
+
+    void message(const QString &text) override;
+    [[nodiscard]] bool question(const QString &text) override;
+    [[nodiscard]] bool retryOrCancel(const QString &text) override;
+    [[nodiscard]] OverwriteAnswer askOverwrite(const OverwriteQuestion &question) override;
+    void showWait(const QString &text) override;
+    void closeWait() override;
+    void setMessageLine(const QString &text) override;
+    void addStatus(const QString &text) override;
+    void progress(const TransferProgress &progress) override;
+    void outcome(const Outcome &outcome) override;
+    void printResult(const QString &line) override;
+    void warn(const QString &line) override;
+    [[nodiscard]] bool cancelled() const override;
+    void yield() override;
+
+    void addStatusTarget(StatusTarget &target, StatusRank rank) override;
+    void removeStatusTarget(StatusTarget &target) override;
+    void setOperationView(OperationView *view) override { m_view = view; }
+    void setMessageLineSink(MessageLineSink *sink) override;
+    void beginOperation() override { m_cancelled = false; }
+    void requestCancel() override { m_cancelled = true; }
+    [[nodiscard]] bool mustEnd() const override { return m_options.interrupted(); }
+    [[nodiscard]] QStringList takeWarnings() override;
+
+private:
+    using Button = QMessageBox::StandardButton;
+    [[nodiscard]] Button ask(const QString &text, QMessageBox::Icon icon,
+                             QMessageBox::StandardButtons buttons, Button byItself);
+    [[nodiscard]] QWidget *windowInFront() const;
+
+    ConsolePrinter &m_printer;
+    const Flags &m_flags;
+    Options m_options;
+    std::unique_ptr<sfWait> m_wait;
+    std::multimap<StatusRank, StatusTarget *> m_statusTargets;
+    OperationView *m_view = nullptr;
+    MessageLineSink *m_messageLine = nullptr;
+    QString m_messageText;
+    QStringList m_warnings;
+    bool m_cancelled = false;
+    bool m_yielding = false;
+};
+
+} // namespace venlo

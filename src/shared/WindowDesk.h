@@ -1,0 +1,64 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+#include "shared/FrontEnd.h"
+
+namespace venlo
+{
+
+/// A window with a status list.
+class StatusTarget
+{
+public:
+    virtual ~StatusTarget() = default;
+    [[nodiscard]] virtual bool isShowing() const = 0;
+    virtual void addLine(const QString &text) = 0;
+};
+
+/// Which windows come first where several with a status list show; smaller comes first.
+enum class StatusRank { MessageWindow, SyncWindow, MainWindow };
+
+/// A window in which a person watches the running operation.
+class OperationView
+{
+public:
+    virtual ~OperationView() = default;
+    virtual void showProgress(const TransferProgress &progress) = 0;
+    virtual void showOutcome(const Outcome &outcome) = 0;
+    virtual void showWarning(const QString &line) = 0;
+};
+
+/// A window with a message line.
+class MessageLineSink
+{
+public:
+    virtual ~MessageLineSink() = default;
+    virtual void showMessageLine(const QString &text) = 0;
+};
+
+/// The front end as its own windows see it: they register here to be shown what an operation says,
+/// and hand a person's Cancel to it. Windows never own it; each takes itself out before it goes.
+class WindowDesk : public FrontEnd
+{
+public:
+    /// Status lines go to the showing window of the smallest rank.
+    virtual void addStatusTarget(StatusTarget &target, StatusRank rank) = 0;
+    virtual void removeStatusTarget(StatusTarget &target) = 0;
+    /// The one view that is told about progress, outcomes and warnings; null for none.
+    virtual void setOperationView(OperationView *view) = 0;
+    /// Gets the current text at once and every change; null for none.
+    virtual void setMessageLineSink(MessageLineSink *sink) = 0;
+
+    /// A new operation starts: a Cancel that was meant for an earlier one no longer counts.
+    virtual void beginOperation() = 0;
+    /// Cancel was pressed: cancelled() is true until the next operation begins.
+    virtual void requestCancel() = 0;
+    /// The system asks the program to end (an interrupt): windows close without asking.
+    [[nodiscard]] virtual bool mustEnd() const = 0;
+    /// Warnings since the last call, for a window that opens after they came.
+    [[nodiscard]] virtual QStringList takeWarnings() = 0;
+};
+
+} // namespace venlo
