@@ -309,6 +309,7 @@ void tst_DirectoryCache::brokenListing_data()
     QTest::newRow("426 at the end") << "426" << true << 2 << later;
     QTest::newRow("no completion") << "no completion" << true << 2 << later;
     QTest::newRow("no opening reply") << "no opening" << true << 2 << later;
+    QTest::newRow("completion says it could not be opened") << "226 words" << true << 2 << later;
     QTest::newRow("says it is truncated") << "truncated" << true << 1 << later;
     QTest::newRow("a line nobody understands") << "garbage" << true << 1 << later;
 }
@@ -345,6 +346,8 @@ void tst_DirectoryCache::brokenListing()
         rule.stallAfterBytes(middle);
     else if (fault == QLatin1String("426"))
         rule.completion("426 broken");
+    else if (fault == QLatin1String("226 words"))
+        rule.completion("226 Transfer done (but failed to open directory).");
     else if (fault == QLatin1String("no completion"))
         rule.withoutCompletion();
     else if (fault == QLatin1String("no opening"))

@@ -100,7 +100,8 @@ void tst_ErrorLog::lines_data()
     QTest::newRow("kanji") << QStringLiteral("表") << QByteArray("21/11 05:10 : \x95\x5c\r\n");
     QTest::newRow("not in CP932") << QStringLiteral("é") << QByteArray("21/11 05:10 : &#xE9;\r\n");
     QTest::newRow("line ends cannot make a second line")
-        << QStringLiteral("a\r\n21/11 05:10 : b\x7f") << QByteArray("21/11 05:10 : a  21/11 05:10 : b \r\n");
+        << QStringLiteral("a\r\n21/11 05:10 : b\x7f")
+        << QByteArray("21/11 05:10 : a  21/11 05:10 : b \r\n");
 }
 
 void tst_ErrorLog::lines()
@@ -122,8 +123,8 @@ void tst_ErrorLog::nothingWithoutALog()
 
 void tst_ErrorLog::privateToTheUser()
 {
-    constexpr auto mine = QFileDevice::ReadOwner | QFileDevice::WriteOwner |
-                          QFileDevice::ReadUser | QFileDevice::WriteUser;
+    constexpr auto mine = QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ReadUser |
+                          QFileDevice::WriteUser;
     Fixture f;
     f.log.StartErrorLog();
     QCOMPARE(QFileInfo(f.log.path()).permissions(), QFileDevice::Permissions(mine));

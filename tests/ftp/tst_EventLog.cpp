@@ -51,8 +51,8 @@ void tst_EventLog::notes_data()
     QTest::newRow("Japanese is UTF-8") << QStringLiteral("日本") << QByteArray("日本");
     QTest::newRow("line ends") << QStringLiteral("a\r\nb") << QByteArray("a\\x0d\\x0ab");
     QTest::newRow("escape sequences") << QStringLiteral("\x1b[2J") << QByteArray("\\x1b[2J");
-    QTest::newRow("delete and C1") << QString(QChar(0x7f)) + QChar(0x9b)
-                                   << QByteArray("\\x7f\\x9b");
+    QTest::newRow("delete and C1")
+        << QString(QChar(0x7f)) + QChar(0x9b) << QByteArray("\\x7f\\x9b");
 }
 
 void tst_EventLog::notes()

@@ -119,7 +119,11 @@ void tst_TemporaryName::journalNotesTheFileInProgress()
         DownloadJournal journal(user.path());
         QCOMPARE(filesIn(user.path()), QStringList());
         journal.begin(path);
-        QFile file(QDir(user.path()).filePath(filesIn(user.path()).filter(QStringLiteral(".pending")).value(0).section(QStringLiteral(".lock"), 0, 0)));
+        QFile file(QDir(user.path())
+                       .filePath(filesIn(user.path())
+                                     .filter(QStringLiteral(".pending"))
+                                     .value(0)
+                                     .section(QStringLiteral(".lock"), 0, 0)));
         QVERIFY(file.open(QIODevice::ReadOnly));
         QCOMPARE(file.readAll(), path.toUtf8());
         journal.end();
@@ -138,7 +142,8 @@ void tst_TemporaryName::journalSweeps_data()
     QTest::newRow("leftover") << leftover << true << false;
     QTest::newRow("gone already") << leftover << false << false;
     QTest::newRow("no name of ours") << QStringLiteral("page.html") << true << true;
-    QTest::newRow("our name in the middle") << leftover + QStringLiteral("/page.html") << false << false;
+    QTest::newRow("our name in the middle")
+        << leftover + QStringLiteral("/page.html") << false << false;
 }
 
 void tst_TemporaryName::journalSweeps()

@@ -3,6 +3,7 @@
 
 #include "ftp/protocol/FtpClientState.h"
 #include "ftp/protocol/ListingParser.h"
+#include "ftp/protocol/ListingWords.h"
 
 #include <QIODevice>
 
@@ -90,6 +91,9 @@ Result<Listing> FtpClient::State::listBy(bool mlsd)
     if (!ended || !transfer.opened) {
         listing.whole = false;
         listing.why = ended ? QStringLiteral("no opening reply") : ended.error().words;
+    } else if (saysListingIsNotWhole(transfer.final_->text())) {
+        listing.whole = false;
+        listing.why = transfer.final_->text();
     }
     return listing;
 }

@@ -17,6 +17,7 @@ constexpr auto activeConnectLimit = 10s;
 // What a server may take to notice that its data connection broke.
 constexpr auto brokenDataGrace = 10s;
 constexpr auto abortGrace = 3s;
+constexpr auto lastBytesGrace = 300ms;
 
 bool isPrivate(const QHostAddress &address)
 {
@@ -134,11 +135,11 @@ Result<void> FtpClient::State::run(Transfer &transfer, const std::function<Step(
 {
     Step last = Step::More;
     const auto settled = [&] {
-        if (!noteReplies(transfer) || (transfer.final_ && !transfer.final_->completion()))
-            return true;
+        const bool over =
+            !noteReplies(transfer) || (transfer.final_ && !transfer.final_->completion());
         if (transfer.data.connected())
             last = step();
-        return last != Step::More || transfer.data.failed();
+        return over || last != Step::More || transfer.data.failed();
     };
     bool connected = false;
     WaitEnd end = waiter.until(
@@ -152,6 +153,14 @@ Result<void> FtpClient::State::run(Transfer &transfer, const std::function<Step(
         activeUnusable = true;
     if (end == WaitEnd::Done && connected && last == Step::More)
         end = waiter.until(settled, limits.idleData, [&] { return transfer.data.movedBytes(); });
+    if (last == Step::More && transfer.opened && end == WaitEnd::Done)
+        (void)waiter.untilEvenIfCancelled( // what was sent before the bad news still counts
+            [&] {
+                if (transfer.data.connected())
+                    last = step();
+                return last != Step::More || transfer.data.failed();
+            },
+            lastBytesGrace);
     return afterData(transfer, end, last);
 }
 
