@@ -148,7 +148,8 @@ JetPiece JetExpression::either()
         at = m_lexer.position();
         const JetPiece right = both();
         requireTruth(right, at);
-        left = {std::move(left.sql) + QStringLiteral(" OR ") + right.sql, Kind::Truth};
+        left.sql += QStringLiteral(" OR ") + right.sql;
+        left = {std::move(left.sql), Kind::Truth};
     }
     return left;
 }
@@ -162,7 +163,8 @@ JetPiece JetExpression::both()
         at = m_lexer.position();
         const JetPiece right = negation();
         requireTruth(right, at);
-        left = {std::move(left.sql) + QStringLiteral(" AND ") + right.sql, Kind::Truth};
+        left.sql += QStringLiteral(" AND ") + right.sql;
+        left = {std::move(left.sql), Kind::Truth};
     }
     return left;
 }
@@ -251,7 +253,7 @@ JetPiece JetExpression::sum()
         const QString join = text ? QStringLiteral(" || ") : QStringLiteral(" %1 ").arg(token.text);
         const bool dated = left.kind == Kind::Date || right.kind == Kind::Date;
         left.kind = text ? Kind::Text : (dated ? Kind::Date : Kind::Number);
-        left.sql = std::move(left.sql) + join + right.sql;
+        left.sql += join + right.sql;
         left.column = left.literal = false;
     }
     return left;

@@ -98,7 +98,7 @@ private:
         m_lexer.expectWord(QLatin1String("From"));
         m_lexer.seek(behind);
         sql += QStringLiteral(" FROM ") + quotedName(table.name);
-        sql += where(table); // one after the other: both take words from the lexer
+        sql += where(table);
         sql += orderBy(table);
         finish(JetStatement::Kind::Query, sql);
     }
