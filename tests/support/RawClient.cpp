@@ -93,7 +93,7 @@ QByteArray RawClient::transfer(const QByteArray &line, const QByteArray &toSend)
     m_received.clear();
     if (!openPassive())
         return {};
-    const QByteArray opening = command(line);
+    QByteArray opening = command(line);
     if (!opening.startsWith('1'))
         return opening;
     if (toSend.isNull())
@@ -114,10 +114,9 @@ QByteArray RawClient::transferActive(const QByteArray &line, bool byPort)
     if (!listener.listen(m_control.localAddress()))
         return {};
     const quint16 port = listener.serverPort();
-    const QByteArray announced =
-        byPort ? command("PORT 127,0,0,1," + QByteArray::number(port / 256) + ',' +
-                         QByteArray::number(port % 256))
-               : command("EPRT |1|127.0.0.1|" + QByteArray::number(port) + '|');
+    QByteArray announced = byPort ? command("PORT 127,0,0,1," + QByteArray::number(port / 256) +
+                                            ',' + QByteArray::number(port % 256))
+                                  : command("EPRT |1|127.0.0.1|" + QByteArray::number(port) + '|');
     if (!announced.startsWith("200"))
         return announced;
     send(line);

@@ -130,7 +130,7 @@ private Q_SLOTS:
         QVERIFY(client.login(daemon.host(), daemon.port(), daemon.user(), daemon.password())
                     .startsWith("230"));
         QVERIFY(client.transfer("LIST").contains(" / 226"));
-        const QString tokyo = now.addSecs(9 * 3600).toString(QStringLiteral("HH:mm"));
+        const QString tokyo = now.addSecs(9 * 3600LL).toString(QStringLiteral("HH:mm"));
         QVERIFY2(client.received().contains(tokyo.toLatin1()), client.received().constData());
     }
 

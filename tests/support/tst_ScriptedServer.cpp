@@ -121,7 +121,7 @@ private Q_SLOTS:
         RawClient client;
         QVERIFY(login(client, server).startsWith("230"));
         QVERIFY(client.transfer("LIST").endsWith("226 Done"));
-        const QString tokyo = hourAgo.addSecs(9 * 3600).toString(QStringLiteral("HH:mm"));
+        const QString tokyo = hourAgo.addSecs(9 * 3600LL).toString(QStringLiteral("HH:mm"));
         QVERIFY2(client.received().contains(tokyo.toLatin1()), client.received().constData());
     }
 
