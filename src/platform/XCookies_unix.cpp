@@ -39,7 +39,7 @@ public:
 private:
     QByteArray take(qsizetype size)
     {
-        const QByteArray part = m_bytes.mid(m_position, size);
+        QByteArray part = m_bytes.mid(m_position, size);
         m_position += part.size();
         return part;
     }

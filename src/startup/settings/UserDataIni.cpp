@@ -11,7 +11,7 @@ namespace venlo
 
 namespace
 {
-constexpr qint64 maxIniSize = 64 * 1024; ///< far more than the longest path
+constexpr qint64 maxIniSize = 65536; ///< far more than the longest path
 
 QString decoded(const QByteArray &bytes)
 {
