@@ -1,0 +1,127 @@
+#include "startup/Program.h"
+
+#include "db/Database.h"
+#include "ftp/DirectoryCache.h"
+#include "ftp/ErrorLog.h"
+#include "ftp/RemoteOperations.h"
+#include "ftp/Session.h"
+#include "platform/Process.h"
+#include "shared/Flags.h"
+#include "shared/FrontEnd.h"
+#include "startup/CommandLine.h"
+#include "startup/ProgramName.h"
+#include "startup/settings/SettingsFile.h"
+#include "startup/settings/UserDataFolder.h"
+#include "sync/BatchRunner.h"
+#include "sync/Comparison.h"
+#include "sync/ConsoleReviewHost.h"
+#include "sync/PairWorker.h"
+#include "sync/PlainPatternHost.h"
+#include "sync/SyncRunner.h"
+
+namespace venlo
+{
+
+namespace
+{
+QString userDataFolder(const QString &baseName, FrontEnd &frontEnd)
+{
+    UserDataFolder folder(ProgramPlaces::ofThisProgram(baseName), frontEnd);
+    folder.W_UserData();
+    return folder.userDataFolder();
+}
+} // namespace
+
+/// In order of construction; each only uses what stands above it.
+struct Program::Rooms {
+    Rooms(const Faces &faces, Flags &flags)
+        : folder(userDataFolder(programBaseName(executableBaseName()), faces.frontEnd)),
+          settings(faces.frontEnd), database(faces.frontEnd, folder), errorLog(folder),
+          eventLog(folder), session(faces.frontEnd, database, errorLog, eventLog),
+          cache(session, database, faces.frontEnd, flags),
+          operations(session, cache, faces.frontEnd, flags),
+          comparison(session, database, cache, faces.frontEnd, flags),
+          worker(session, operations, faces.frontEnd), consoleReview(faces.frontEnd),
+          plainPatterns(database, session, faces.frontEnd),
+          syncRunner(comparison, worker, faces.reviewHost ? *faces.reviewHost : consoleReview,
+                     database, faces.frontEnd, flags),
+          batchRunner({faces.frontEnd, flags, database, session, cache, operations, syncRunner,
+                       faces.patternHost ? *faces.patternHost : plainPatterns, faces.windowHost})
+    {
+    }
+
+    QString folder;
+    yIni settings;
+    Database database;
+    ErrorLog errorLog;
+    EventLog eventLog;
+    Session session;
+    DirectoryCache cache;
+    RemoteOperations operations;
+    Comparison comparison;
+    PairWorker worker;
+    ConsoleReviewHost consoleReview;
+    PlainPatternHost plainPatterns;
+    SyncRunner syncRunner;
+    BatchRunner batchRunner;
+};
+
+Program::Program(Faces faces, Flags &flags) : m_faces(faces), m_flags(flags) {}
+
+Program::~Program() = default;
+
+int Program::Main(const CommandLine &commandLine)
+{
+    m_rooms = std::make_unique<Rooms>(m_faces, m_flags);
+    bool loaded = false;
+    m_rooms->settings.GetTxt(m_rooms->folder + QStringLiteral("User.xml"), loaded);
+    bool open = false;
+    m_rooms->database.OpenDb(open);
+    if (!open)
+        return BatchRunner::Unusable;
+    const int status = dispatch(commandLine);
+    EndProgram();
+    return status;
+}
+
+int Program::missingArgument(const CommandLine &commandLine)
+{
+    m_faces.frontEnd.warn(commandLine.verb + QStringLiteral(": 引数が足りません"));
+    return BatchRunner::Unusable;
+}
+
+int Program::dispatch(const CommandLine &commandLine)
+{
+    const QString &verb = commandLine.verb;
+    const auto argument = [&](int number) { return commandLine.arguments.value(number); };
+    const auto given = commandLine.arguments.size() - 1;
+    BatchRunner &runner = m_rooms->batchRunner;
+
+    if (verb == QLatin1String("syncup") || verb == QLatin1String("syncdown"))
+        return given < 1 ? missingArgument(commandLine)
+                         : runner.RunSyncPattern(argument(1), verb == QLatin1String("syncup"));
+    if (verb == QLatin1String("put") || verb == QLatin1String("get"))
+        return given < 4 ? missingArgument(commandLine)
+                         : runner.RunTransfer(argument(1), argument(2), argument(3), argument(4),
+                                              verb == QLatin1String("put"));
+    if (verb == QLatin1String("open"))
+        return given < 1 ? missingArgument(commandLine) : runner.OpenSite(argument(1));
+    if (verb == QLatin1String("openp"))
+        return given < 1 ? missingArgument(commandLine) : runner.OpenPattern(argument(1));
+    if (verb.isEmpty()) {
+        m_faces.frontEnd.warn(QStringLiteral("ｳｨﾝﾄﾞｳを表示できません"));
+        return BatchRunner::Unusable;
+    }
+    // A part of a verb ("sync", "up") runs nothing and says nothing.
+    return BatchRunner::Unusable;
+}
+
+void Program::EndProgram()
+{
+    bool saved = false;
+    m_rooms->settings.SetTxt(saved);
+    m_rooms->session.CloseInternet();
+    m_rooms->database.CloseDb();
+}
+
+} // namespace venlo
