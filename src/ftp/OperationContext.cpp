@@ -114,6 +114,8 @@ OperationContext::Attempted OperationContext::fiveAttempts(const QString &what, 
 {
     Error error;
     for (int attempt = 1; attempt <= maxAttempts; ++attempt) {
+        if (frontEnd.cancelled())
+            return {End::Stop, {ErrorClass::Cancelled, {}, 0}};
         const auto result = step();
         if (result)
             return {End::Done, {}};

@@ -23,8 +23,8 @@ struct OperationsFixture : EngineFixture {
         if (!server.start())
             return false;
         registerSite(QStringLiteral("web"), server.server(), server.user(), server.password());
-        const bool connected = connectTo(QStringLiteral("web"), server.server(), server.user(),
-                                         server.password());
+        const bool connected =
+            connectTo(QStringLiteral("web"), server.server(), server.user(), server.password());
         forget();
         return connected;
     }
@@ -76,6 +76,8 @@ struct OperationsFixture : EngineFixture {
         }
         return commands;
     }
+    /// Logins behind the first.
+    [[nodiscard]] int reconnects() const { return server.logins() - 1; }
     [[nodiscard]] QStringList status() const { return person.statusLines(); }
 
     ScriptedServer server;

@@ -1,6 +1,10 @@
 // Downloads on a scripted server: what arrives, what is asked, what a failure leaves behind.
 #include "ftp/OperationsFixture.h"
 
+#include <csignal>
+
+#include <sys/resource.h>
+
 #include <QTest>
 
 using namespace venlo;
@@ -19,6 +23,24 @@ QDateTime wallClock(int hour, int minute, int second = 0)
 {
     return {QDate(2024, 5, 6), QTime(hour, minute, second)};
 }
+
+/// Files of this process cannot grow beyond a limit: a write that fails in the middle.
+class FileLimit
+{
+public:
+    explicit FileLimit(rlim_t bytes)
+    {
+        std::signal(SIGXFSZ, SIG_IGN);
+        getrlimit(RLIMIT_FSIZE, &m_before);
+        const rlimit limit{bytes, m_before.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~FileLimit() { setrlimit(RLIMIT_FSIZE, &m_before); }
+    Q_DISABLE_COPY_MOVE(FileLimit)
+
+private:
+    rlimit m_before{};
+};
 
 struct Fixture : OperationsFixture {
     bool ok = true;
@@ -290,7 +312,7 @@ void tst_Downloads::refusedFileIsTriedFiveTimes()
     f.get(QStringLiteral("a.txt\rb.txt"), QStringLiteral("/pub"));
     QVERIFY(f.ok);
     QCOMPARE(f.server.count("RETR", "a.txt"), 5);
-    QCOMPARE(f.server.logins(), 5); // the reconnect step after each
+    QCOMPARE(f.reconnects(), 5); // the reconnect step after each
     QCOMPARE(f.server.count("RETR", "b.txt"), 1);
     QCOMPARE(f.errorLines(), QStringList({QStringLiteral("FtpGetFile Err:/pub/a.txt > ") +
                                           f.here() + QStringLiteral(" DownLoad")}));
@@ -392,7 +414,7 @@ void tst_Downloads::recoversAfterALoss()
     QCOMPARE(f.read(QStringLiteral("a.txt")), QByteArray(10'000, 'n'));
     // A new login stands in its home: the directory has to be entered again.
     QCOMPARE(f.server.count("CWD", "/pub"), 2);
-    QCOMPARE(f.server.logins(), 2);
+    QCOMPARE(f.reconnects(), 2);
     QCOMPARE(f.errorLines(), QStringList());
     QCOMPARE(f.localNames(), QStringList({QStringLiteral("a.txt")}));
 }
@@ -431,8 +453,9 @@ void tst_Downloads::directoryThatCannotBeEntered()
 void tst_Downloads::localTrouble_data()
 {
     QTest::addColumn<QString>("trouble");
-    for (const char *trouble : {"a file is where the folder should be",
-                                "a folder is where the file should be", "full disk"})
+    for (const char *trouble :
+         {"a file is where the folder should be", "a folder is where the file should be",
+          "the folder takes no files", "a write fails in the middle"})
         QTest::newRow(trouble) << QString::fromLatin1(trouble);
 }
 
@@ -440,29 +463,32 @@ void tst_Downloads::localTrouble()
 {
     QFETCH(QString, trouble);
     Fixture f;
-    f.server.put("/a.txt", QByteArray(1'000'000, 'n'));
+    f.server.put("/a.txt", QByteArray(2'000'000, 'n'));
     QVERIFY(f.start());
     f.browse(QStringLiteral("/"));
     QString folder = f.here();
+    std::optional<FileLimit> limit;
     if (trouble.startsWith(QLatin1String("a file"))) {
         f.write(QStringLiteral("taken"), "x");
         folder = f.at(QStringLiteral("taken"));
     } else if (trouble.startsWith(QLatin1String("a folder"))) {
         QVERIFY(QDir(f.here()).mkdir(QStringLiteral("a.txt")));
+    } else if (trouble.startsWith(QLatin1String("the folder"))) {
+        folder = QStringLiteral("/proc/self/net"); // refuses even the super-user
     } else {
-        // A folder that vanishes under the program behaves as a full disk does: nothing can be
-        // written, and the server has no part in it.
-        folder = QStringLiteral("/proc/venlo");
+        limit.emplace(1'000'000);
     }
+    const QStringList before = f.localNames();
     f.flags.unattendedTransfer = true;
     f.operations.ftGetFile(QStringLiteral("/"), QStringLiteral("a.txt"), folder, f.ok);
     QVERIFY(f.ok);
     QVERIFY(f.server.count("RETR") <= 1);
-    QCOMPARE(f.server.logins(), 0);
+    QCOMPARE(f.reconnects(), 0);
     QCOMPARE(f.errorLines(), QStringList({QStringLiteral("FtpGetFile Err:/a.txt > ") + folder +
                                           QStringLiteral(" DownLoad")}));
     QCOMPARE(f.counts(), QStringLiteral("0/1/0"));
     QVERIFY(!f.person.outcomes().at(0).why.isEmpty());
+    QCOMPARE(f.localNames(), before);
 }
 
 void tst_Downloads::namesStayInTheFolder_data()
@@ -506,7 +532,7 @@ void tst_Downloads::cancelled()
     f.get(QStringLiteral("a.txt\rb.txt"));
     QVERIFY(!f.ok);
     QCOMPARE(f.server.count("RETR"), 1);
-    QCOMPARE(f.server.logins(), 0);
+    QCOMPARE(f.reconnects(), 0);
     QCOMPARE(f.session.state(), Session::Connected);
     QCOMPARE(f.localNames(), QStringList());
     QCOMPARE(f.errorLines(), QStringList());
