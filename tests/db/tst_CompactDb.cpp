@@ -6,6 +6,7 @@
 
 #include <QFile>
 #include <QFileInfo>
+#include <QProcess>
 #include <QTest>
 
 using venlo::test::DbFixture;
@@ -42,6 +43,7 @@ private Q_SLOTS:
     void leftOverThatCannotGoEndsIt();
     void failureKeepsTheOldFile();
     void everySnapshotIsWhole();
+    void killedAtAnyPoint();
     void recordSetsSurvive();
     void notInsideATransaction();
     void anotherProcessWriting();
@@ -142,6 +144,29 @@ void tst_CompactDb::everySnapshotIsWhole()
     store.open(copy);
     QVERIFY(store.damage().isEmpty());
     QCOMPARE(rowsText(store.queryJet(countFolders)), QStringLiteral("1"));
+}
+
+/// Whenever the process ends, what stands under the name is a whole database.
+void tst_CompactDb::killedAtAnyPoint()
+{
+    DbFixture fixture;
+    fillAndEmpty(fixture);
+    fixture.db().CloseDb();
+    int leftOvers = 0;
+    for (int round = 0; round < 25; ++round) {
+        QProcess process;
+        process.start(QStringLiteral(VENLO_COMPACT_AGAIN), {fixture.folder()});
+        QVERIFY(process.waitForReadyRead(30000));
+        QVERIFY(!process.waitForFinished(1 + 3 * round));
+        process.kill();
+        QVERIFY(process.waitForFinished(30000));
+        leftOvers += QFile::exists(temporaryPath(fixture)) ? 1 : 0;
+        venlo::Store store;
+        store.open(fixture.path());
+        QCOMPARE(store.damage(), QString());
+        QCOMPARE(rowsText(store.queryJet(countFolders)), QStringLiteral("1"));
+    }
+    qInfo("killed in the middle of a copy %d times", leftOvers);
 }
 
 void tst_CompactDb::recordSetsSurvive()
