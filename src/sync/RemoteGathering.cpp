@@ -116,7 +116,8 @@ Rows RemoteGathering::ask(const QString &sql, const QVariantList &values)
     try {
         return m_work.database.query(sql, values);
     } catch (const DbError &error) {
-        failed(filled(sql, values), error.words(), error.brokenBy());
+        const bool quote = error.brokenBy().contains(QLatin1Char('\''));
+        failed(filled(sql, values), error.words(), quote ? error.brokenBy() : QString());
         return {};
     }
 }
@@ -126,7 +127,8 @@ void RemoteGathering::run(const QString &sql, const QVariantList &values, const 
     try {
         m_work.database.run(sql, values);
     } catch (const DbError &error) {
-        failed(filled(sql, values), error.words(), error.brokenBy().isEmpty() ? QString() : path);
+        const bool quote = error.brokenBy().contains(QLatin1Char('\''));
+        failed(filled(sql, values), error.words(), quote ? path : QString());
     }
 }
 

@@ -1,0 +1,239 @@
+#include "support/ScriptedServer.h"
+#include "sync/Execution.h"
+#include "sync/SyncWorld.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTest>
+
+using namespace venlo;
+using namespace venlo::test;
+
+namespace
+{
+const QString pattern = QStringLiteral("p");
+
+using Fault = void (*)(ScriptedServer &);
+} // namespace
+
+Q_DECLARE_METATYPE(Fault)
+
+/// Whatever the server does, nothing is deleted that the other side may still have, and a run
+/// without the fault then makes both sides equal.
+class tst_SyncFaults : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void init();
+    void faults_data();
+    void faults();
+    void linkInPlaceOfAFolder();
+    void readOnlyLocalFileIsDeleted();
+    void vanishedLocalFileIsDone();
+    void fileThatBecameAFolderStays();
+    void namesWithATabAreGivenUp();
+    void cancelStopsAfterTheFile();
+
+private:
+    [[nodiscard]] bool localHas(const char *path) const;
+    void start();
+
+    std::unique_ptr<ScriptedServer> m_server;
+    std::unique_ptr<SyncWorld> m_world;
+};
+
+void tst_SyncFaults::init()
+{
+    m_server = std::make_unique<ScriptedServer>();
+    m_world = std::make_unique<SyncWorld>();
+}
+
+bool tst_SyncFaults::localHas(const char *path) const
+{
+    return QFile::exists(m_world->local() + QLatin1Char('/') + QString::fromUtf8(path));
+}
+
+void tst_SyncFaults::start()
+{
+    QVERIFY(m_server->start());
+    m_world->registerSite(m_server->server(), m_server->user(), m_server->password());
+    m_world->registerPattern(pattern, QStringLiteral("/pub"));
+}
+
+void tst_SyncFaults::faults_data()
+{
+    QTest::addColumn<bool>("upwards");
+    QTest::addColumn<Fault>("fault");
+    struct Named {
+        const char *name;
+        Fault fault;
+    };
+    static const Named named[] = {
+        {"the second listing is cut off",
+         [](ScriptedServer &server) {
+             server.on("MLSD").nth(2).truncateAfter(60).completion("426 cut\r\n");
+         }},
+        {"the second listing ends with the connection",
+         [](ScriptedServer &server) { server.on("MLSD").nth(2).dropAfterBytes(60); }},
+        {"the second listing is reset",
+         [](ScriptedServer &server) { server.on("MLSD").nth(2).resetAfterBytes(60); }},
+        {"the second listing is refused",
+         [](ScriptedServer &server) { server.on("MLSD").nth(2).reply(450, "busy"); }},
+        {"the second listing is empty and unfinished",
+         [](ScriptedServer &server) {
+             server.on("MLSD").nth(2).truncateAfter(0).withoutCompletion();
+         }},
+        {"every listing is refused",
+         [](ScriptedServer &server) { server.on("MLSD").reply(550, "no"); }},
+        {"the root is refused",
+         [](ScriptedServer &server) { server.on("CWD", "/pub").reply(550, "no"); }},
+        {"a folder is refused",
+         [](ScriptedServer &server) { server.on("CWD", "/pub/both").reply(550, "no"); }},
+        {"no data connection",
+         [](ScriptedServer &server) {
+             server.on("EPSV").reply(500, "no");
+             server.on("PASV").reply(500, "no");
+             server.on("EPRT").reply(500, "no");
+             server.on("PORT").reply(500, "no");
+         }},
+        {"421 after the login",
+         [](ScriptedServer &server) { server.on("CWD").nth(2).reply(421, "bye").thenClose(); }},
+        {"the listing says it is truncated",
+         [](ScriptedServer &server) {
+             server.on("MLSD").nth(2).completion("226 Output truncated to 2 matches\r\n");
+         }},
+    };
+    for (const Named &one : named) {
+        for (const bool upwards : {true, false}) {
+            QTest::newRow(qPrintable(QString::fromLatin1(one.name) +
+                                     (upwards ? QStringLiteral(", up") : QStringLiteral(", down"))))
+                << upwards << one.fault;
+        }
+    }
+}
+
+void tst_SyncFaults::faults()
+{
+    QFETCH(bool, upwards);
+    QFETCH(Fault, fault);
+    const std::vector<TreeRow> shared{{"both/1.txt", "same one"},
+                                      {"both/2.txt", "same two"},
+                                      {"both/in/3.txt", "same three"},
+                                      {"top.txt", "same top"}};
+    QVERIFY(makeTree(m_world->local(), shared));
+    makeTree(m_server->tree(), "/pub", shared);
+    start();
+    fault(*m_server);
+    const int status = m_world->batch().RunSyncPattern(pattern, upwards);
+    QVERIFY(status == 0 || status == 1);
+    for (const TreeRow &row : shared) {
+        QVERIFY2(localHas(row.path.constData()), row.path.constData());
+        QVERIFY2(m_server->exists("/pub/" + row.path), row.path.constData());
+    }
+    for (const Outcome::Kind kind :
+         {Outcome::Kind::DeletedLocal, Outcome::Kind::DeletedRemote,
+          Outcome::Kind::FolderRemovedLocal, Outcome::Kind::FolderRemovedRemote})
+        QVERIFY(m_world->person.outcomes(kind).empty());
+
+    m_server->script().clear();
+    m_world->session.CloseInternet();
+    QCOMPARE(m_world->batch().RunSyncPattern(pattern, upwards), 0);
+    QCOMPARE(difference(snapshot(m_world->local()), snapshot(m_server->tree(), "/pub")),
+             QStringList());
+}
+
+void tst_SyncFaults::linkInPlaceOfAFolder()
+{
+    m_server->makeFolder("/pub/both");
+    QVERIFY(makeTree(m_world->local(), {{"both/gone.txt", "mine"}, {"old/f", "mine"}}));
+    QTemporaryDir elsewhere;
+    QVERIFY(makeTree(elsewhere.path(), {{"gone.txt", "precious"}, {"f", "precious"}}));
+    start();
+    QVERIFY(m_world->connectToSite());
+    SyncReview review(m_world->compare(true, QStringLiteral("/pub")));
+    review.load(m_world->database);
+    QCOMPARE(review.pendingCount(), 2);
+    for (const char *name : {"both", "old"}) {
+        const QString path = m_world->local() + QLatin1Char('/') + QString::fromLatin1(name);
+        QVERIFY(QDir(path).removeRecursively());
+        QVERIFY(QFile::link(elsewhere.path(), path));
+    }
+    Execution execution(m_world->worker, m_world->person, m_world->flags);
+    QCOMPARE(execution.run(review, true), 1);
+    QCOMPARE(review.counts().givenUp, 2);
+    QVERIFY(QFile::exists(elsewhere.filePath(QStringLiteral("gone.txt"))));
+    QVERIFY(QFile::exists(elsewhere.filePath(QStringLiteral("f"))));
+}
+
+void tst_SyncFaults::readOnlyLocalFileIsDeleted()
+{
+    m_server->makeFolder("/pub");
+    QVERIFY(makeTree(m_world->local(), {{"gone.txt", "mine"}}));
+    QFile::setPermissions(m_world->local() + QStringLiteral("/gone.txt"), QFile::ReadOwner);
+    start();
+    QCOMPARE(m_world->batch().RunSyncPattern(pattern, false), 0);
+    QVERIFY(!localHas("gone.txt"));
+    QCOMPARE(m_world->person.outcomes(Outcome::Kind::DeletedLocal).size(), size_t(1));
+}
+
+void tst_SyncFaults::vanishedLocalFileIsDone()
+{
+    m_server->makeFolder("/pub");
+    QVERIFY(makeTree(m_world->local(), {{"gone.txt", "mine"}, {"gone/f", "mine"}}));
+    start();
+    QVERIFY(m_world->connectToSite());
+    SyncReview review(m_world->compare(true, QStringLiteral("/pub")));
+    review.load(m_world->database);
+    QVERIFY(QFile::remove(m_world->local() + QStringLiteral("/gone.txt")));
+    QVERIFY(QDir(m_world->local() + QStringLiteral("/gone")).removeRecursively());
+    Execution execution(m_world->worker, m_world->person, m_world->flags);
+    QCOMPARE(execution.run(review, true), 1);
+    QCOMPARE(review.counts().done, 2);
+}
+
+void tst_SyncFaults::fileThatBecameAFolderStays()
+{
+    m_server->makeFolder("/pub");
+    QVERIFY(makeTree(m_world->local(), {{"gone", "mine"}}));
+    start();
+    QVERIFY(m_world->connectToSite());
+    SyncReview review(m_world->compare(true, QStringLiteral("/pub")));
+    review.load(m_world->database);
+    QVERIFY(QFile::remove(m_world->local() + QStringLiteral("/gone")));
+    QVERIFY(makeTree(m_world->local(), {{"gone/precious", "mine"}}));
+    Execution execution(m_world->worker, m_world->person, m_world->flags);
+    QCOMPARE(execution.run(review, true), 1);
+    QCOMPARE(review.counts().givenUp, 1);
+    QVERIFY(localHas("gone/precious"));
+}
+
+void tst_SyncFaults::namesWithATabAreGivenUp()
+{
+    m_server->makeFolder("/pub");
+    QVERIFY(makeTree(m_world->local(), {{"a\tb", "tab"}, {"plain", "plain"}}));
+    start();
+    QCOMPARE(m_world->batch().RunSyncPattern(pattern, true), 1);
+    QVERIFY(m_server->exists("/pub/plain"));
+    QCOMPARE(m_server->tree().list("/pub").size(), size_t(1));
+}
+
+void tst_SyncFaults::cancelStopsAfterTheFile()
+{
+    m_server->makeFolder("/pub");
+    QVERIFY(makeTree(m_world->local(),
+                     {{"1.txt", "first one"}, {"2.txt", "second"}, {"3.txt", "third"}}));
+    start();
+    m_server->on("STOR", "2.txt").call([this] { m_world->person.cancelNow(); });
+    QCOMPARE(m_world->batch().RunSyncPattern(pattern, true), 1);
+    QVERIFY(m_server->exists("/pub/1.txt"));
+    QVERIFY(!m_server->exists("/pub/3.txt"));
+    m_world->person.resetCancel();
+    m_server->script().clear();
+    m_world->session.CloseInternet();
+    QCOMPARE(m_world->batch().RunSyncPattern(pattern, true), 0);
+    QCOMPARE(difference(snapshot(m_world->local()), snapshot(m_server->tree(), "/pub")),
+             QStringList());
+}
+
+QTEST_GUILESS_MAIN(tst_SyncFaults)
+#include "tst_SyncFaults.moc"
