@@ -16,7 +16,7 @@ namespace
 constexpr QLatin1String prefix("Downloads-");
 constexpr QLatin1String suffix(".pending");
 constexpr QLatin1String lockSuffix(".lock");
-constexpr qint64 longestPath = 64 * 1024; // bytes
+constexpr qint64 longestPath = 65536; // bytes
 
 /// A lock that only the end of its process makes stale.
 std::unique_ptr<QLockFile> lockOf(const QString &journal)

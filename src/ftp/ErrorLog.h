@@ -39,7 +39,7 @@ private:
 class EventLog
 {
 public:
-    static constexpr qint64 maxBytes = 2 * 1024 * 1024;
+    static constexpr qint64 maxBytes = 2LL * 1024 * 1024;
     explicit EventLog(const QString &userDataFolder,
                       ErrorLog::Clock clock = &QDateTime::currentDateTime);
     ~EventLog();

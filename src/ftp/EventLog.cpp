@@ -9,7 +9,7 @@ namespace venlo
 
 namespace
 {
-constexpr qsizetype longestNote = 8 * 1024; // characters; a server's words may be endless
+constexpr qsizetype longestNote = 8192; // characters; a server's words may be endless
 
 /// Control characters become "\xHH", so that a note is one line and cannot command a terminal.
 QString escaped(const QString &text)

@@ -2,9 +2,9 @@
 
 #include "db/DisplayFormat.h"
 #include "ftp/LocalPath.h"
+#include "ftp/ProgressThrottle.h"
 #include "ftp/TemporaryFile.h"
 #include "ftp/TemporaryName.h"
-#include "ftp/TransferMeter.h"
 #include "platform/FileNames.h"
 #include "shared/RemotePath.h"
 
@@ -145,7 +145,7 @@ Result<void> RemoteDownloads::fetch(const Item &item)
     if (auto current = m_context.stepInto(item.dir); !current)
         return current;
     const QByteArray raw = m_context.cache.rawName(item.dir, item.name);
-    TransferMeter meter(m_context.frontEnd, item.name, item.cached ? item.size : -1);
+    ProgressThrottle meter(m_context.frontEnd, item.name, item.cached ? item.size : -1);
     const auto received = m_context.session.client().retrieve(
         raw, temporary.device(), [&meter](qint64 done) { meter.moved(done); });
     if (!received)

@@ -91,12 +91,12 @@ RemoteUploads::Folder RemoteUploads::makeFolder(const QString &local, const QStr
     const auto attempted = m_context.fiveAttempts(remote, [&]() -> Result<void> {
         if (auto current = m_context.stepInto(remoteParent); !current)
             return current;
-        const auto created = client.makeDirectory(m_context.cache.rawName(remoteParent, name));
+        auto created = client.makeDirectory(m_context.cache.rawName(remoteParent, name));
         made = created.ok();
         if (made || created.error().kind != ErrorClass::Refused)
             return created;
         // Most servers say no when the folder is there; only going there tells.
-        const auto there = m_context.stepInto(remote);
+        auto there = m_context.stepInto(remote);
         if (!there && there.error().kind == ErrorClass::Refused)
             return Error{ErrorClass::Local, created.error().words, created.error().replyCode};
         return there;

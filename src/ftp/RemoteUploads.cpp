@@ -2,9 +2,9 @@
 
 #include "db/DisplayFormat.h"
 #include "ftp/LocalPath.h"
+#include "ftp/ProgressThrottle.h"
 #include "ftp/Session.h"
 #include "ftp/TemporaryName.h"
-#include "ftp/TransferMeter.h"
 #include "shared/RemotePath.h"
 
 #include <QFile>
@@ -185,7 +185,7 @@ Result<bool> RemoteUploads::sendOnce(const Item &item)
     if (auto current = m_context.stepInto(item.dir); !current)
         return current.error();
     const QByteArray raw = m_context.cache.rawName(item.dir, item.name);
-    TransferMeter meter(m_context.frontEnd, item.name, before.size);
+    ProgressThrottle meter(m_context.frontEnd, item.name, before.size);
     const auto stored =
         m_context.session.client().store(raw, file, [&meter](qint64 done) { meter.moved(done); });
     if (!stored)
@@ -206,7 +206,7 @@ Result<void> RemoteUploads::setTime(const Item &item, const QByteArray &raw, QFi
     FtpClient &client = m_context.session.client();
     if (!client.canSetTime())
         return {};
-    const auto set =
+    auto set =
         client.setModificationTime(raw, file.fileTime(QFileDevice::FileModificationTime).toUTC());
     if (set || set.error().kind == ErrorClass::Lost)
         return set;

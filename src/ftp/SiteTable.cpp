@@ -51,7 +51,7 @@ QString quotedTableName(const QString &table)
 
 bool isReservedSite(const QString &siteName)
 {
-    const QString table = siteTableName(siteName);
+    const QString table = siteTableName(siteName).trimmed();
     for (const char *own : {"msSite", "msSync", "tbFold", "tbFile"}) {
         if (table.compare(QLatin1String(own), Qt::CaseInsensitive) == 0)
             return true;
@@ -85,7 +85,7 @@ QString caOpenTbl(Database &database, const QString &siteName)
 void emptySiteTable(Database &database, const QString &table)
 {
     Transaction transaction(database);
-    database.run(QStringLiteral("Delete From ") + table);
+    database.run(QStringLiteral("Delete From ?"), {table});
     database.store().exec(QStringLiteral("DELETE FROM \"incomplete directories\" WHERE site = ?"),
                           {QVariant(table)});
     transaction.commit();

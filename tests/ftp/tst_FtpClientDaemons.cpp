@@ -177,11 +177,15 @@ void tst_FtpClientDaemons::names()
 {
     FIXTURE({});
     QVERIFY(f.login(passive));
-    QList<QByteArray> names{"with  two blanks",     "trailing ",
-                            "100% sure.txt",        "#hash.html",
-                            "it's \"quoted\".txt",  "日本語のページ.html",
-                            "\x93\xfa\x96\x7b.txt", "a&b;c",
-                            "plus+minus-",          "[x]{y}"};
+    QList<QByteArray> names{"with  two blanks",
+                            "100% sure.txt",
+                            "#hash.html",
+                            "it's \"quoted\".txt",
+                            "日本語のページ.html",
+                            "\x93\xfa\x96\x7b.txt",
+                            "a&b;c",
+                            "plus+minus-",
+                            "[x]{y}"};
     if (f.daemon.kind() != FtpDaemon::Kind::Pureftpd)
         names << " leading"
               << "trailing "; // pure-ftpd stores them with "_" by its own rule

@@ -273,7 +273,7 @@ void tst_Session::siteNameWithDotIsNeverKept()
 void tst_Session::ownTablesAreNoSites_data()
 {
     QTest::addColumn<QString>("name");
-    for (const char *name : {"msSite", "MSSYNC", "tbFold", "tbfile"})
+    for (const char *name : {"msSite", "MSSYNC", "tbFold", "tbfile", "msSite "})
         QTest::newRow(name) << QString::fromLatin1(name);
 }
 

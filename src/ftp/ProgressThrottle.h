@@ -10,11 +10,11 @@ namespace venlo
 
 /// Tells the front end how far a transfer has come, often enough to look alive and seldom enough
 /// to cost nothing. Lives for one attempt at one file.
-class TransferMeter
+class ProgressThrottle
 {
 public:
     /// total in bytes, -1 when unknown.
-    TransferMeter(FrontEnd &frontEnd, QString name, qint64 total)
+    ProgressThrottle(FrontEnd &frontEnd, QString name, qint64 total)
         : m_frontEnd(frontEnd), m_name(std::move(name)), m_total(total)
     {
         m_sinceLast.start();
