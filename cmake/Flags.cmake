@@ -31,6 +31,13 @@ if(VENLO_SANITIZE)
     target_link_options(venlo_flags INTERFACE -fsanitize=address,undefined)
 endif()
 
+if(VENLO_FUZZ)
+    target_compile_options(
+        venlo_flags INTERFACE -fsanitize=fuzzer-no-link,address,undefined
+                              -fno-sanitize-recover=undefined -fno-omit-frame-pointer)
+    target_link_options(venlo_flags INTERFACE -fsanitize=address,undefined)
+endif()
+
 # venlo_room(name SOURCES ... LINKS ...): one static library a room, so that the
 # linker refuses an arrow that points upwards.
 function(venlo_room name)

@@ -2,10 +2,10 @@
 #include "ftp/DirectoryCache.h"
 
 #include "db/DisplayFormat.h"
+#include "db/JetCatalogue.h"
 #include "db/Recordset.h"
 #include "db/Store.h"
 #include "ftp/ErrorLog.h"
-#include "ftp/SiteTable.h"
 #include "shared/NameList.h"
 #include "shared/RemotePath.h"
 
@@ -246,7 +246,7 @@ std::vector<std::pair<QString, QString>> DirectoryCache::dayOnlyUnder(const QStr
     const QString root = normalised(dir);
     const Rows rows = m_database.store().query(
         QStringLiteral("SELECT sDir, sName FROM %1 WHERE \"day only\" = 1 AND bFd = 0")
-            .arg(quotedTableName(m_session.currentSite())),
+            .arg(quotedName(m_session.currentSite())),
         {});
     std::vector<std::pair<QString, QString>> entries;
     for (int row = 0; row < rows.count(); ++row) {

@@ -1,6 +1,7 @@
 #include "ftp/SiteTable.h"
 
 #include "db/Database.h"
+#include "db/JetCatalogue.h"
 #include "db/Store.h"
 
 #include <QStringList>
@@ -20,7 +21,7 @@ void addPrivateColumns(Database &database, const QString &table)
     QStringList present;
     for (int row = 0; row < columns.count(); ++row)
         present.append(columns.at(0, row).toString());
-    const QString quoted = quotedTableName(table);
+    const QString quoted = quotedName(table);
     for (const auto &[name, type] :
          {std::pair{QStringLiteral("raw name"), QStringLiteral("BLOB")},
           std::pair{QStringLiteral("day only"), QStringLiteral("INTEGER")}}) {
@@ -40,13 +41,6 @@ QString siteTableName(const QString &siteName)
     table.replace(QLatin1Char('.'), QLatin1Char('_'));
     table.replace(QLatin1Char('-'), QLatin1Char('_'));
     return table;
-}
-
-QString quotedTableName(const QString &table)
-{
-    QString name = table;
-    name.replace(QLatin1Char('"'), QStringLiteral("\"\""));
-    return QLatin1Char('"') + name + QLatin1Char('"');
 }
 
 bool isReservedSite(const QString &siteName)

@@ -14,9 +14,6 @@ class Database;
 /// would empty a registry.
 [[nodiscard]] bool isReservedSite(const QString &siteName);
 
-/// The table's name as a native statement of the store takes it.
-[[nodiscard]] QString quotedTableName(const QString &table);
-
 /// Finds the site's cache table ignoring letter case, or creates it, and makes sure of the private
 /// columns it carries ("raw name": the entry's bytes as received; "day only": the listing showed no
 /// time of day). Returns the table's own spelling. Throws DbError.
