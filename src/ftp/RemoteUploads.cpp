@@ -188,8 +188,12 @@ Result<bool> RemoteUploads::sendOnce(const Item &item)
     ProgressThrottle meter(m_context.frontEnd, item.name, before.size);
     const auto stored =
         m_context.session.client().store(raw, file, [&meter](qint64 done) { meter.moved(done); });
-    if (!stored)
+    if (!stored) {
+        // A file that is being rewritten may break off under the reader's hands.
+        if (stored.error().kind == ErrorClass::Local && before != Stamp(item.path))
+            return false;
         return stored.error();
+    }
     meter.finished(stored.value());
     const bool unchanged = stored.value() == before.size && before == Stamp(item.path);
     if (!unchanged)
