@@ -101,10 +101,22 @@ QLabel *sfOwt::lbMsg(int index) const
 
 OverwriteAnswer sfOwt::cMsg(const OverwriteQuestion &question)
 {
+    showTexts(question);
+    adjustSize();
+    const QScreen *onto = parentWidget() != nullptr ? parentWidget()->screen() : screen();
+    move(onto->availableGeometry().center() - rect().center());
+    choose(cancelButton);
+    exec();
+    return m_answer;
+}
+
+void sfOwt::showTexts(const OverwriteQuestion &question)
+{
+    const auto exists = [](const QString &name) {
+        return QStringLiteral("このﾌｫﾙﾀﾞには既に '") + name + QStringLiteral("' ﾌｧｲﾙが存在します｡");
+    };
     const QString changed = QStringLiteral("更新日時 ");
-    const std::array<QString, labels> texts{QStringLiteral("このﾌｫﾙﾀﾞには既に '") +
-                                                question.fileName +
-                                                QStringLiteral("' ﾌｧｲﾙが存在します｡"),
+    const std::array<QString, labels> texts{exists(question.fileName),
                                             QStringLiteral("現在のﾌｧｲﾙ"),
                                             question.existingSize,
                                             changed + question.existingDate,
@@ -113,12 +125,14 @@ OverwriteAnswer sfOwt::cMsg(const OverwriteQuestion &question)
                                             changed + question.newDate};
     for (int i = 0; i < labels; ++i)
         lbMsg(i)->setText(texts.at(static_cast<size_t>(i)));
-    adjustSize();
-    const QScreen *onto = parentWidget() != nullptr ? parentWidget()->screen() : screen();
-    move(onto->availableGeometry().center() - rect().center());
-    choose(cancelButton);
-    exec();
-    return m_answer;
+    lbMsg(0)->setToolTip(QString());
+    // A name without a place to break at would push the window off the screen.
+    const int widest = widestInCharacters * fontMetrics().averageCharWidth();
+    if (lbMsg(0)->minimumSizeHint().width() > widest) {
+        lbMsg(0)->setToolTip(question.fileName.toHtmlEscaped());
+        lbMsg(0)->setText(
+            exists(fontMetrics().elidedText(question.fileName, Qt::ElideMiddle, widest * 3 / 4)));
+    }
 }
 
 void sfOwt::choose(int button)

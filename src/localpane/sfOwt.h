@@ -30,6 +30,7 @@ public:
 private:
     void addLabels(QVBoxLayout &layout);
     void addButtons(QVBoxLayout &layout);
+    void showTexts(const OverwriteQuestion &question);
     [[nodiscard]] QLabel *lbMsg(int index) const;
 
     OverwriteAnswer m_answer;

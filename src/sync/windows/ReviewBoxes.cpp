@@ -17,6 +17,7 @@ ReviewBoxes::ReviewBoxes(const SyncReview &review, QWidget *parent) : QWidget(pa
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     auto *grid = new QGridLayout;
+    grid->setVerticalSpacing(0);
     layout->addLayout(grid);
     addChecks(review, *grid);
     auto *row = new QHBoxLayout;
@@ -31,12 +32,13 @@ ReviewBoxes::ReviewBoxes(const SyncReview &review, QWidget *parent) : QWidget(pa
 
 void ReviewBoxes::addChecks(const SyncReview &review, QGridLayout &grid)
 {
-    const auto add = [&](const QString &name, int box, const QString &text, bool checked) {
+    const auto add = [&](int column, const QString &name, int box, const QString &text,
+                         bool checked) {
         auto *check = new QCheckBox(text, this);
         check->setObjectName(name + QString::number(box));
         check->setAccessibleName(text);
         check->setChecked(checked);
-        grid.addWidget(check, box, grid.columnCount() - 1);
+        grid.addWidget(check, box, column);
         return check;
     };
     const std::array cmp{QStringLiteral("日付･ｻｲｽﾞに関係なくすべて上書する"),
@@ -44,15 +46,14 @@ void ReviewBoxes::addChecks(const SyncReview &review, QGridLayout &grid)
     const std::array dsp{QStringLiteral("追加･削除するﾌｫﾙﾀﾞの中のﾌｫﾙﾀﾞを表示する"),
                          QStringLiteral("追加･削除するﾌｫﾙﾀﾞの中のﾌｧｲﾙを表示する")};
     for (int box = 0; box < 2; ++box) {
-        const auto *check =
-            add(QStringLiteral("chCmp"), box, cmp.at(static_cast<size_t>(box)), review.chCmp(box));
+        const auto *check = add(0, QStringLiteral("chCmp"), box, cmp.at(static_cast<size_t>(box)),
+                                review.chCmp(box));
         connect(check, &QCheckBox::clicked, this,
                 [this, box](bool checked) { Q_EMIT chCmpClicked(box, checked); });
     }
-    grid.setColumnMinimumWidth(1, 0);
     for (int box = 0; box < 2; ++box) {
-        const auto *check =
-            add(QStringLiteral("chDsp"), box, dsp.at(static_cast<size_t>(box)), review.chDsp(box));
+        const auto *check = add(1, QStringLiteral("chDsp"), box, dsp.at(static_cast<size_t>(box)),
+                                review.chDsp(box));
         connect(check, &QCheckBox::clicked, this,
                 [this, box](bool checked) { Q_EMIT chDspClicked(box, checked); });
     }

@@ -29,6 +29,13 @@ void TickDelegate::paint(QPainter *painter, const QStyleOptionViewItem &option,
     box.state.setFlag(QStyle::State_Off, state == Qt::Unchecked);
     box.state.setFlag(QStyle::State_Enabled, index.flags().testFlag(Qt::ItemIsUserCheckable));
     style->drawPrimitive(QStyle::PE_IndicatorItemViewItemCheck, &box, painter, cell.widget);
+    // Styles draw the frame darker than the ground, which a dark ground swallows.
+    if (cell.palette.color(QPalette::Base).lightness() < 128) {
+        painter->save();
+        painter->setPen(cell.palette.color(QPalette::Disabled, QPalette::Text));
+        painter->drawRect(box.rect.adjusted(0, 0, -1, -1));
+        painter->restore();
+    }
 }
 
 bool TickDelegate::editorEvent(QEvent *event, QAbstractItemModel *model,

@@ -25,7 +25,8 @@ ReviewView::ReviewView(QWidget *parent) : QTableView(parent)
     setHorizontalScrollMode(ScrollPerPixel);
     verticalHeader()->hide();
     verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
-    verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 6);
+    verticalHeader()->setMinimumSectionSize(1);
+    verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 4);
     setItemDelegateForColumn(TickColumn, new TickDelegate(this));
     setItemDelegateForColumn(StateColumn, new StateDelegate(this));
 }
@@ -47,7 +48,7 @@ void ReviewView::setColumnWidths()
 {
     const QFontMetrics metrics = fontMetrics();
     const auto width = [&](const QString &text) { return metrics.horizontalAdvance(text) + 16; };
-    const int time = width(QStringLiteral("88/88/88 88:88"));
+    const int time = width(QStringLiteral("88/88/88 88:88 "));
     const int size = width(QStringLiteral("8,888,888KB"));
     QHeaderView *headings = horizontalHeader();
     headings->setMinimumSectionSize(width(QStringLiteral("実")));

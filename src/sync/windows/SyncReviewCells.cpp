@@ -13,9 +13,18 @@ QString sizeText(const SyncRow &row, const FileCopy &copy)
     return row.folder || copy.time.isEmpty() ? QString() : FormatSizeText(copy.size);
 }
 
-bool isSize(int column)
+Qt::AlignmentFlag alignment(int column)
 {
-    return column == MasterSizeColumn || column == OtherSizeColumn;
+    switch (column) {
+    case MasterSizeColumn:
+    case OtherSizeColumn:
+        return Qt::AlignRight;
+    case MasterTimeColumn:
+    case OtherTimeColumn:
+        return Qt::AlignHCenter;
+    default:
+        return Qt::AlignLeft;
+    }
 }
 } // namespace
 
@@ -129,8 +138,7 @@ QVariant SyncReviewModel::data(const QModelIndex &index, int role) const
     case Qt::ForegroundRole:
         return textColour(row, column);
     case Qt::TextAlignmentRole:
-        return static_cast<int>((isSize(column) ? Qt::AlignRight : Qt::AlignLeft) |
-                                Qt::AlignVCenter);
+        return static_cast<int>(alignment(column) | Qt::AlignVCenter);
     case Qt::ToolTipRole:
         return toolTip(row);
     case Qt::AccessibleTextRole:

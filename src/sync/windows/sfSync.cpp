@@ -142,10 +142,19 @@ void sfSync::rowProgress(int row, bool finished)
         m_model->setRunning(row);
         m_progress->beginRow(m_review, row);
     }
-    if (m_sinceRefresh.elapsed() < refreshInterval)
+    m_stale = true;
+    m_current = row;
+    refreshStale();
+}
+
+/// Small files end much faster than a grid is worth drawing, and after them a large one may take
+/// minutes; so rows are looked at again when a file moves, too.
+void sfSync::refreshStale()
+{
+    if (!m_stale || m_sinceRefresh.elapsed() < refreshInterval)
         return;
     refreshRows();
-    const int shown = m_model->tableRow(row);
+    const int shown = m_model->tableRow(m_current);
     if (shown >= 0)
         m_view->scrollTo(m_model->index(shown, 0));
 }
@@ -154,6 +163,7 @@ void sfSync::refreshRows()
 {
     m_model->refresh();
     showCounts();
+    m_stale = false;
     m_sinceRefresh.start();
 }
 
@@ -239,6 +249,7 @@ void sfSync::addLine(const QString &text)
 void sfSync::showProgress(const TransferProgress &progress)
 {
     m_progress->moved(progress);
+    refreshStale();
 }
 
 void sfSync::showOutcome(const Outcome &outcome)

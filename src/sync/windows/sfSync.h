@@ -67,6 +67,7 @@ private:
     void setRunning(bool running);
     void rowProgress(int row, bool finished);
     void refreshRows();
+    void refreshStale();
     void tellLeftRows();
     void cancel();
     void showCounts();
@@ -87,6 +88,8 @@ private:
     QElapsedTimer m_sinceRefresh;
     std::exception_ptr m_failure; ///< what the execution threw, for the caller of Act
     int m_result;
+    int m_current = 0; ///< row of the review that is being worked on
+    bool m_stale = false;
     bool m_running = false;
     bool m_closeWanted = false;
 };

@@ -25,7 +25,7 @@ namespace
 {
 constexpr int usualWidth = 1000;
 constexpr int usualHeight = 640;
-constexpr int listLines = 4;
+constexpr int listLines = 3;
 constexpr int mostMessages = 1000;
 constexpr int mostPerReason = 100;
 
@@ -83,6 +83,7 @@ void sfSync::addLists(QBoxLayout &layout)
     m_messages->setTabChangesFocus(true);
     m_messages->setMaximumBlockCount(mostMessages);
     m_messages->setLineWrapMode(QPlainTextEdit::NoWrap);
+    m_messages->setPlaceholderText(QStringLiteral("同期できない項目があればここに表示されます"));
     auto *row = new QHBoxLayout;
     row->addWidget(m_status, 2);
     row->addWidget(m_messages, 3);
@@ -150,7 +151,7 @@ void sfSync::showCounts()
                    (counts.bytes > 0 ? FormatSizeText(counts.bytes) : QStringLiteral("0B"));
     if (counts.held > 0)
         text += QStringLiteral("   ") + part(QStringLiteral("保留"), counts.held).trimmed();
-    if (counts.done + counts.givenUp > 0)
+    if (m_running || counts.done + counts.givenUp > 0)
         text += QStringLiteral("   |   ") + part(QStringLiteral("済"), counts.done) +
                 part(QStringLiteral("不可"), counts.givenUp) +
                 part(QStringLiteral("残り"), counts.pending).trimmed();

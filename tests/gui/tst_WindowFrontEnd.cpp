@@ -1,0 +1,282 @@
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QLabel>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QTest>
+
+#include "gui/WindowDriver.h"
+#include "localpane/sfOwt.h"
+#include "mainwin/WindowFrontEnd.h"
+#include "shared/ConsolePrinter.h"
+#include "shared/Flags.h"
+
+namespace venlo::test
+{
+
+namespace
+{
+using namespace std::chrono_literals;
+
+class Window : public StatusTarget, public OperationView, public MessageLineSink
+{
+public:
+    [[nodiscard]] bool isShowing() const override { return showing; }
+    void addLine(const QString &text) override { lines += text; }
+    void showProgress(const TransferProgress &progress) override { lines += progress.name; }
+    void showOutcome(const Outcome &outcome) override { lines += outcome.from; }
+    void showWarning(const QString &line) override { lines += line; }
+    void showMessageLine(const QString &text) override { lines += text; }
+
+    bool showing = true;
+    QStringList lines;
+};
+} // namespace
+
+class tst_WindowFrontEnd : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void answers_data();
+    void answers();
+    void boxesCloseByThemselves_data();
+    void boxesCloseByThemselves();
+    void boxesStayWithoutTheFlag();
+    void anInterruptIsCancel();
+    void overwriteUnderTheFlag();
+    void waitWindow();
+    void closingTheWaitWindowCancels();
+    void statusGoesToTheFirstShowingWindow();
+    void messageLineIsKept();
+    void warnings();
+    void outcomesArePrinted();
+    void cancelLastsUntilTheNextOperation();
+    void yieldDoesNotNest();
+
+private:
+    std::unique_ptr<CaughtStreams> m_streams;
+    std::unique_ptr<ConsolePrinter> m_printer;
+    Flags m_flags;
+    bool m_interrupted = false;
+    std::unique_ptr<WindowFrontEnd> m_desk;
+};
+
+void tst_WindowFrontEnd::init()
+{
+    m_streams = std::make_unique<CaughtStreams>();
+    m_printer = std::make_unique<ConsolePrinter>(m_streams->results(), m_streams->messages());
+    m_flags = {};
+    m_interrupted = false;
+    m_desk = std::make_unique<WindowFrontEnd>(
+        *m_printer, m_flags, WindowFrontEnd::Options{200ms, [this] { return m_interrupted; }});
+}
+
+void tst_WindowFrontEnd::answers_data()
+{
+    QTest::addColumn<bool>("retry");
+    QTest::addColumn<int>("key");
+    QTest::addColumn<bool>("yes");
+    QTest::newRow("Enter is OK") << false << int(Qt::Key_Return) << true;
+    QTest::newRow("Escape is Cancel") << false << int(Qt::Key_Escape) << false;
+    QTest::newRow("Enter is Retry") << true << int(Qt::Key_Return) << true;
+    QTest::newRow("Escape is Cancel of Retry") << true << int(Qt::Key_Escape) << false;
+}
+
+void tst_WindowFrontEnd::answers()
+{
+    QFETCH(bool, retry);
+    QFETCH(int, key);
+    QFETCH(bool, yes);
+    QString title;
+    QString text;
+    whenShown(QStringLiteral("messageBox"), [&](QWidget &box) {
+        title = box.windowTitle();
+        text = qobject_cast<QMessageBox *>(&box)->text();
+        QTest::keyClick(&box, static_cast<Qt::Key>(key));
+    });
+    const QString asked = QStringLiteral("<b>x</b> を削除します");
+    QCOMPARE(retry ? m_desk->retryOrCancel(asked) : m_desk->question(asked), yes);
+    QCOMPARE(title, QStringLiteral("Venlo FTP"));
+    QCOMPARE(text, asked);
+    QVERIFY(m_streams->messageText().isEmpty());
+}
+
+void tst_WindowFrontEnd::boxesCloseByThemselves_data()
+{
+    QTest::addColumn<int>("kind");
+    QTest::addColumn<bool>("yes");
+    QTest::newRow("a message") << 0 << true;
+    QTest::newRow("a question is OK") << 1 << true;
+    QTest::newRow("a failure is not retried for ever") << 2 << false;
+}
+
+void tst_WindowFrontEnd::boxesCloseByThemselves()
+{
+    QFETCH(int, kind);
+    QFETCH(bool, yes);
+    m_flags.batch = true;
+    QElapsedTimer time;
+    time.start();
+    bool answer = true;
+    const QString text = QStringLiteral("host へ接続できません\r設定を確認して下さい");
+    if (kind == 0)
+        m_desk->message(text);
+    else
+        answer = kind == 1 ? m_desk->question(text) : m_desk->retryOrCancel(text);
+    QCOMPARE(answer, yes);
+    QVERIFY(time.elapsed() >= 190);
+    QCOMPARE(m_streams->messageText(),
+             QStringLiteral("host へ接続できません\n設定を確認して下さい\n"));
+}
+
+void tst_WindowFrontEnd::boxesStayWithoutTheFlag()
+{
+    QElapsedTimer time;
+    time.start();
+    whenShown(QStringLiteral("messageBox"), [](QWidget &box) {
+        QTest::qWait(600);
+        QVERIFY(box.isVisible());
+        press(box, QStringLiteral("OK"));
+    });
+    m_desk->message(QStringLiteral("x"));
+    QVERIFY(time.elapsed() >= 600);
+}
+
+void tst_WindowFrontEnd::anInterruptIsCancel()
+{
+    whenShown(QStringLiteral("messageBox"), [this](QWidget &) { m_interrupted = true; });
+    QVERIFY(!m_desk->question(QStringLiteral("x")));
+    QVERIFY(m_desk->cancelled());
+}
+
+void tst_WindowFrontEnd::overwriteUnderTheFlag()
+{
+    m_flags.batch = true;
+    const OverwriteAnswer answer = m_desk->askOverwrite({QStringLiteral("a.html"), {}, {}, {}, {}});
+    QVERIFY(answer.overwrite);
+    QCOMPARE(answer.mode, OverwriteMode::Ask);
+    QVERIFY(m_streams->messageText().startsWith(QStringLiteral("a.html")));
+}
+
+void tst_WindowFrontEnd::waitWindow()
+{
+    const auto shown = [] {
+        int count = 0;
+        for (const QWidget *window : QApplication::topLevelWidgets())
+            count += window->objectName() == QLatin1String("sfWait") && window->isVisible() ? 1 : 0;
+        return count;
+    };
+    m_desk->showWait(QStringLiteral("一つ目"));
+    m_desk->showWait(QStringLiteral("二つ目"));
+    QCOMPARE(shown(), 1);
+    QVERIFY(QApplication::overrideCursor() != nullptr);
+    m_desk->closeWait();
+    QCOMPARE(shown(), 0);
+    QVERIFY(QApplication::overrideCursor() == nullptr);
+    m_desk->closeWait();
+    QVERIFY(QApplication::overrideCursor() == nullptr);
+}
+
+void tst_WindowFrontEnd::closingTheWaitWindowCancels()
+{
+    m_desk->showWait(QString());
+    for (QWidget *window : QApplication::topLevelWidgets()) {
+        if (window->objectName() == QLatin1String("sfWait"))
+            QTest::keyClick(window, Qt::Key_Escape);
+    }
+    QVERIFY(m_desk->cancelled());
+    m_desk->closeWait();
+}
+
+void tst_WindowFrontEnd::statusGoesToTheFirstShowingWindow()
+{
+    Window main;
+    Window sync;
+    m_desk->addStatusTarget(main, StatusRank::MainWindow);
+    m_desk->addStatusTarget(sync, StatusRank::SyncWindow);
+    m_desk->addStatus(QStringLiteral("1"));
+    sync.showing = false;
+    m_desk->addStatus(QStringLiteral("2"));
+    main.showing = false;
+    m_desk->addStatus(QStringLiteral("3"));
+    m_desk->removeStatusTarget(sync);
+    main.showing = true;
+    sync.showing = true;
+    m_desk->addStatus(QStringLiteral("4"));
+    QCOMPARE(sync.lines, QStringList{QStringLiteral("1")});
+    QCOMPARE(main.lines, (QStringList{QStringLiteral("2"), QStringLiteral("4")}));
+}
+
+void tst_WindowFrontEnd::messageLineIsKept()
+{
+    m_desk->setMessageLine(QStringLiteral("早い"));
+    Window window;
+    m_desk->setMessageLineSink(&window);
+    m_desk->setMessageLine(QString());
+    QCOMPARE(window.lines, (QStringList{QStringLiteral("早い"), QString()}));
+    m_desk->setMessageLineSink(nullptr);
+    m_desk->setMessageLine(QStringLiteral("後"));
+    QCOMPARE(window.lines.size(), 2);
+}
+
+void tst_WindowFrontEnd::warnings()
+{
+    m_desk->warn(QStringLiteral("一"));
+    Window window;
+    m_desk->setOperationView(&window);
+    m_desk->warn(QStringLiteral("二"));
+    QCOMPARE(window.lines, QStringList{QStringLiteral("二")});
+    QCOMPARE(m_desk->takeWarnings(), QStringList{QStringLiteral("一")});
+    QVERIFY(m_desk->takeWarnings().isEmpty());
+    QCOMPARE(m_streams->messageText(), QStringLiteral("一\n二\n"));
+}
+
+void tst_WindowFrontEnd::outcomesArePrinted()
+{
+    Window window;
+    m_desk->setOperationView(&window);
+    m_desk->outcome(
+        {Outcome::Kind::Uploaded, QStringLiteral("C:\\x\\y"), QStringLiteral("/site/y"), {}});
+    m_desk->progress({QStringLiteral("y"), 1, 2});
+    m_desk->printResult(QStringLiteral("結果"));
+    QCOMPARE(m_streams->resultText(), QStringLiteral("ｱｯﾌﾟﾛｰﾄﾞ  C:\\x\\y → /site/y\n結果\n"));
+    QCOMPARE(window.lines, (QStringList{QStringLiteral("C:\\x\\y"), QStringLiteral("y")}));
+}
+
+void tst_WindowFrontEnd::cancelLastsUntilTheNextOperation()
+{
+    QVERIFY(!m_desk->cancelled());
+    m_desk->requestCancel();
+    QVERIFY(m_desk->cancelled());
+    m_desk->beginOperation();
+    QVERIFY(!m_desk->cancelled());
+    m_interrupted = true;
+    m_desk->beginOperation();
+    QVERIFY2(m_desk->cancelled(), "nothing begins anew once the program is to end");
+}
+
+void tst_WindowFrontEnd::yieldDoesNotNest()
+{
+    int depth = 0;
+    int deepest = 0;
+    int runs = 0;
+    std::function<void()> step = [&] {
+        deepest = std::max(deepest, ++depth);
+        if (++runs < 5)
+            QMetaObject::invokeMethod(this, step, Qt::QueuedConnection);
+        m_desk->yield();
+        --depth;
+    };
+    QMetaObject::invokeMethod(this, step, Qt::QueuedConnection);
+    for (int i = 0; i < 20 && runs < 5; ++i)
+        m_desk->yield();
+    QCOMPARE(runs, 5);
+    QCOMPARE(deepest, 1);
+}
+
+} // namespace venlo::test
+
+QTEST_MAIN(venlo::test::tst_WindowFrontEnd)
+#include "tst_WindowFrontEnd.moc"
