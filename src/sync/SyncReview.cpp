@@ -179,7 +179,7 @@ SyncReview::Counts SyncReview::counts() const
 
 bool SyncReview::leftOver() const
 {
-    const auto left = [this](const SyncRow &here) {
+    const auto left = [](const SyncRow &here) {
         const bool held =
             here.hold != Hold::Free && here.owed && !here.ticked && here.action != Action::None;
         return held || here.state == RowState::GivenUp;
