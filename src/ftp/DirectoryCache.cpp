@@ -231,7 +231,7 @@ QByteArray DirectoryCache::rawPath(const QString &dir)
     QString leaf;
     sjSplitPath(dir, parent, leaf);
     const QByteArray above = parent == QLatin1String("/") ? QByteArray() : rawPath(parent);
-    const QByteArray raw = above + '/' + rawName(parent, leaf);
+    QByteArray raw = above + '/' + rawName(parent, leaf);
     m_rawPaths.insert(dir, raw);
     return raw;
 }

@@ -18,7 +18,7 @@ namespace
 constexpr int maxDepth = 128;
 constexpr int offsetSamples = 3;
 constexpr qint64 quarterHour = 900;
-constexpr qint64 widestOffset = 15 * 3600;
+constexpr qint64 widestOffset = 15LL * 3600;
 
 /// Closes the wait window whatever ends the work.
 class WaitWindow

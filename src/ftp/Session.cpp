@@ -183,8 +183,8 @@ void Session::ftReConect(bool &ok)
     const QStringList pieces = m->reconnectInformation.split(QLatin1Char('\t'));
     if (pieces.size() < 3 || !m->client)
         return;
-    const QString user = pieces.at(0);
-    const QString password = pieces.at(1);
+    const QString &user = pieces.at(0);
+    const QString &password = pieces.at(1);
     const bool passive = (pieces.at(2).toUInt() & passiveFlag) != 0;
     ok = false;
     m->closeConnection();

@@ -31,7 +31,8 @@ bool ConsoleFrontEnd::question(const QString &text)
 
 bool ConsoleFrontEnd::retryOrCancel(const QString &text)
 {
-    return answer(text);
+    m_printer.printError(text + QStringLiteral(" [ｷｬﾝｾﾙ]"));
+    return false; // with nobody there the same thing would fail for ever
 }
 
 OverwriteAnswer ConsoleFrontEnd::askOverwrite(const OverwriteQuestion &question)

@@ -8,7 +8,8 @@ namespace venlo
 {
 
 /// The front end of a run without a display: messages go to stderr, results to stdout, questions
-/// are OK under "/b" and Cancel without it. It never waits for anybody. An interrupt is its Cancel.
+/// are OK under "/b" and Cancel without it. It never waits for anybody and never asks to retry. An
+/// interrupt is its Cancel.
 class ConsoleFrontEnd : public FrontEnd
 {
 public:

@@ -5,7 +5,7 @@ namespace venlo
 
 namespace
 {
-constexpr qint64 sendAhead = 1024 * 1024;
+constexpr qint64 sendAhead = 1024LL * 1024;
 }
 
 DataChannel::DataChannel(Direction direction) : m_direction(direction) {}

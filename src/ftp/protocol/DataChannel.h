@@ -17,7 +17,7 @@ namespace venlo
 class DataChannel
 {
 public:
-    static constexpr qint64 chunk = 256 * 1024;
+    static constexpr qint64 chunk = 256LL * 1024;
 
     enum class Direction { Receive, Send };
 

@@ -53,7 +53,8 @@ Result<void> FtpClient::open(const ConnectOptions &options)
     for (const QString &secret : {options.user, options.password}) {
         if (secret.contains(QLatin1Char('\r')) || secret.contains(QLatin1Char('\n')) ||
             secret.contains(QChar(0)))
-            return Error{ErrorClass::Local, QStringLiteral("a name or password holds a line end"), 0};
+            return Error{ErrorClass::Local, QStringLiteral("a name or password holds a line end"),
+                         0};
     }
     m->control.close();
     m->directory.clear();

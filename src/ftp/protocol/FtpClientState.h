@@ -69,7 +69,7 @@ struct FtpClient::State {
     QNetworkProxy proxy{QNetworkProxy::NoProxy};
     QSet<QByteArray> features; ///< upper-case first words of the FEAT lines
     QByteArray directory;      ///< what the server stands in, empty when not known
-    bool knowsServer = false; ///< a login has succeeded in asking for features before
+    bool knowsServer = false;  ///< a login has succeeded in asking for features before
     bool passive = true;
     bool useEpsv = true;
     bool mlsdRefused = false;

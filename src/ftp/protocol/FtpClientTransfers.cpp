@@ -12,7 +12,7 @@ namespace venlo
 
 namespace
 {
-constexpr qsizetype maxLine = 64 * 1024;
+constexpr qsizetype maxLine = 64LL * 1024;
 
 /// Cuts arriving bytes into lines for the parser, within the client's limits.
 class LineFeeder
