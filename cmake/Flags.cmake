@@ -12,6 +12,11 @@ target_compile_definitions(
               QT_DISABLE_DEPRECATED_BEFORE=0x060400
               VENLO_VERSION="${PROJECT_VERSION}")
 
+if(WIN32)
+    # The system's macros min and max break the library's functions of these names.
+    target_compile_definitions(venlo_flags INTERFACE NOMINMAX WIN32_LEAN_AND_MEAN UNICODE _UNICODE)
+endif()
+
 if(MSVC)
     target_compile_options(venlo_flags INTERFACE /W4 /utf-8 /permissive-)
     if(VENLO_WERROR)

@@ -26,12 +26,14 @@ QString executablePath()
     return path;
 }
 
-/// A session may name a compositor that Qt has no plugin for here; showing a window would abort.
-bool hasWaylandPlugin()
+/// The environment may name a platform that Qt has no plugin for here; showing a window would
+/// abort.
+bool hasPlugin(const QByteArray &platform)
 {
     const QDir plugins(QLibraryInfo::path(QLibraryInfo::PluginsPath) +
                        QStringLiteral("/platforms"));
-    return !plugins.entryList({QStringLiteral("libqwayland*")}, QDir::Files).isEmpty();
+    const QString file = QStringLiteral("libq") + QString::fromLatin1(platform);
+    return !plugins.entryList({file + QLatin1Char('*')}, QDir::Files).isEmpty();
 }
 
 bool xAnswers()
@@ -41,7 +43,7 @@ bool xAnswers()
 
 bool waylandUsable()
 {
-    return hasWaylandPlugin() && waylandAnswers(qgetenv("WAYLAND_DISPLAY"));
+    return hasPlugin("wayland") && waylandAnswers(qgetenv("WAYLAND_DISPLAY"));
 }
 
 /// One entry of QT_QPA_PLATFORM, "name[:options]".
@@ -54,7 +56,7 @@ bool platformUsable(const QByteArray &entry)
         return xAnswers();
     if (name.startsWith("wayland"))
         return waylandUsable();
-    return true;
+    return hasPlugin(name);
 }
 } // namespace
 

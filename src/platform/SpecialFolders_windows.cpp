@@ -1,5 +1,7 @@
 #include "platform/SpecialFolders.h"
 
+#include <windows.h>
+
 #include <shlobj.h>
 
 #include <QDir>

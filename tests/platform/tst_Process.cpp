@@ -76,6 +76,7 @@ void tst_Process::display_data()
     QTest::newRow("xcb needs a server") << QByteArray("xcb") << dead << false;
     QTest::newRow("wayland needs a compositor") << QByteArray("wayland") << QByteArray() << false;
     QTest::newRow("the second choice works") << QByteArray("xcb;offscreen") << dead << true;
+    QTest::newRow("a platform that is not there") << QByteArray("nosuch") << QByteArray() << false;
     QTest::newRow("no choice works") << QByteArray("wayland;xcb") << dead << false;
 }
 
