@@ -1,5 +1,7 @@
 #include "startup/Program.h"
 
+#include <utility>
+
 #include "db/Database.h"
 #include "ftp/DirectoryCache.h"
 #include "ftp/ErrorLog.h"
@@ -66,22 +68,40 @@ struct Program::Rooms {
     BatchRunner batchRunner;
 };
 
-Program::Program(Faces faces, Flags &flags) : m_faces(faces), m_flags(flags) {}
+Program::Program(Faces faces, Flags &flags) : m_faces(std::move(faces)), m_flags(flags) {}
 
 Program::~Program() = default;
 
 int Program::Main(const CommandLine &commandLine)
+{
+    const bool usable = prepare(commandLine);
+    if (m_faces.prepared)
+        m_faces.prepared();
+    if (!usable)
+        return BatchRunner::Unusable;
+    int status = BatchRunner::NotCarriedOut;
+    try {
+        status = dispatch(commandLine);
+    } catch (const DbError &error) {
+        // The registries or the work tables failed: an unattended run still ends in order.
+        m_faces.frontEnd.warn(error.words());
+    }
+    EndProgram();
+    return status;
+}
+
+bool Program::prepare(const CommandLine &commandLine)
 {
     m_rooms = std::make_unique<Rooms>(m_faces, m_flags);
     bool loaded = false;
     m_rooms->settings.GetTxt(m_rooms->folder + QStringLiteral("User.xml"), loaded);
     bool open = false;
     m_rooms->database.OpenDb(open);
-    if (!open)
-        return BatchRunner::Unusable;
-    const int status = dispatch(commandLine);
-    EndProgram();
-    return status;
+    if (open && !commandLine.launchRecordPath.isEmpty()) {
+        m_launchRecord = LaunchRecord::read(commandLine.launchRecordPath);
+        m_flags.launchLayout = m_launchRecord.usable();
+    }
+    return open;
 }
 
 int Program::missingArgument(const CommandLine &commandLine)
@@ -109,7 +129,7 @@ int Program::dispatch(const CommandLine &commandLine)
     if (verb == QLatin1String("openp"))
         return given < 1 ? missingArgument(commandLine) : runner.OpenPattern(argument(1));
     if (verb.isEmpty()) {
-        m_faces.frontEnd.warn(QStringLiteral("ｳｨﾝﾄﾞｳを表示できません"));
+        m_faces.frontEnd.warn(QStringLiteral("画面を表示できません"));
         return BatchRunner::Unusable;
     }
     // A part of a verb ("sync", "up") runs nothing and says nothing.

@@ -1,8 +1,11 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 
 #include <QString>
+
+#include "startup/LaunchRecord.h"
 
 namespace venlo
 {
@@ -20,12 +23,13 @@ class Program
 {
 public:
     /// How the program meets a person: the hosts are null where there is no window, which leaves
-    /// the plain ones.
+    /// the plain ones. prepared is called once the start-up is over and the command begins.
     struct Faces {
         FrontEnd &frontEnd;
         ReviewHost *reviewHost = nullptr;
         PatternHost *patternHost = nullptr;
         WindowHost *windowHost = nullptr;
+        std::function<void()> prepared = nullptr;
     };
 
     Program(Faces faces, Flags &flags);
@@ -37,9 +41,14 @@ public:
     /// runs what the command line asks for. The exit status.
     [[nodiscard]] int Main(const CommandLine &commandLine);
 
+    /// The window layout of a launching program; it counts where Flags::launchLayout is set.
+    [[nodiscard]] const LaunchRecord &launchRecord() const { return m_launchRecord; }
+
 private:
     struct Rooms;
 
+    /// False when the program cannot run; the person knows why.
+    [[nodiscard]] bool prepare(const CommandLine &commandLine);
     [[nodiscard]] int dispatch(const CommandLine &commandLine);
     [[nodiscard]] int missingArgument(const CommandLine &commandLine);
     /// The shut-down routine: settings saved, session and database closed.
@@ -47,6 +56,7 @@ private:
 
     Faces m_faces;
     Flags &m_flags;
+    LaunchRecord m_launchRecord;
     std::unique_ptr<Rooms> m_rooms;
 };
 

@@ -1,6 +1,6 @@
 #include <clocale>
 #include <cstdio>
-#include <memory>
+#include <optional>
 
 #include <QApplication>
 #include <QCoreApplication>
@@ -20,6 +20,16 @@ namespace
 
 using namespace venlo;
 
+/// The busy pointer for a scope.
+class BusyPointer
+{
+public:
+    BusyPointer() { QGuiApplication::setOverrideCursor(Qt::WaitCursor); }
+    ~BusyPointer() { QGuiApplication::restoreOverrideCursor(); }
+    BusyPointer(const BusyPointer &) = delete;
+    BusyPointer &operator=(const BusyPointer &) = delete;
+};
+
 int runWithoutWindows(const CommandLine &commandLine, Flags &flags, int &argc, char **argv)
 {
     const QCoreApplication application(argc, argv);
@@ -35,7 +45,9 @@ int runWithWindows(const CommandLine &commandLine, Flags &flags, int &argc, char
     ConsolePrinter printer(stdout, stderr);
     WindowFrontEnd frontEnd(printer, flags);
     WindowReviewHost reviewHost(frontEnd);
-    Program program({frontEnd, &reviewHost}, flags);
+    std::optional<BusyPointer> busy(std::in_place);
+    // The command's windows bring their own pointer.
+    Program program({frontEnd, &reviewHost, nullptr, nullptr, [&busy] { busy.reset(); }}, flags);
     return program.Main(commandLine);
 }
 

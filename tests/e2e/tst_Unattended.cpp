@@ -271,7 +271,10 @@ void tst_Unattended::unusable_data()
     QTest::addColumn<QString>("argument");
     QTest::newRow("unknown pattern") << "/b syncup|nobody knows it";
     QTest::newRow("unknown site") << "/b put|/tmp|nobody knows it|/x|a.txt";
-    QTest::newRow("no pattern") << "/b syncup";
+    QTest::newRow("a verb without arguments is none") << "/b syncup";
+    QTest::newRow("no pattern") << "/b syncup|";
+    QTest::newRow("a launch record without a display") << "/tmp/no such UT_ACT.pdat";
+    QTest::newRow("an unknown verb without a display") << "/b mirror|pair";
     QTest::newRow("put without names") << "/b put|/tmp|site|/x";
     QTest::newRow("get without anything") << "get|";
     QTest::newRow("open without a display") << "open|site";

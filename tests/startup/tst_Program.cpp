@@ -1,0 +1,152 @@
+#include <functional>
+#include <utility>
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include "db/DbError.h"
+#include "shared/Flags.h"
+#include "startup/CommandLine.h"
+#include "startup/Program.h"
+#include "support/ScriptedPerson.h"
+#include "sync/PatternHost.h"
+
+namespace venlo::test
+{
+
+namespace
+{
+/// Where a command's work would begin.
+class StandIn : public PatternHost
+{
+public:
+    explicit StandIn(std::function<void()> action) : m_action(std::move(action)) {}
+    [[nodiscard]] ShownPattern SyncPtn(const QString & /*sSync*/) override
+    {
+        m_action();
+        return {};
+    }
+
+private:
+    std::function<void()> m_action;
+};
+
+QByteArray record(int width, int height)
+{
+    QByteArray bytes;
+    for (const int number : {10, 20, width, height}) {
+        for (const int shift : {0, 8, 16, 24})
+            bytes += static_cast<char>((number >> shift) & 0xFF);
+    }
+    return bytes + QByteArray::fromHex("0200") + "/r" + QByteArray::fromHex("0400") + "/r/a";
+}
+} // namespace
+
+class tst_Program : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void launchRecord_data();
+    void launchRecord();
+    void preparedBeforeTheCommand();
+    void missingDatabase();
+    void failingStoreEndsInOrder();
+
+private:
+    [[nodiscard]] int run(
+        const QString &line, std::function<void()> action = [] {});
+    [[nodiscard]] QString userData() const
+    {
+        return m_home->filePath(QStringLiteral("data/Venlo/tst_Program/"));
+    }
+
+    std::unique_ptr<QTemporaryDir> m_home;
+    std::unique_ptr<ScriptedPerson> m_person;
+    std::unique_ptr<Program> m_program;
+    Flags m_flags;
+    QStringList m_steps;
+};
+
+void tst_Program::init()
+{
+    m_program.reset();
+    m_home = std::make_unique<QTemporaryDir>();
+    qputenv("XDG_CONFIG_HOME", QFile::encodeName(m_home->filePath(QStringLiteral("config"))));
+    qputenv("XDG_DATA_HOME", QFile::encodeName(m_home->filePath(QStringLiteral("data"))));
+    m_person = std::make_unique<ScriptedPerson>();
+    m_person->allowMessages();
+    m_flags = {};
+    m_steps.clear();
+}
+
+int tst_Program::run(const QString &line, std::function<void()> action)
+{
+    StandIn host(std::move(action));
+    m_program =
+        std::make_unique<Program>(Program::Faces{*m_person, nullptr, &host, nullptr,
+                                                 [this] { m_steps += QStringLiteral("prepared"); }},
+                                  m_flags);
+    return m_program->Main(CommandLine::parse(line));
+}
+
+void tst_Program::launchRecord_data()
+{
+    QTest::addColumn<int>("width");
+    QTest::addColumn<int>("height");
+    QTest::addColumn<bool>("counts");
+    QTest::newRow("a usable size") << 800 << 600 << true;
+    QTest::newRow("no width") << 0 << 600 << false;
+    QTest::newRow("no height") << 800 << 0 << false;
+}
+
+void tst_Program::launchRecord()
+{
+    QFETCH(int, width);
+    QFETCH(int, height);
+    QFETCH(bool, counts);
+    const QString path = m_home->filePath(QStringLiteral("my UT_ACT.pdat"));
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write(record(width, height));
+    file.close();
+    QCOMPARE(run(path), 2); // there is no window to lay out
+    QCOMPARE(m_flags.launchLayout, counts);
+    QCOMPARE(m_program->launchRecord().left, 10);
+    QCOMPARE(m_program->launchRecord().actPh, QStringLiteral("/r/a"));
+}
+
+void tst_Program::preparedBeforeTheCommand()
+{
+    QCOMPARE(
+        run(QStringLiteral("/b syncup|pair"), [this] { m_steps += QStringLiteral("command"); }), 1);
+    QCOMPARE(m_steps, (QStringList{QStringLiteral("prepared"), QStringLiteral("command")}));
+}
+
+void tst_Program::missingDatabase()
+{
+    QVERIFY(QDir().mkpath(userData()));
+    QCOMPARE(
+        run(QStringLiteral("/b syncup|pair"), [this] { m_steps += QStringLiteral("command"); }), 2);
+    QCOMPARE(m_steps, QStringList{QStringLiteral("prepared")});
+    QCOMPARE(m_person->messages(),
+             QStringList{userData() + QStringLiteral("dbFtp.mdb  が存在しません")});
+}
+
+void tst_Program::failingStoreEndsInOrder()
+{
+    const QString words = QStringLiteral("ﾃﾞｨｽｸの空きがありません");
+    QCOMPARE(run(QStringLiteral("/b syncup|pair"), [&words] { throw DbError(words); }), 1);
+    QVERIFY(m_person->texts(ScriptedPerson::What::Warning).contains(words));
+    // The shut-down routine ran: the settings are on the disk.
+    QVERIFY(QFileInfo(userData() + QStringLiteral("User.xml")).size() > 0);
+}
+
+} // namespace venlo::test
+
+QTEST_GUILESS_MAIN(venlo::test::tst_Program)
+#include "tst_Program.moc"
