@@ -1,6 +1,6 @@
 #include "db/JetExpression.h"
 
-#include "db/JetDate.h"
+#include "db/JetExpressionParts.h"
 #include "db/TextFold.h"
 
 #include <utility>
@@ -11,32 +11,6 @@ namespace venlo
 namespace
 {
 using Kind = JetPiece::Kind;
-
-/// Enough for any person, few enough for the stack.
-constexpr int deepestNesting = 50;
-
-/// Counts a level of nesting for a scope.
-class Level
-{
-public:
-    Level(int &depth, JetLexer &lexer) : m_depth(depth)
-    {
-        if (m_depth >= deepestNesting)
-            JetLexer::failAt(lexer.position(), QStringLiteral("括弧や Not の重なりが深すぎます"));
-        ++m_depth;
-    }
-    ~Level() { --m_depth; }
-    Level(const Level &) = delete;
-    Level &operator=(const Level &) = delete;
-
-private:
-    int &m_depth;
-};
-
-[[noreturn]] void failKinds(qsizetype at)
-{
-    JetLexer::failAt(at, QStringLiteral("型が一致しません"));
-}
 
 bool isLogical(Kind kind)
 {
@@ -53,25 +27,6 @@ QString asValue(const JetPiece &piece)
 QString asTruth(const JetPiece &piece)
 {
     return QStringLiteral("((%1) <> 0)").arg(piece.sql);
-}
-
-Kind kindOf(JetType type)
-{
-    switch (type) {
-    case JetType::Text:
-    case JetType::Memo:
-        return Kind::Text;
-    case JetType::Byte:
-    case JetType::Long:
-        return Kind::Number;
-    case JetType::Date:
-        return Kind::Date;
-    case JetType::YesNo:
-        return Kind::YesNo;
-    case JetType::Private:
-        break;
-    }
-    return Kind::Null;
 }
 
 bool fits(Kind value, Kind column)
@@ -118,8 +73,8 @@ QString JetExpression::valueFor(const JetColumn &column)
 {
     const auto at = m_lexer.position();
     const JetPiece piece = either();
-    if (!fits(piece.kind, kindOf(column.type)))
-        failKinds(at);
+    if (!fits(piece.kind, jetKindOf(column.type)))
+        failJetKinds(at);
     if (column.type == JetType::YesNo)
         return QStringLiteral("venlo_yesno(%1)").arg(piece.sql);
     return asValue(piece);
@@ -136,7 +91,7 @@ const JetColumn &JetExpression::column(const QString &name, qsizetype at) const
 void JetExpression::requireTruth(const JetPiece &piece, qsizetype at) const
 {
     if (piece.kind == Kind::Text || piece.kind == Kind::Date)
-        failKinds(at);
+        failJetKinds(at);
 }
 
 JetPiece JetExpression::either()
@@ -173,7 +128,7 @@ JetPiece JetExpression::negation()
 {
     if (!m_lexer.takeWord(QLatin1String("Not")))
         return comparison();
-    const Level level(m_depth, m_lexer);
+    const JetNesting level(m_depth, m_lexer);
     const auto at = m_lexer.position();
     const JetPiece piece = negation();
     requireTruth(piece, at);
@@ -213,7 +168,7 @@ JetPiece JetExpression::like(const JetPiece &left, bool negated)
     const auto at = m_lexer.position();
     const JetPiece right = sum();
     if (left.kind != Kind::Text || right.kind != Kind::Text)
-        failKinds(at);
+        failJetKinds(at);
     QString sql = QStringLiteral("venlo_like(%1, %2)").arg(left.sql, right.sql);
     if (left.column && right.literal) {
         const QVariant pattern = m_values.last();
@@ -230,139 +185,13 @@ JetPiece JetExpression::compared(const JetPiece &left, const QString &sign, cons
 {
     const bool anyNull = left.kind == Kind::Null || right.kind == Kind::Null;
     if (!anyNull && (left.kind == Kind::Text) != (right.kind == Kind::Text))
-        failKinds(m_lexer.position());
+        failJetKinds(m_lexer.position());
     const QString form = QStringLiteral("%1 ") + sign + QStringLiteral(" %2");
     if ((isLogical(left.kind) || isLogical(right.kind)) && !anyNull)
         return {form.arg(asTruth(left), asTruth(right)), Kind::Truth};
     const bool bare = left.kind == Kind::Text && !left.column && !right.column;
     return {form.arg(bare ? left.sql + QStringLiteral(" COLLATE venlo") : left.sql, right.sql),
             Kind::Truth};
-}
-
-JetPiece JetExpression::sum()
-{
-    JetPiece left = sign();
-    while (m_lexer.atSymbol(QLatin1String("+")) || m_lexer.atSymbol(QLatin1String("-"))) {
-        const JetLexer::Token token = m_lexer.take();
-        const JetPiece right = sign();
-        const bool text = left.kind == Kind::Text || right.kind == Kind::Text;
-        const bool mixed =
-            text && left.kind != right.kind && left.kind != Kind::Null && right.kind != Kind::Null;
-        if (mixed || (text && token.text == QLatin1String("-")))
-            failKinds(token.at);
-        const QString join = text ? QStringLiteral(" || ") : QStringLiteral(" %1 ").arg(token.text);
-        const bool dated = left.kind == Kind::Date || right.kind == Kind::Date;
-        left.kind = text ? Kind::Text : (dated ? Kind::Date : Kind::Number);
-        left.sql += join + right.sql;
-        left.column = left.literal = false;
-    }
-    return left;
-}
-
-JetPiece JetExpression::sign()
-{
-    if (!m_lexer.atSymbol(QLatin1String("-")))
-        return primary();
-    const Level level(m_depth, m_lexer);
-    const auto at = m_lexer.take().at;
-    const JetPiece piece = sign();
-    if (piece.kind == Kind::Text || piece.kind == Kind::Date)
-        failKinds(at);
-    return {QStringLiteral("-(%1)").arg(piece.sql), Kind::Number};
-}
-
-JetPiece JetExpression::primary()
-{
-    switch (m_lexer.peek().kind) {
-    case JetLexer::Kind::Text: {
-        JetPiece text = bound(m_lexer.take().text, Kind::Text);
-        text.literal = true;
-        return text;
-    }
-    case JetLexer::Kind::Number:
-        return number();
-    case JetLexer::Kind::Date:
-        return date();
-    case JetLexer::Kind::Word:
-        return word();
-    case JetLexer::Kind::Symbol:
-    case JetLexer::Kind::End:
-        break;
-    }
-    m_lexer.expectSymbol(QLatin1String("("));
-    const Level level(m_depth, m_lexer);
-    JetPiece inner = either();
-    m_lexer.expectSymbol(QLatin1String(")"));
-    inner.sql = QStringLiteral("(%1)").arg(inner.sql);
-    return inner;
-}
-
-JetPiece JetExpression::word()
-{
-    if (m_lexer.takeWord(QLatin1String("Null")))
-        return {QStringLiteral("NULL"), Kind::Null};
-    if (m_lexer.takeWord(QLatin1String("True")))
-        return {QStringLiteral("-1"), Kind::YesNo};
-    if (m_lexer.takeWord(QLatin1String("False")))
-        return {QStringLiteral("0"), Kind::YesNo};
-    const JetLexer::Token name = m_lexer.take();
-    if (m_lexer.atSymbol(QLatin1String("("))) {
-        if (name.text.compare(QLatin1String("Mid"), Qt::CaseInsensitive) == 0)
-            return mid();
-        JetLexer::failAt(name.at, QStringLiteral("関数 \"%1\" はありません").arg(name.text));
-    }
-    const JetColumn &found = column(name.text, name.at);
-    return {quotedName(found.name), kindOf(found.type), true};
-}
-
-JetPiece JetExpression::mid()
-{
-    const Level level(m_depth, m_lexer);
-    const auto at = m_lexer.position();
-    m_lexer.expectSymbol(QLatin1String("("));
-    const JetPiece text = sum();
-    m_lexer.expectSymbol(QLatin1String(","));
-    const JetPiece start = sum();
-    QString arguments = QStringLiteral("%1, %2").arg(text.sql, start.sql);
-    bool numbers = start.kind == Kind::Number;
-    if (m_lexer.takeSymbol(QLatin1String(","))) {
-        const JetPiece length = sum();
-        numbers = numbers && length.kind == Kind::Number;
-        arguments += QStringLiteral(", ") + length.sql;
-    }
-    m_lexer.expectSymbol(QLatin1String(")"));
-    if (text.kind != Kind::Text || !numbers)
-        failKinds(at);
-    return {QStringLiteral("venlo_mid(%1)").arg(arguments), Kind::Text};
-}
-
-JetPiece JetExpression::number()
-{
-    const JetLexer::Token token = m_lexer.take();
-    bool whole = false;
-    const qlonglong integer = token.text.toLongLong(&whole);
-    if (whole)
-        return bound(integer, Kind::Number);
-    bool real = false;
-    const double fraction = token.text.toDouble(&real);
-    if (!real)
-        JetLexer::failAt(token.at, QStringLiteral("数値が大きすぎます"));
-    return bound(fraction, Kind::Number);
-}
-
-JetPiece JetExpression::date()
-{
-    const JetLexer::Token token = m_lexer.take();
-    const auto days = dayCountOfLiteral(token.text, m_today);
-    if (!days)
-        JetLexer::failAt(token.at, QStringLiteral("\"%1\" は日付ではありません").arg(token.text));
-    return bound(*days, Kind::Date);
-}
-
-JetPiece JetExpression::bound(const QVariant &value, Kind kind)
-{
-    m_values.append(value);
-    return {QStringLiteral("?"), kind};
 }
 
 } // namespace venlo

@@ -32,6 +32,7 @@ void tst_DatabaseFile::theBuildMadeOne()
 {
     const QString made = QStringLiteral(VENLO_INITIAL_DATABASE);
     QCOMPARE(venlo::kindOfFile(made), venlo::FileKind::Sqlite);
+    QVERIFY(QFile::permissions(made).testFlag(QFile::ReadOther)); // every user copies it
     QTemporaryDir dir;
     const QString copy = dir.filePath(QStringLiteral("dbFtp.mdb"));
     QVERIFY(QFile::copy(made, copy));

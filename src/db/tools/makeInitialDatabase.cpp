@@ -18,6 +18,9 @@ int main(int argc, char **argv)
     try {
         QDir().mkpath(QFileInfo(path).absolutePath());
         venlo::createInitialDatabase(path);
+        // It holds nothing yet, and every user of an installation copies it.
+        QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup |
+                                        QFile::ReadOther);
     } catch (const venlo::DbError &error) {
         std::fprintf(stderr, "%s\n", error.what());
         return 1;
