@@ -30,6 +30,7 @@ private Q_SLOTS:
     void downloadOfAMissingFolder();
     void aRefusedRootThatIsThere();
     void aRefusedRootBelowABrokenListing();
+    void aRootThatIsOnlyBusyIsNotAbsent();
     void notConnected();
     void connectionLostWhileListing();
     void quotesInRemoteNames();
@@ -180,6 +181,15 @@ void tst_ComparisonDoubts::aRefusedRootBelowABrokenListing()
     SyncReview review(result);
     review.load(m_world->database);
     QCOMPARE(review.counts().pending, 0);
+}
+
+void tst_ComparisonDoubts::aRootThatIsOnlyBusyIsNotAbsent()
+{
+    write({{"c", "cccccc"}});
+    connectAll();
+    m_server->on("CWD", "/site").reply(450, "Busy, try again");
+    const ComparisonResult result = m_world->compare(false, QStringLiteral("/site"));
+    QVERIFY(result.ok && result.unreliable);
 }
 
 void tst_ComparisonDoubts::notConnected()
