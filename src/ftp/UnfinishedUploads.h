@@ -1,0 +1,35 @@
+#pragma once
+
+#include <utility>
+#include <vector>
+
+#include <QString>
+
+namespace venlo
+{
+
+class Database;
+
+/// Uploads that were begun and have not been confirmed whole, kept in the database across runs.
+/// The remnant on the server is newer than the local file and may be nearly as large: nothing in a
+/// listing tells it from a good copy. Emptying a cache leaves the notes alone; a confirmed upload
+/// or deletion of the file removes its note.
+class UnfinishedUploads
+{
+public:
+    explicit UnfinishedUploads(Database &database);
+
+    void begin(const QString &site, const QString &dir, const QString &name);
+    void end(const QString &site, const QString &dir, const QString &name);
+    /// (directory, name) of the notes at or below dir, letter case ignored.
+    [[nodiscard]] std::vector<std::pair<QString, QString>> under(const QString &site,
+                                                                 const QString &dir);
+
+private:
+    void makeTable();
+
+    Database &m_database;
+    bool m_made = false;
+};
+
+} // namespace venlo
