@@ -161,6 +161,9 @@ void countCommands(bool setsTimes)
     int before = commands();
     engine.operations.ftPutFile(QStringLiteral("/site"), joinNames(lines), folder, ok);
     const double up = static_cast<double>(commands() - before) / files;
+    engine.cache.caRefresh(QStringLiteral("/site"));
+    engine.operations.ftGetFile(QStringLiteral("/site"), names.first(),
+                                local.filePath(QStringLiteral("first")), ok);
     before = commands();
     engine.operations.ftGetFile(QStringLiteral("/site"), joinNames(names),
                                 local.filePath(QStringLiteral("back")), ok);

@@ -24,7 +24,8 @@ public:
     /// double (day count, see fromDayCount).
     [[nodiscard]] const QVariant &at(int field, int row) const
     {
-        return m_cells.at(static_cast<size_t>(row * m_fields + field));
+        return m_cells.at(static_cast<size_t>(row) * static_cast<size_t>(m_fields) +
+                          static_cast<size_t>(field));
     }
 
 private:
