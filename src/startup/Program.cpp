@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include <QFileInfo>
+
 #include "db/Database.h"
 #include "ftp/DirectoryCache.h"
 #include "ftp/ErrorLog.h"
@@ -12,6 +14,7 @@
 #include "shared/FrontEnd.h"
 #include "startup/CommandLine.h"
 #include "startup/ProgramName.h"
+#include "startup/RunLock.h"
 #include "startup/settings/SettingsFile.h"
 #include "startup/settings/UserDataFolder.h"
 #include "sync/BatchRunner.h"
@@ -32,14 +35,21 @@ QString userDataFolder(const QString &baseName, FrontEnd &frontEnd)
     folder.W_UserData();
     return folder.userDataFolder();
 }
+
+/// The verbs that use the work tables and caches; the others only show a window.
+bool works(const QString &verb)
+{
+    return verb == QLatin1String("syncup") || verb == QLatin1String("syncdown") ||
+           verb == QLatin1String("put") || verb == QLatin1String("get");
+}
 } // namespace
 
 /// In order of construction; each only uses what stands above it.
 struct Program::Rooms {
     Rooms(const Faces &faces, Flags &flags)
         : folder(userDataFolder(programBaseName(executableBaseName()), faces.frontEnd)),
-          settings(faces.frontEnd), database(faces.frontEnd, folder), errorLog(folder),
-          eventLog(folder), session(faces.frontEnd, database, errorLog, eventLog),
+          turn(folder, faces.frontEnd), settings(faces.frontEnd), database(faces.frontEnd, folder),
+          errorLog(folder), eventLog(folder), session(faces.frontEnd, database, errorLog, eventLog),
           cache(session, database, faces.frontEnd, flags),
           operations(session, cache, faces.frontEnd, flags),
           comparison(session, database, cache, faces.frontEnd, flags),
@@ -53,6 +63,7 @@ struct Program::Rooms {
     }
 
     QString folder;
+    RunLock turn;
     yIni settings;
     Database database;
     ErrorLog errorLog;
@@ -74,34 +85,39 @@ Program::~Program() = default;
 
 int Program::Main(const CommandLine &commandLine)
 {
-    const bool usable = prepare(commandLine);
+    int status = prepare(commandLine);
     if (m_faces.prepared)
         m_faces.prepared();
-    if (!usable)
-        return BatchRunner::Unusable;
-    int status = BatchRunner::NotCarriedOut;
+    if (status != BatchRunner::Ok)
+        return status;
     try {
         status = dispatch(commandLine);
     } catch (const DbError &error) {
         // The registries or the work tables failed: an unattended run still ends in order.
         m_faces.frontEnd.warn(error.words());
+        status = BatchRunner::NotCarriedOut;
     }
     EndProgram();
     return status;
 }
 
-bool Program::prepare(const CommandLine &commandLine)
+int Program::prepare(const CommandLine &commandLine)
 {
     m_rooms = std::make_unique<Rooms>(m_faces, m_flags);
     bool loaded = false;
     m_rooms->settings.GetTxt(m_rooms->folder + QStringLiteral("User.xml"), loaded);
+    // Before the database, which a long run of another process may hold.
+    if (works(commandLine.verb) && QFileInfo(m_rooms->folder).isDir() && !m_rooms->turn.acquire())
+        return BatchRunner::NotCarriedOut;
     bool open = false;
     m_rooms->database.OpenDb(open);
-    if (open && !commandLine.launchRecordPath.isEmpty()) {
+    if (!open)
+        return BatchRunner::Unusable;
+    if (!commandLine.launchRecordPath.isEmpty()) {
         m_launchRecord = LaunchRecord::read(commandLine.launchRecordPath);
         m_flags.launchLayout = m_launchRecord.usable();
     }
-    return open;
+    return BatchRunner::Ok;
 }
 
 int Program::missingArgument(const CommandLine &commandLine)

@@ -47,8 +47,8 @@ public:
 private:
     struct Rooms;
 
-    /// False when the program cannot run; the person knows why.
-    [[nodiscard]] bool prepare(const CommandLine &commandLine);
+    /// Ok, or the exit status of a run that cannot begin; the person knows why.
+    [[nodiscard]] int prepare(const CommandLine &commandLine);
     [[nodiscard]] int dispatch(const CommandLine &commandLine);
     [[nodiscard]] int missingArgument(const CommandLine &commandLine);
     /// The shut-down routine: settings saved, session and database closed.

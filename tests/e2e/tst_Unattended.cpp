@@ -53,6 +53,7 @@ private Q_SLOTS:
     void putAndGet_data() { daemons(); }
     void putAndGet();
     void nothingToDo();
+    void withADisplay();
     void wrongPassword();
     void serverGone();
     void refusedFileIsStatusOne();
@@ -203,6 +204,29 @@ void tst_Unattended::nothingToDo()
     const RunResult run = program.run(up());
     QCOMPARE(run.status, 0);
     QVERIFY(run.output.contains(QStringLiteral(" の同期は実行されませんでした")));
+}
+
+/// The review window opens, runs and closes with nobody in front of it.
+void tst_Unattended::withADisplay()
+{
+    QVERIFY(startDaemon(static_cast<int>(FtpDaemon::Kind::Proftpd)));
+    ProgramRun program;
+    program.environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
+    QVERIFY(program.prepare());
+    program.registerSite(QStringLiteral("site"), m_daemon->server(), m_daemon->user(),
+                         m_daemon->password());
+    program.registerPattern(QStringLiteral("pair"), program.localFolder(), QStringLiteral("site"),
+                            QStringLiteral("/shown"));
+    QVERIFY(makeTree(program.localFolder(), publishedTree()));
+    RunResult run = program.run(up());
+    QVERIFY2(run.status == 0, qPrintable(run.errors + run.output));
+    QCOMPARE(difference(snapshot(program.localFolder()),
+                        snapshot(m_daemon->root() + QStringLiteral("/shown")), Times::Minutes),
+             QStringList());
+    QVERIFY(QFile::remove(m_daemon->root() + QStringLiteral("/shown/index.html")));
+    run = program.run(down());
+    QVERIFY2(run.status == 0, qPrintable(run.errors + run.output));
+    QVERIFY(!QFileInfo::exists(program.localFolder() + QStringLiteral("/index.html")));
 }
 
 void tst_Unattended::wrongPassword()

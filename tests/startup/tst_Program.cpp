@@ -4,6 +4,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QLockFile>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -11,6 +12,7 @@
 #include "shared/Flags.h"
 #include "startup/CommandLine.h"
 #include "startup/Program.h"
+#include "startup/RunLock.h"
 #include "support/ScriptedPerson.h"
 #include "sync/PatternHost.h"
 
@@ -56,6 +58,10 @@ private Q_SLOTS:
     void preparedBeforeTheCommand();
     void missingDatabase();
     void failingStoreEndsInOrder();
+    void oneRunAtATime();
+    void waitsForItsTurn();
+    void notItsTurn_data();
+    void notItsTurn();
 
 private:
     [[nodiscard]] int run(
@@ -144,6 +150,55 @@ void tst_Program::failingStoreEndsInOrder()
     QVERIFY(m_person->texts(ScriptedPerson::What::Warning).contains(words));
     // The shut-down routine ran: the settings are on the disk.
     QVERIFY(QFileInfo(userData() + QStringLiteral("User.xml")).size() > 0);
+}
+
+void tst_Program::oneRunAtATime()
+{
+    QLockFile another(RunLock::path(userData()));
+    const auto command = [this, &another] {
+        m_steps += another.tryLock(0) ? QStringLiteral("free") : QStringLiteral("taken");
+        another.unlock();
+    };
+    QCOMPARE(run(QStringLiteral("/b syncup|pair"), command), 1);
+    QVERIFY(m_steps.contains(QStringLiteral("taken")));
+    m_program.reset();
+    QVERIFY(another.tryLock(0)); // given back
+}
+
+void tst_Program::waitsForItsTurn()
+{
+    QVERIFY(QDir().mkpath(userData()));
+    QLockFile another(RunLock::path(userData()));
+    QVERIFY(another.tryLock(0));
+    m_person->onYield([&another] { another.unlock(); });
+    RunLock turn(userData(), *m_person);
+    QVERIFY(turn.acquire(std::chrono::seconds(30)));
+    QCOMPARE(m_person->texts(ScriptedPerson::What::Warning),
+             QStringList{QStringLiteral("他の実行が終わるのを待っています")});
+}
+
+void tst_Program::notItsTurn_data()
+{
+    QTest::addColumn<bool>("cancelled");
+    QTest::addColumn<int>("limit");
+    QTest::newRow("the limit") << false << 300;
+    QTest::newRow("cancelled while waiting") << true << 30'000;
+}
+
+void tst_Program::notItsTurn()
+{
+    QFETCH(bool, cancelled);
+    QFETCH(int, limit);
+    QVERIFY(QDir().mkpath(userData()));
+    QLockFile another(RunLock::path(userData()));
+    QVERIFY(another.tryLock(0));
+    if (cancelled)
+        m_person->cancelAfter(1);
+    RunLock turn(userData(), *m_person);
+    QVERIFY(!turn.acquire(std::chrono::milliseconds(limit)));
+    QCOMPARE(m_person->texts(ScriptedPerson::What::Warning).value(1),
+             RunLock::path(userData()) +
+                 QStringLiteral(" : 他の実行が終わらないので実行しませんでした"));
 }
 
 } // namespace venlo::test
