@@ -1,4 +1,6 @@
 #include <QDir>
+#include <QFileInfo>
+#include <QHash>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -15,6 +17,7 @@ class tst_Layering : public QObject
 private Q_SLOTS:
     void everyArrowPointsDown();
     void everyRoomIsRead();
+    void noTwoHeadersShareAName();
     void oneLine_data();
     void oneLine();
     void fileOutsideEveryRoom();
@@ -44,6 +47,22 @@ void tst_Layering::everyRoomIsRead()
     for (const char *file : {"shared/FrontEnd.h", "platform/Files.h", "db/Database.h",
                              "ftp/Session.h", "startup/settings/SettingsFile.h"})
         QVERIFY2(files.contains(QLatin1String(file)), file);
+}
+
+// Two classes of one name in two rooms are one class to the linker, and one of them is then used
+// with the other's layout.
+void tst_Layering::noTwoHeadersShareAName()
+{
+    const QStringList files =
+        sourceFiles(sourceRoot() + QStringLiteral("/src"), {QStringLiteral("*.h")});
+    QHash<QString, QString> seen;
+    for (const QString &file : files) {
+        const QString name = QFileInfo(file).fileName();
+        QVERIFY2(!seen.contains(name),
+                 qPrintable(file + QStringLiteral(" and ") + seen.value(name)));
+        seen.insert(name, file);
+    }
+    QVERIFY(seen.size() > 50);
 }
 
 void tst_Layering::oneLine_data()
