@@ -25,7 +25,7 @@ public:
 
     /// Waits for the turn and says so. False, after a line why, when it did not come within the
     /// limit, was cancelled, or the folder cannot be written.
-    [[nodiscard]] bool acquire(std::chrono::milliseconds limit = std::chrono::minutes(30));
+    [[nodiscard]] bool acquire(std::chrono::milliseconds limit = std::chrono::minutes(1));
 
     /// The file that stands in the folder during a run.
     [[nodiscard]] static QString path(const QString &userDataFolder);
