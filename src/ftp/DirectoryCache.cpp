@@ -23,7 +23,8 @@ bool isAscii(const QString &text)
 DirectoryCache::DirectoryCache(Session &session, Database &database, FrontEnd &frontEnd,
                                Flags &flags)
     : m_session(session), m_database(database), m_frontEnd(frontEnd), m_flags(flags),
-      m_current(session, *this, frontEnd, flags), m_marks(database)
+      m_current(session, *this, frontEnd, flags), m_marks(database),
+      m_unfinished(database)
 {
 }
 
@@ -239,6 +240,11 @@ QByteArray DirectoryCache::rawPath(const QString &dir)
 std::vector<DirectoryCache::Incomplete> DirectoryCache::incompleteUnder(const QString &dir)
 {
     return m_marks.under(m_session.currentSite(), normalised(dir));
+}
+
+std::vector<std::pair<QString, QString>> DirectoryCache::unfinishedUnder(const QString &dir)
+{
+    return m_unfinished.under(m_session.currentSite(), normalised(dir));
 }
 
 std::vector<std::pair<QString, QString>> DirectoryCache::dayOnlyUnder(const QString &dir)

@@ -4,6 +4,7 @@
 #include "ftp/CurrentDirectory.h"
 #include "ftp/IncompleteMarks.h"
 #include "ftp/Session.h"
+#include "ftp/UnfinishedUploads.h"
 #include "ftp/protocol/Listing.h"
 
 #include <QByteArray>
@@ -76,6 +77,11 @@ public:
     /// leading "/" and would reach another one), empty when it may. Logs the refusal.
     [[nodiscard]] bool refusesPath(const QString &dir);
 
+    /// Uploads into the current site that were begun and never confirmed whole; the notes of them.
+    [[nodiscard]] UnfinishedUploads &unfinished() { return m_unfinished; }
+    /// (directory, name) of those at or below dir.
+    [[nodiscard]] std::vector<std::pair<QString, QString>> unfinishedUnder(const QString &dir);
+
     /// The step that makes a directory the server's current one.
     [[nodiscard]] CurrentDirectory &currentDirectory() { return m_current; }
 
@@ -107,6 +113,7 @@ private:
     Flags &m_flags;
     CurrentDirectory m_current;
     IncompleteMarks m_marks;
+    UnfinishedUploads m_unfinished;
     QHash<QString, QByteArray> m_rawPaths; ///< bytes of paths that are not plain ASCII
 };
 
