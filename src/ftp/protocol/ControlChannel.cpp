@@ -13,6 +13,8 @@ namespace
 constexpr auto cancelGrace = 3s;
 constexpr int serviceClosing = 421;
 constexpr char telnetIac = '\xff';
+constexpr qsizetype shortestSecret = 4;
+constexpr int firstNegative = 400;
 
 bool hasForbiddenByte(const QByteArray &command)
 {
@@ -30,6 +32,7 @@ Result<void> ControlChannel::connectTo(const QString &host, quint16 port,
                                        const QNetworkProxy &proxy, std::chrono::milliseconds limit)
 {
     m_host = host;
+    m_lostWords.clear();
     m_socket.setProxy(proxy);
     m_socket.connectToHost(host, port);
     const WaitEnd end = m_waiter.until(
@@ -113,6 +116,10 @@ Result<Reply> ControlChannel::accounted(Reply reply)
         error.replyCode = reply.code;
         return error;
     }
+    if (reply.code >= firstNegative) { // nothing but a message
+        for (QString &line : reply.lines)
+            line = withoutSecret(line);
+    }
     return reply;
 }
 
@@ -181,7 +188,7 @@ void ControlChannel::close()
 Error ControlChannel::lost(const QString &why)
 {
     if (m_socket.state() != QAbstractSocket::UnconnectedState || m_lostWords.isEmpty()) {
-        m_lostWords = why;
+        m_lostWords = withoutSecret(why);
         trace(QStringLiteral("! ") + why);
     }
     close();
@@ -191,7 +198,14 @@ Error ControlChannel::lost(const QString &why)
 void ControlChannel::trace(const QString &line) const
 {
     if (m_trace)
-        m_trace(line);
+        m_trace(withoutSecret(line));
+}
+
+QString ControlChannel::withoutSecret(QString text) const
+{
+    if (m_secret.size() >= shortestSecret)
+        text.replace(m_secret, QStringLiteral("****"));
+    return text;
 }
 
 } // namespace venlo

@@ -48,11 +48,17 @@ public:
     [[nodiscard]] int outstanding() const { return m_outstanding; }
     /// A preliminary reply is not the last one of its command.
     void expectOneMore() { ++m_outstanding; }
+    /// What still comes was not asked for.
+    void expectNothing() { m_outstanding = 0; }
 
     [[nodiscard]] QHostAddress localAddress() const { return m_socket.localAddress(); }
     [[nodiscard]] QHostAddress peerAddress() const { return m_socket.peerAddress(); }
     [[nodiscard]] QString peerName() const { return m_host; }
     void setTrace(Trace trace) { m_trace = std::move(trace); }
+    /// A password that no trace, error or refusal may show; a shorter one than four characters
+    /// would make the words of every server unreadable and is shown.
+    void setSecret(const QString &secret) { m_secret = secret; }
+    [[nodiscard]] QString withoutSecret(QString text) const;
     void trace(const QString &line) const;
     [[nodiscard]] Error lost(const QString &why);
 
@@ -68,6 +74,7 @@ private:
     std::optional<Reply> m_next;
     QString m_host;
     QString m_lostWords;
+    QString m_secret;
     Trace m_trace;
     int m_outstanding = 0;
 };

@@ -6,7 +6,10 @@ namespace venlo
 namespace
 {
 constexpr qint64 sendAhead = 1024LL * 1024;
-}
+// What the system may hold back: its own buffer can take megabytes, and a slow line would then
+// need longer for them than the wait for the completion reply lasts.
+constexpr int sendBuffer = 256 * 1024;
+} // namespace
 
 DataChannel::DataChannel(Direction direction) : m_direction(direction) {}
 
@@ -23,10 +26,18 @@ void DataChannel::adopt(std::unique_ptr<QTcpSocket> socket)
     m_socket = std::move(socket);
     m_socket->setReadBufferSize(4 * chunk);
     QObject::connect(m_socket.get(), &QTcpSocket::connected, m_socket.get(),
-                     [this] { m_wasConnected = true; });
+                     [this] { onConnected(); });
     QObject::connect(m_socket.get(), &QTcpSocket::bytesWritten, m_socket.get(),
                      [this](qint64 bytes) { m_moved += bytes; });
-    m_wasConnected = m_socket->state() == QAbstractSocket::ConnectedState;
+    if (m_socket->state() == QAbstractSocket::ConnectedState)
+        onConnected();
+}
+
+void DataChannel::onConnected()
+{
+    m_wasConnected = true;
+    if (m_direction == Direction::Send)
+        m_socket->setSocketOption(QAbstractSocket::SendBufferSizeSocketOption, sendBuffer);
 }
 
 quint16 DataChannel::listenOn(const QHostAddress &address, const QHostAddress &peer)

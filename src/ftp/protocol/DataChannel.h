@@ -45,11 +45,14 @@ public:
     /// All bytes left this program and the connection is closed.
     [[nodiscard]] bool allSent() const;
     [[nodiscard]] qint64 movedBytes() const { return m_moved; }
+    /// No byte was read or handed over for sending.
+    [[nodiscard]] bool untouched() const { return m_moved == 0 && m_queued == 0; }
     void abort();
 
 private:
     void adopt(std::unique_ptr<QTcpSocket> socket);
     void takePending();
+    void onConnected();
     [[nodiscard]] bool closedInOrder() const;
 
     Direction m_direction;

@@ -3,6 +3,8 @@
 #include "ftp/protocol/FtpClientState.h"
 #include "ftp/protocol/ServerAddress.h"
 
+#include <cstdlib>
+
 namespace venlo
 {
 
@@ -13,6 +15,8 @@ namespace
 constexpr int needsPassword = 331;
 constexpr int needsAccount = 332;
 constexpr auto quitGrace = 200ms;
+constexpr int maxPreliminary = 16;
+constexpr qint64 clockStep = 2; // seconds; FAT keeps even ones only
 
 QByteArray firstWord(const QString &line)
 {
@@ -58,6 +62,7 @@ Result<void> FtpClient::open(const ConnectOptions &options)
     }
     m->control.close();
     m->directory.clear();
+    m->control.setSecret(options.password);
     m->proxy = proxy.value();
     m->passive = options.passive || m->proxy.type() != QNetworkProxy::NoProxy;
     if (auto connected = m->control.connectTo(address.value().host, address.value().port, m->proxy,
@@ -70,21 +75,31 @@ Result<void> FtpClient::open(const ConnectOptions &options)
     return result;
 }
 
-Result<void> FtpClient::State::login(const ConnectOptions &login)
+Result<void> FtpClient::State::greet()
 {
     auto greeting = control.readReply();
-    while (greeting && greeting.value().preliminary()) { // 120: ready in nnn minutes
-        control.expectOneMore();
+    for (int preliminary = 0; greeting && greeting.value().preliminary();) {
+        if (++preliminary > maxPreliminary)
+            return control.lost(QStringLiteral("preliminary replies without end"));
+        control.expectOneMore(); // 120: ready in nnn minutes
         greeting = control.readReply();
     }
     if (!greeting)
         return greeting.error();
     if (!greeting.value().completion())
         return errorOf(greeting.value());
+    return {};
+}
 
-    auto reply = control.command("USER " + codec.encode(login.user));
+Result<void> FtpClient::State::login(const ConnectOptions &login)
+{
+    if (auto greeted = greet(); !greeted)
+        return greeted;
+    // Always UTF-8: what the names of the server are in is known at a later login only, and a
+    // password must not depend on that.
+    auto reply = control.command("USER " + login.user.toUtf8());
     if (reply && reply.value().code == needsPassword)
-        reply = control.command("PASS " + codec.encode(login.password), "PASS ****");
+        reply = control.command("PASS " + login.password.toUtf8(), "PASS ****");
     if (!reply)
         return reply.error();
     if (reply.value().code == needsAccount || !reply.value().completion())
@@ -134,6 +149,11 @@ Result<Reply> FtpClient::State::expectCompletion(const QByteArray &command)
     return reply;
 }
 
+Error FtpClient::State::unreadable(const Reply &reply) const
+{
+    return Error{ErrorClass::Refused, control.withoutSecret(reply.text()), reply.code};
+}
+
 void FtpClient::close()
 {
     if (m->control.isOpen() && m->control.outstanding() == 0) {
@@ -156,7 +176,7 @@ Result<QString> FtpClient::printDirectory()
         return reply.error();
     const auto path = parsePwdPath(reply.value());
     if (!path)
-        return Error{ErrorClass::Refused, reply.value().text(), reply.value().code};
+        return m->unreadable(reply.value());
     m->directory = *path;
     return m->codec.decode(*path);
 }
@@ -217,7 +237,7 @@ Result<qint64> FtpClient::size(const QByteArray &name)
     bool number = false;
     const qint64 bytes = reply.value().lines.value(0).trimmed().toLongLong(&number);
     if (!number || bytes < 0)
-        return Error{ErrorClass::Refused, reply.value().text(), reply.value().code};
+        return m->unreadable(reply.value());
     return bytes;
 }
 
@@ -228,13 +248,14 @@ Result<QDateTime> FtpClient::modificationTime(const QByteArray &name)
         return reply.error();
     const QDateTime time = parseMdtm(reply.value());
     if (!time.isValid())
-        return Error{ErrorClass::Refused, reply.value().text(), reply.value().code};
+        return m->unreadable(reply.value());
     return time;
 }
 
 Result<void> FtpClient::setModificationTime(const QByteArray &name, const QDateTime &utc)
 {
-    const QByteArray verb = m->features.contains("MFMT") ? "MFMT " : "MDTM ";
+    const bool mfmt = m->features.contains("MFMT");
+    const QByteArray verb = mfmt ? "MFMT " : "MDTM ";
     const QByteArray digits = utc.toUTC().toString(QStringLiteral("yyyyMMddhhmmss")).toLatin1();
     const auto reply = m->expectCompletion(verb + digits + ' ' + name);
     if (!reply) {
@@ -244,7 +265,16 @@ Result<void> FtpClient::setModificationTime(const QByteArray &name, const QDateT
             m->setTimeRefused = true;
         return reply.error();
     }
-    return {};
+    if (mfmt || m->setTimeSeen)
+        return {};
+    const auto shown = modificationTime(name);
+    if (!shown)
+        return shown.error();
+    m->setTimeSeen = true;
+    if (std::abs(shown.value().secsTo(utc)) < clockStep)
+        return {};
+    m->setTimeRefused = true;
+    return Error{ErrorClass::Refused, QStringLiteral("the server shows another time than was set")};
 }
 
 bool FtpClient::canSetTime() const
@@ -254,7 +284,7 @@ bool FtpClient::canSetTime() const
 
 bool FtpClient::listsByMlsd() const
 {
-    return m->features.contains("MLSD") || m->features.contains("MLST");
+    return !m->mlsdRefused && (m->features.contains("MLSD") || m->features.contains("MLST"));
 }
 
 bool FtpClient::hasMdtm() const
@@ -275,6 +305,11 @@ NameCodec &FtpClient::codec()
 void FtpClient::setTrace(Trace trace)
 {
     m->control.setTrace(std::move(trace));
+}
+
+QString FtpClient::withoutSecret(const QString &text) const
+{
+    return m->control.withoutSecret(text);
 }
 
 } // namespace venlo

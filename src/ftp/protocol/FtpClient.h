@@ -34,6 +34,8 @@ struct ConnectOptions {
 /// Limits of the client's waits.
 struct ClientLimits {
     std::chrono::milliseconds connect{30'000};
+    /// For the server's connection in active mode: behind a firewall it never comes.
+    std::chrono::milliseconds activeConnect{10'000};
     std::chrono::milliseconds reply{60'000};
     std::chrono::milliseconds idleData{60'000}; ///< a data connection that moves no byte
     int maxEntries = 1'000'000;
@@ -76,7 +78,9 @@ public:
     [[nodiscard]] Result<qint64> size(const QByteArray &name);
     /// MDTM (RFC 3659, 3): UTC.
     [[nodiscard]] Result<QDateTime> modificationTime(const QByteArray &name);
-    /// MFMT, or MDTM with a time. A refusal is remembered; canSetTime() is false from then on.
+    /// MFMT, or MDTM with a time. A refusal is remembered; canSetTime() is false from then on, and
+    /// also when MDTM shows another time than the one just set (a server that takes it as its wall
+    /// clock's).
     [[nodiscard]] Result<void> setModificationTime(const QByteArray &name, const QDateTime &utc);
     [[nodiscard]] bool canSetTime() const;
     [[nodiscard]] bool listsByMlsd() const;
@@ -88,6 +92,8 @@ public:
     /// One line per command and reply for the second log; passwords are already replaced.
     using Trace = std::function<void(const QString &line)>;
     void setTrace(Trace trace);
+    /// A text for the second log without the password of this connection.
+    [[nodiscard]] QString withoutSecret(const QString &text) const;
 
 private:
     struct State;

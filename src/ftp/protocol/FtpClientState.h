@@ -26,21 +26,30 @@ struct FtpClient::State {
         std::optional<Reply> final_; ///< completion or refusal
     };
 
+    [[nodiscard]] Result<void> greet();
     [[nodiscard]] Result<void> login(const ConnectOptions &options);
     [[nodiscard]] Result<void> learnFeatures();
     [[nodiscard]] Result<Reply> expectCompletion(const QByteArray &command);
+    /// A completion whose text is not what the command promises.
+    [[nodiscard]] Error unreadable(const Reply &reply) const;
 
     /// Prepares the data connection and sends the transfer command right behind it.
     [[nodiscard]] Result<void> begin(Transfer &transfer, const QByteArray &command);
     [[nodiscard]] Result<void> preparePassive(Transfer &transfer);
     [[nodiscard]] Result<void> prepareActive(Transfer &transfer);
-    /// Takes the replies that have come; an error when the connection is lost.
+    /// Takes the replies that have come; an error when the connection was lost before the final
+    /// one. A server may close right behind it: that is the next command's news.
     [[nodiscard]] Result<void> noteReplies(Transfer &transfer);
+    [[nodiscard]] Result<void> whileReplyIsDue(const Transfer &transfer);
     /// Waits for the final reply once the data is done.
     [[nodiscard]] Result<void> finish(Transfer &transfer);
     /// Brings control back in step after a broken or cancelled transfer (ABOR, RFC 959, 4.1.3);
     /// closes the connection when that does not work.
     [[nodiscard]] Error abandon(Transfer &transfer, Error why);
+    /// After ABOR was sent: takes its replies and asks NOOP, whose own reply proves the count.
+    [[nodiscard]] bool backInStep();
+    /// Active mode did not work before a byte was taken from or given to the transfer's device.
+    void giveUpActiveMode(const Transfer &transfer);
     enum class Step { More, Done, Stop };
     /// Runs a transfer: step moves the bytes that can be moved and tells whether the data part is
     /// done. Stop gives the transfer up with the error the step left in it.
@@ -48,13 +57,15 @@ struct FtpClient::State {
     [[nodiscard]] Result<void> afterData(Transfer &transfer, WaitEnd end, Step last);
     [[nodiscard]] Result<void> afterBrokenData(Transfer &transfer);
     void waitForFinal(Transfer &transfer, std::chrono::milliseconds limit);
-    /// Runs an operation again in passive mode when active mode turned out not to work.
+    /// Runs an operation again in passive mode when active mode turned out not to work before its
+    /// device was touched: devices are not rewound.
     template <typename Operation>
     [[nodiscard]] auto retryPassively(const Operation &operation)
     {
-        const bool wasActive = !passive;
+        repeatPassively = false;
         auto result = operation();
-        if (!result && wasActive && activeUnusable && control.isOpen()) {
+        if (!result && repeatPassively && result.error().kind != ErrorClass::Cancelled &&
+            control.isOpen()) {
             passive = true;
             return operation();
         }
@@ -74,7 +85,9 @@ struct FtpClient::State {
     bool useEpsv = true;
     bool mlsdRefused = false;
     bool setTimeRefused = false;
+    bool setTimeSeen = false; ///< MDTM has shown a time that MDTM set
     bool activeUnusable = false;
+    bool repeatPassively = false; ///< the operation in hand may run again in passive mode
 };
 
 /// The error class of a negative reply (RFC 959, 4.2).

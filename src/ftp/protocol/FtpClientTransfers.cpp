@@ -93,14 +93,14 @@ Result<Listing> FtpClient::State::listBy(bool mlsd)
         listing.why = ended ? QStringLiteral("no opening reply") : ended.error().words;
     } else if (saysListingIsNotWhole(transfer.final_->text())) {
         listing.whole = false;
-        listing.why = transfer.final_->text();
+        listing.why = control.withoutSecret(transfer.final_->text());
     }
     return listing;
 }
 
 Result<Listing> FtpClient::list()
 {
-    const bool mlsd = listsByMlsd() && !m->mlsdRefused;
+    const bool mlsd = listsByMlsd();
     auto listing = m->retryPassively([&] { return m->listBy(mlsd); });
     if (!listing && mlsd && notUnderstood(listing.error())) {
         m->mlsdRefused = true;

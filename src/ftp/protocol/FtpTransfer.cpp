@@ -12,11 +12,13 @@ namespace
 {
 constexpr int cannotOpenData = 425;
 constexpr int maxPreliminary = 16;
-// A server behind whose firewall active mode dies answers late or never.
-constexpr auto activeConnectLimit = 10s;
 // What a server may take to notice that its data connection broke.
 constexpr auto brokenDataGrace = 10s;
 constexpr auto abortGrace = 3s;
+// How long a server may be silent between two replies to one ABOR.
+constexpr auto stragglerGrace = 200ms;
+constexpr int commandOkay = 200;
+constexpr int serviceClosing = 421;
 constexpr auto lastBytesGrace = 300ms;
 
 bool isPrivate(const QHostAddress &address)
@@ -126,7 +128,13 @@ Result<void> FtpClient::State::noteReplies(Transfer &transfer)
         if (++preliminary > maxPreliminary)
             return control.lost(QStringLiteral("preliminary replies without end"));
     }
-    if (!control.isOpen())
+    return whileReplyIsDue(transfer);
+}
+
+Result<void> FtpClient::State::whileReplyIsDue(const Transfer &transfer)
+{
+    const bool lost = transfer.final_ ? transfer.final_->code == serviceClosing : !control.isOpen();
+    if (lost)
         return control.lost(QStringLiteral("connection lost during a transfer"));
     return {};
 }
@@ -148,9 +156,9 @@ Result<void> FtpClient::State::run(Transfer &transfer, const std::function<Step(
             connected = transfer.data.connected();
             return over || connected;
         },
-        passive ? limits.connect : activeConnectLimit);
+        passive ? limits.connect : limits.activeConnect);
     if (!passive && !connected && end == WaitEnd::TimedOut)
-        activeUnusable = true;
+        giveUpActiveMode(transfer);
     if (end == WaitEnd::Done && connected && last == Step::More)
         end = waiter.until(settled, limits.idleData, [&] { return transfer.data.movedBytes(); });
     if (last == Step::More && transfer.opened && end == WaitEnd::Done)
@@ -166,8 +174,8 @@ Result<void> FtpClient::State::run(Transfer &transfer, const std::function<Step(
 
 Result<void> FtpClient::State::afterData(Transfer &transfer, WaitEnd end, Step last)
 {
-    if (!control.isOpen())
-        return control.lost(QStringLiteral("connection lost during a transfer"));
+    if (auto due = whileReplyIsDue(transfer); !due)
+        return due;
     if (last == Step::Stop)
         return abandon(transfer, transfer.stopped);
     if (end == WaitEnd::Cancelled)
@@ -175,7 +183,7 @@ Result<void> FtpClient::State::afterData(Transfer &transfer, WaitEnd end, Step l
     if (transfer.final_ && !transfer.final_->completion()) {
         transfer.data.abort();
         if (!passive && transfer.final_->code == cannotOpenData)
-            activeUnusable = true;
+            giveUpActiveMode(transfer);
         return errorOf(*transfer.final_);
     }
     if (end == WaitEnd::TimedOut)
@@ -188,8 +196,8 @@ Result<void> FtpClient::State::afterBrokenData(Transfer &transfer)
     const Error broke{ErrorClass::Retry,
                       QStringLiteral("data connection broke: ") + transfer.data.errorWords()};
     waitForFinal(transfer, brokenDataGrace);
-    if (!control.isOpen())
-        return control.lost(QStringLiteral("connection lost during a transfer"));
+    if (auto due = whileReplyIsDue(transfer); !due)
+        return due;
     if (transfer.final_ && !transfer.final_->completion()) {
         transfer.data.abort();
         return errorOf(*transfer.final_);
@@ -205,8 +213,11 @@ void FtpClient::State::waitForFinal(Transfer &transfer, std::chrono::millisecond
 
 Result<void> FtpClient::State::finish(Transfer &transfer)
 {
-    waitForFinal(transfer, limits.reply);
-    if (!transfer.final_ || !control.isOpen())
+    const WaitEnd end = waiter.until(
+        [&] { return !noteReplies(transfer) || transfer.final_.has_value(); }, limits.reply);
+    if (end == WaitEnd::Cancelled)
+        return abandon(transfer, {ErrorClass::Cancelled, QStringLiteral("cancelled")});
+    if (!transfer.final_ || transfer.final_->code == serviceClosing)
         return control.lost(QStringLiteral("no completion reply"));
     if (!transfer.final_->completion())
         return errorOf(*transfer.final_);
@@ -220,15 +231,43 @@ Error FtpClient::State::abandon(Transfer &transfer, Error why)
         return why;
     if (!control.send("ABOR"))
         return why;
-    // Two replies are due: the transfer's (426, or 226 when it was over) and that of ABOR.
-    for (int replies = 0; control.outstanding() > 0 && replies < maxPreliminary; ++replies) {
-        const auto reply = control.readReplyWithin(abortGrace);
+    if (!backInStep())
+        (void)control.lost(QStringLiteral("out of step after ABOR"));
+    return why; // where the connection was closed the next operation reconnects
+}
+
+bool FtpClient::State::backInStep()
+{
+    // Two replies are due: the transfer's (426, or 226 when it was over) and that of ABOR. Some
+    // servers send only one for both, others a third.
+    int replies = 0;
+    while (control.outstanding() > 0 && replies < maxPreliminary) {
+        (void)waiter.untilEvenIfCancelled([this] { return control.hasNews(); }, abortGrace);
+        const auto reply = control.takeReply();
         if (!reply)
-            return why; // the connection was closed: the next operation reconnects
-        if (reply.value().preliminary())
+            break;
+        ++replies;
+        if (reply->preliminary())
             control.expectOneMore();
     }
-    return why;
+    if (replies == 0)
+        return false;
+    control.expectNothing();
+    (void)waiter.untilEvenIfCancelled([this] { return !control.isOpen(); }, stragglerGrace);
+    if (!control.send("NOOP"))
+        return false;
+    const auto reply = control.readReplyWithin(abortGrace);
+    return reply && reply.value().code == commandOkay &&
+           waiter.untilEvenIfCancelled([this] { return control.hasNews(); }, stragglerGrace) ==
+               WaitEnd::TimedOut;
+}
+
+void FtpClient::State::giveUpActiveMode(const Transfer &transfer)
+{
+    if (!transfer.data.untouched())
+        return;
+    activeUnusable = true;
+    repeatPassively = true;
 }
 
 } // namespace venlo

@@ -28,6 +28,9 @@ public:
     /// The same without looking at Cancel, for the short waits that bring a session back in step.
     [[nodiscard]] WaitEnd untilEvenIfCancelled(const std::function<bool()> &done,
                                                std::chrono::milliseconds limit);
+    /// True inside a wait: whoever is asked for another operation then was called by an event of
+    /// the loop, and the first one still holds the connection.
+    [[nodiscard]] bool busy() const { return m_depth > 0; }
     [[nodiscard]] bool cancelled() const { return m_cancelled && m_cancelled(); }
 
 private:
