@@ -16,6 +16,20 @@ namespace
 {
 constexpr int reconnectAttempts = 5;
 constexpr quint32 passiveFlag = 0x08000000;
+
+/// A text that may be "user:password@host" is not for the log.
+QString loggable(const QString &server)
+{
+    return server.contains(QLatin1Char('@')) ? QStringLiteral("****") : server;
+}
+
+/// Whether the store refused for a reason that has nothing to do with the site's name: another
+/// program holds it.
+bool saysBusy(const DbError &error)
+{
+    return error.words().contains(QLatin1String("database is locked")) ||
+           error.words().contains(QLatin1String("database table is locked"));
+}
 } // namespace
 
 struct Session::Data {
@@ -26,9 +40,12 @@ struct Session::Data {
     }
 
     void setState(State next, const QString &why);
+    /// True, and noted, when an operation waits for the network: only an event of its own nested
+    /// loop can have asked for this one.
+    [[nodiscard]] bool insideWait(const char *operation);
+    void tableRefused(const QString &siteName, const DbError &error);
     void closeConnection();
     [[nodiscard]] Result<void> open(const ConnectOptions &options);
-    void makeCurrent(const QString &siteName);
 
     FrontEnd &frontEnd;
     Database &database;
@@ -67,6 +84,15 @@ void Session::Data::setState(State next, const QString &why)
         homeDirectory.clear();
 }
 
+bool Session::Data::insideWait(const char *operation)
+{
+    if (!waiter.busy())
+        return false;
+    eventLog.note(QStringLiteral("%1 left out: another operation waits for the server")
+                      .arg(QLatin1String(operation)));
+    return true;
+}
+
 void Session::Data::closeConnection()
 {
     if (!client)
@@ -79,15 +105,25 @@ Result<void> Session::Data::open(const ConnectOptions &options)
 {
     ConnectOptions effective = options;
     effective.passive = options.passive || activeUnusable;
-    auto result = client->open(effective);
+    // A tab would take the stored information for a reconnect apart in the wrong place.
+    const bool storable =
+        !options.user.contains(QLatin1Char('\t')) && !options.password.contains(QLatin1Char('\t'));
+    auto result =
+        storable ? client->open(effective)
+                 : Error{ErrorClass::Local, QStringLiteral("a name or password holds a tab"), 0};
     if (!result)
         eventLog.note(
-            QStringLiteral("connect to %1 failed: %2").arg(options.server, result.error().words));
+            client->withoutSecret(QStringLiteral("connect to %1 failed: %2")
+                                      .arg(loggable(options.server), result.error().words)));
     return result;
 }
 
 void Session::OpenInternet(const QString &proxy, bool &ok, bool reopen)
 {
+    if (m->insideWait("OpenInternet")) {
+        ok = false;
+        return;
+    }
     if (!reopen)
         m->proxy = proxy;
     if (m->state == Open)
@@ -111,7 +147,7 @@ void Session::OpenInternet(const QString &proxy, bool &ok, bool reopen)
 
 void Session::CloseInternet()
 {
-    if (m->state == Closed)
+    if (m->state == Closed || m->insideWait("CloseInternet"))
         return;
     m->closeConnection();
     m->setState(Closed, QStringLiteral("closed"));
@@ -121,7 +157,7 @@ void Session::Connect(const QString &siteName, const QString &server, const QStr
                       const QString &password, bool passive, bool &ok)
 {
     ok = false;
-    if (m->state != Open)
+    if (m->insideWait("Connect") || m->state != Open)
         return;
     if (server.isEmpty()) {
         m->frontEnd.message(QStringLiteral("Please enter a server name!"));
@@ -139,7 +175,7 @@ void Session::Connect(const QString &siteName, const QString &server, const QStr
     const auto opened = m->open({server, user, password, m->proxy, passive});
     ok = opened.ok();
     if (ok) {
-        m->setState(Connected, QStringLiteral("connected to ") + server);
+        m->setState(Connected, QStringLiteral("connected to ") + loggable(server));
         m->server = server;
         m->homeDirectory = GetRemoteDir();
         m->currentRemoteDir = m->homeDirectory;
@@ -155,8 +191,7 @@ void Session::Connect(const QString &siteName, const QString &server, const QStr
         if (!SiteKeepsCache())
             emptySiteTable(m->database, m->currentSite);
     } catch (const DbError &error) {
-        m->frontEnd.message(siteName + QStringLiteral(" は接続先の登録名に使用できません\r") +
-                            error.words());
+        m->tableRefused(siteName, error);
         m->closeConnection();
         if (ok)
             m->setState(Open, QStringLiteral("no cache table"));
@@ -164,8 +199,19 @@ void Session::Connect(const QString &siteName, const QString &server, const QStr
     }
 }
 
+void Session::Data::tableRefused(const QString &siteName, const DbError &error)
+{
+    if (saysBusy(error))
+        frontEnd.message(error.words());
+    else
+        frontEnd.message(siteName + QStringLiteral(" は接続先の登録名に使用できません\r") +
+                         error.words());
+}
+
 void Session::Disconnect()
 {
+    if (m->insideWait("Disconnect"))
+        return;
     m->closeConnection();
     m->frontEnd.addStatus(m->server + QStringLiteral(" へ接続を切断しました"));
     m->setState(Open, QStringLiteral("disconnected"));
@@ -183,6 +229,10 @@ void Session::ftReConect(bool &ok)
     const QStringList pieces = m->reconnectInformation.split(QLatin1Char('\t'));
     if (pieces.size() < 3 || !m->client)
         return;
+    if (m->insideWait("ftReConect")) {
+        ok = false;
+        return;
+    }
     const QString &user = pieces.at(0);
     const QString &password = pieces.at(1);
     const bool passive = (pieces.at(2).toUInt() & passiveFlag) != 0;
@@ -196,12 +246,14 @@ void Session::ftReConect(bool &ok)
             ok = true;
             return;
         }
-        m->errorLog.LogError(QStringLiteral("ftReConect Err sUsr=") + user +
-                             QStringLiteral(" sPwd=") + password);
+        const bool cancelled = opened.error().kind == ErrorClass::Cancelled;
+        if (!cancelled)
+            m->errorLog.LogError(QStringLiteral("ftReConect Err sUsr=") + user +
+                                 QStringLiteral(" sPwd=") + password);
         CloseInternet();
         bool reopened = true;
         OpenInternet(m->proxy, reopened, true);
-        if (opened.error().kind == ErrorClass::Cancelled)
+        if (cancelled)
             return;
         if (!reopened)
             break;

@@ -18,7 +18,8 @@ class Waiter;
 
 /// The one FTP session of the program: closed, open (a handle and its proxy) or connected to one
 /// registered site. All remote operations use the client kept here and call ftReConect when an
-/// operation fails. One function changes the state, and it logs.
+/// operation fails. One function changes the state, and it logs. Operations wait in a nested event
+/// loop; what an event of that loop asks of the session meanwhile is left out, and noted.
 class Session
 {
 public:

@@ -46,7 +46,8 @@ QString siteTableName(const QString &siteName)
 bool isReservedSite(const QString &siteName)
 {
     const QString table = siteTableName(siteName).trimmed();
-    for (const char *own : {"msSite", "msSync", "tbFold", "tbFile"}) {
+    for (const char *own :
+         {"msSite", "msSync", "tbFold", "tbFile", "incomplete directories", "unfinished uploads"}) {
         if (table.compare(QLatin1String(own), Qt::CaseInsensitive) == 0)
             return true;
     }

@@ -1,9 +1,11 @@
 // The session's states, messages and log lines, on a scripted server.
+#include "db/Store.h"
 #include "ftp/EngineFixture.h"
 #include "support/Ports.h"
 #include "support/ScriptedServer.h"
 
 #include <QTest>
+#include <QTimer>
 
 using namespace venlo;
 using venlo::test::EngineFixture;
@@ -56,6 +58,12 @@ private Q_SLOTS:
     void reconnectGivesUpAfterFive();
     void homeDirectoryDropsBackslash();
     void logRestartsOncePerOpen();
+    void cancelledReconnectIsNoError();
+    void staysPassiveAfterReconnect();
+    void passwordStaysOutOfTheSecondLog_data();
+    void passwordStaysOutOfTheSecondLog();
+    void lockedStoreIsNotAWrongName();
+    void operationInsideAWaitIsLeftOut();
 };
 
 void tst_Session::connectsAndDisconnects()
@@ -204,6 +212,8 @@ void tst_Session::secretsStayOnThisSide_data()
     QTest::newRow("CR in name") << QStringLiteral("us\rer") << password;
     QTest::newRow("LF in name") << QStringLiteral("us\ner") << password;
     QTest::newRow("CR LF in password") << user << QStringLiteral("pass\r\nDELE index.html");
+    QTest::newRow("tab in name") << QStringLiteral("us\ter") << password;
+    QTest::newRow("tab in password") << user << QStringLiteral("pa\tss");
     QTest::newRow("NUL in password") << user << QStringLiteral("pa%1ss").arg(QChar(0));
 }
 
@@ -217,6 +227,7 @@ void tst_Session::secretsStayOnThisSide()
     f.person.expectMessage(cannotConnect(server.server()));
     QVERIFY(!f.connectTo(site, server.server(), name, secret));
     QCOMPARE(server.commands(), QList<QByteArray>());
+    QCOMPARE(f.errorLines(), QStringList(QStringLiteral("InternetConnect")));
     QVERIFY(f.person.verify());
 }
 
@@ -273,7 +284,8 @@ void tst_Session::siteNameWithDotIsNeverKept()
 void tst_Session::ownTablesAreNoSites_data()
 {
     QTest::addColumn<QString>("name");
-    for (const char *name : {"msSite", "MSSYNC", "tbFold", "tbfile", "msSite "})
+    for (const char *name : {"msSite", "MSSYNC", "tbFold", "tbfile", "msSite ",
+                             "incomplete directories", "Unfinished Uploads"})
         QTest::newRow(name) << QString::fromLatin1(name);
 }
 
@@ -350,6 +362,115 @@ void tst_Session::logRestartsOncePerOpen()
     f.session.CloseInternet();
     f.session.OpenInternet(QString(), ok, false);
     QVERIFY(f.errorLines().isEmpty());
+}
+
+void tst_Session::cancelledReconnectIsNoError()
+{
+    ScriptedServer server;
+    QVERIFY(server.start());
+    EngineFixture f;
+    QVERIFY(f.connectTo(site, server.server(), user, password));
+    server.on("PASS").hang();
+    f.person.cancelNow();
+    bool ok = true;
+    f.session.ftReConect(ok);
+    QVERIFY(!ok);
+    QCOMPARE(f.errorLines(), QStringList());
+    QCOMPARE(f.session.state(), Session::Open);
+    QVERIFY(f.person.verify());
+}
+
+void tst_Session::staysPassiveAfterReconnect()
+{
+    ScriptedServer server;
+    server.on("PORT").reply(500, "no");
+    QVERIFY(server.start());
+    EngineFixture f;
+    f.registerSite(site, server.server(), user, password);
+    QVERIFY(f.connectTo(site, server.server(), user, password, false));
+    QVERIFY(f.session.client().list());
+    QVERIFY(f.session.client().list());
+    server.dropConnections();
+    bool ok = false;
+    f.session.ftReConect(ok);
+    QVERIFY(ok);
+    QVERIFY(f.session.client().list());
+    QCOMPARE(server.count("MLSD"), 3);
+    QCOMPARE(server.count("PORT"), 1);
+}
+
+void tst_Session::passwordStaysOutOfTheSecondLog_data()
+{
+    QTest::addColumn<QString>("prefix");
+    QTest::addColumn<QByteArray>("words");
+    QTest::newRow("the reply echoes it") << QString() << QByteArray("Secret-77 is not it");
+    QTest::newRow("server text holds it")
+        << QStringLiteral("user:Secret-77@") << QByteArray("never asked");
+}
+
+void tst_Session::passwordStaysOutOfTheSecondLog()
+{
+    QFETCH(QString, prefix);
+    QFETCH(QByteArray, words);
+    ScriptedServer server;
+    server.on("PASS").reply(530, words);
+    QVERIFY(server.start());
+    EngineFixture f;
+    f.person.expectMessage(cannotConnect(prefix + server.server()));
+    const QString given = prefix.isEmpty() ? QStringLiteral("Secret-77") : password;
+    QVERIFY(!f.connectTo(site, prefix + server.server(), user, given));
+    QVERIFY(f.events().contains(QLatin1String(" failed: ")));
+    QVERIFY2(!f.events().contains(QLatin1String("Secret-77")), qPrintable(f.events()));
+    QVERIFY(f.person.verify());
+}
+
+void tst_Session::lockedStoreIsNotAWrongName()
+{
+    ScriptedServer server;
+    QVERIFY(server.start());
+    EngineFixture f;
+    Store other;
+    other.open(f.path(QStringLiteral("dbFtp.mdb")));
+    other.begin();
+    other.exec(QStringLiteral("CREATE TABLE \"the lock\" (a)"));
+    f.person.allowMessages();
+    QVERIFY(!f.connectTo(site, server.server(), user, password));
+    other.rollback();
+    QVERIFY(!f.person.messages().isEmpty());
+    const QString said = f.person.messages().join(QLatin1Char('\n'));
+    QVERIFY2(said.contains(QStringLiteral("ﾃﾞｰﾀﾍﾞｰｽは他のﾌﾟﾛｸﾞﾗﾑが使用中です")), qPrintable(said));
+    QVERIFY2(!said.contains(QStringLiteral("登録名")), qPrintable(said));
+    QCOMPARE(f.session.state(), Session::Open);
+}
+
+void tst_Session::operationInsideAWaitIsLeftOut()
+{
+    ScriptedServer server;
+    server.on("PASS").delay(400);
+    QVERIFY(server.start());
+    EngineFixture f;
+    QList<bool> answers;
+    QObject context;
+    QTimer::singleShot(150, &context, [&] {
+        bool ok = true;
+        f.session.Connect(QStringLiteral("other"), server.server(), user, password, true, ok);
+        answers.append(ok);
+        ok = true;
+        f.session.OpenInternet(QString(), ok, false);
+        answers.append(ok);
+        ok = true;
+        f.session.ftReConect(ok);
+        f.session.Disconnect();
+        f.session.CloseInternet();
+        QCOMPARE(f.session.state(), Session::Open);
+    });
+    QVERIFY(f.connectTo(site, server.server(), user, password));
+    QCOMPARE(answers, QList<bool>({false, false}));
+    QCOMPARE(f.session.currentSite(), site);
+    QCOMPARE(server.connections(), 1);
+    for (const char *what : {"Connect", "OpenInternet", "Disconnect", "CloseInternet"})
+        QVERIFY2(f.events().contains(QLatin1String(what) + QLatin1String(" left out")), what);
+    QVERIFY(f.person.verify());
 }
 
 QTEST_GUILESS_MAIN(tst_Session)
