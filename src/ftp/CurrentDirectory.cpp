@@ -7,6 +7,8 @@
 #include "shared/FrontEnd.h"
 #include "shared/RemotePath.h"
 
+#include <QStringList>
+
 namespace venlo
 {
 
@@ -31,6 +33,43 @@ bool CurrentDirectory::change(const QString &dir)
     return changed.ok();
 }
 
+Result<QByteArray> CurrentDirectory::lookUp(const QString &parent, const QString &leaf)
+{
+    FtpClient &client = m_session.client();
+    if (auto there = client.changeDirectory(m_cache.rawPath(parent)); !there)
+        return there.error();
+    const auto listing = client.list();
+    if (!listing)
+        return listing.error();
+    for (const RemoteEntry &entry : listing.value().entries) {
+        if (entry.name == leaf)
+            return entry.rawName;
+    }
+    if (!listing.value().whole)
+        return Error{ErrorClass::Retry, listing.value().why, 0};
+    return QByteArray();
+}
+
+Result<void> CurrentDirectory::learn(const QString &dir)
+{
+    QString parent = QStringLiteral("/");
+    for (const QString &leaf : dir.split(QLatin1Char('/'), Qt::SkipEmptyParts)) {
+        const QString path = remoteChild(parent, leaf);
+        if (!m_cache.knowsRawPath(path)) {
+            const auto raw = lookUp(parent, leaf);
+            // What the server does not show, it may still let in.
+            if (!raw)
+                return raw.error().kind == ErrorClass::Refused ? Result<void>()
+                                                               : Result<void>(raw.error());
+            if (raw.value().isEmpty())
+                return {};
+            m_cache.learnRawPath(path, raw.value());
+        }
+        parent = path;
+    }
+    return {};
+}
+
 void CurrentDirectory::sjCrntDir(const QString &dir, bool &ok)
 {
     const bool create = ok;
@@ -43,8 +82,17 @@ void CurrentDirectory::sjCrntDir(const QString &dir, bool &ok)
         return;
     }
     const QString target = m_cache.normalised(dir);
+    bool known = m_cache.knowsRawPath(target);
     for (int attempt = 1; attempt <= attempts; ++attempt) {
-        if (change(target)) {
+        bool there = change(target);
+        if (!there && !known && m_lastError.kind == ErrorClass::Refused) {
+            const Error refusal = m_lastError;
+            known = learn(target).ok();
+            there = known && m_cache.knowsRawPath(target) && change(target);
+            if (!there)
+                m_lastError = refusal;
+        }
+        if (there) {
             m_session.setCurrentRemoteDir(target);
             ok = true;
             return;
@@ -54,8 +102,8 @@ void CurrentDirectory::sjCrntDir(const QString &dir, bool &ok)
         if (said.kind == ErrorClass::Cancelled)
             return;
         bool made = false;
-        if (create && said.kind != ErrorClass::Lost)
-            sjMakePrDir(target, made);
+        if (create && known && said.kind != ErrorClass::Lost)
+            makeChain(target, made);
         bool reconnected = true;
         m_session.ftReConect(reconnected);
         m_lastError = said;
@@ -68,6 +116,13 @@ void CurrentDirectory::sjCrntDir(const QString &dir, bool &ok)
 void CurrentDirectory::sjMakePrDir(const QString &dir, bool &ok)
 {
     ok = false;
+    if (m_session.connected() && (m_cache.knowsRawPath(dir) || learn(dir).ok()))
+        makeChain(dir, ok);
+}
+
+void CurrentDirectory::makeChain(const QString &dir, bool &ok)
+{
+    ok = false;
     QString parent;
     QString leaf;
     sjSplitPath(dir, parent, leaf);
@@ -77,11 +132,11 @@ void CurrentDirectory::sjMakePrDir(const QString &dir, bool &ok)
         if (m_lastError.kind != ErrorClass::Refused && m_lastError.kind != ErrorClass::Retry)
             return;
         bool parentMade = false;
-        sjMakePrDir(parent, parentMade);
+        makeChain(parent, parentMade);
         if (!change(parent))
             return;
     }
-    const auto made = m_session.client().makeDirectory(m_session.client().codec().encode(leaf));
+    const auto made = m_session.client().makeDirectory(m_cache.rawName(parent, leaf));
     ok = made.ok();
     if (ok) {
         if (!m_flags.unattendedTransfer)

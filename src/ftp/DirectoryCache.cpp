@@ -23,8 +23,7 @@ bool isAscii(const QString &text)
 DirectoryCache::DirectoryCache(Session &session, Database &database, FrontEnd &frontEnd,
                                Flags &flags)
     : m_session(session), m_database(database), m_frontEnd(frontEnd), m_flags(flags),
-      m_current(session, *this, frontEnd, flags), m_marks(database),
-      m_unfinished(database)
+      m_current(session, *this, frontEnd, flags), m_marks(database), m_unfinished(database)
 {
 }
 
@@ -46,8 +45,9 @@ QString DirectoryCache::normalised(const QString &dir) const
 bool DirectoryCache::refusesPath(const QString &dir)
 {
     const QString server = m_session.server();
-    const bool refused = !server.isEmpty() && dir.startsWith(QLatin1Char('/')) &&
-                         dir.contains(server, Qt::CaseInsensitive);
+    // At the very front it is cut off; anywhere else the cut would leave the path of another
+    // directory.
+    const bool refused = !server.isEmpty() && dir.indexOf(server, 0, Qt::CaseInsensitive) > 0;
     if (refused)
         m_session.eventLog().note(QStringLiteral("refused, the path holds the server's name: ") +
                                   dir);
@@ -208,7 +208,15 @@ bool DirectoryCache::cachedFile(const QString &dir, const QString &name, double 
     return true;
 }
 
-QByteArray DirectoryCache::rawName(const QString &dir, const QString &name)
+void DirectoryCache::noticeSite()
+{
+    if (m_site == m_session.currentSite())
+        return;
+    m_site = m_session.currentSite();
+    m_rawPaths.clear();
+}
+
+std::optional<QByteArray> DirectoryCache::cachedRawName(const QString &dir, const QString &name)
 {
     if (isAscii(name))
         return name.toLatin1();
@@ -217,24 +225,59 @@ QByteArray DirectoryCache::rawName(const QString &dir, const QString &name)
         table->find({QStringLiteral("raw name")}, {QStringLiteral("sDir"), QStringLiteral("sName")},
                     {normalised(dir), name});
     if (fields.isEmpty())
-        return m_session.client().codec().encode(name);
+        return std::nullopt;
     return fields.at(0).isNull() ? name.toUtf8() : fields.at(0).toByteArray();
 }
 
-QByteArray DirectoryCache::rawPath(const QString &dir)
+QByteArray DirectoryCache::rawName(const QString &dir, const QString &name)
+{
+    const auto cached = cachedRawName(dir, name);
+    return cached ? *cached : m_session.client().codec().encode(name);
+}
+
+std::optional<QByteArray> DirectoryCache::knownRawPath(const QString &dir)
 {
     if (isAscii(dir))
         return dir.toLatin1();
-    const auto known = m_rawPaths.constFind(dir);
-    if (known != m_rawPaths.constEnd())
+    noticeSite();
+    if (const auto known = m_rawPaths.constFind(dir); known != m_rawPaths.constEnd())
         return *known;
     QString parent;
     QString leaf;
     sjSplitPath(dir, parent, leaf);
-    const QByteArray above = parent == QLatin1String("/") ? QByteArray() : rawPath(parent);
-    QByteArray raw = above + '/' + rawName(parent, leaf);
+    const auto above = knownRawPath(parent);
+    const auto name = cachedRawName(parent, leaf);
+    if (!above || !name)
+        return std::nullopt;
+    const QByteArray raw = (parent == QLatin1String("/") ? QByteArray() : *above) + '/' + *name;
     m_rawPaths.insert(dir, raw);
     return raw;
+}
+
+bool DirectoryCache::knowsRawPath(const QString &dir)
+{
+    return knownRawPath(dir).has_value();
+}
+
+void DirectoryCache::learnRawPath(const QString &dir, const QByteArray &rawName)
+{
+    QString parent;
+    QString leaf;
+    sjSplitPath(dir, parent, leaf);
+    noticeSite();
+    m_rawPaths.insert(dir, (parent == QLatin1String("/") ? QByteArray() : rawPath(parent)) + '/' +
+                               rawName);
+}
+
+QByteArray DirectoryCache::rawPath(const QString &dir)
+{
+    if (const auto known = knownRawPath(dir))
+        return *known;
+    QString parent;
+    QString leaf;
+    sjSplitPath(dir, parent, leaf);
+    return (parent == QLatin1String("/") ? QByteArray() : rawPath(parent)) + '/' +
+           rawName(parent, leaf);
 }
 
 std::vector<DirectoryCache::Incomplete> DirectoryCache::incompleteUnder(const QString &dir)

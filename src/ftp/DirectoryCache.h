@@ -64,6 +64,10 @@ public:
     [[nodiscard]] QByteArray rawName(const QString &dir, const QString &name);
     /// The bytes of a whole path, component by component.
     [[nodiscard]] QByteArray rawPath(const QString &dir);
+    /// False when the bytes of a path are a guess: a part of it was never listed.
+    [[nodiscard]] bool knowsRawPath(const QString &dir);
+    /// Takes the bytes the server shows a folder with, by which its path is addressed from now on.
+    void learnRawPath(const QString &dir, const QByteArray &rawName);
     /// An entry's cached time (day count) and true size in bytes; false when not cached.
     [[nodiscard]] bool cachedFile(const QString &dir, const QString &name, double &day,
                                   qint64 &size);
@@ -73,8 +77,8 @@ public:
     /// Entries that are shown with a day only, below dir: (directory, name).
     [[nodiscard]] std::vector<std::pair<QString, QString>> dayOnlyUnder(const QString &dir);
 
-    /// Why an operation must not touch this directory (it holds the server's text behind a
-    /// leading "/" and would reach another one), empty when it may. Logs the refusal.
+    /// Why an operation must not touch this directory (it holds the server's text
+    /// elsewhere than in front and would reach another one), empty when it may. Logs the refusal.
     [[nodiscard]] bool refusesPath(const QString &dir);
 
     /// Uploads into the current site that were begun and never confirmed whole; the notes of them.
@@ -98,6 +102,11 @@ private:
     void mark(const QString &dir, const QString &why, bool refused);
     void dropPrefix(const QString &statement, const QString &prefix);
     [[nodiscard]] bool isLoaded(const QString &dir);
+    /// The bytes of a row's name, nothing when there is no such row.
+    [[nodiscard]] std::optional<QByteArray> cachedRawName(const QString &dir, const QString &name);
+    [[nodiscard]] std::optional<QByteArray> knownRawPath(const QString &dir);
+    /// Forgets what was learned of another site.
+    void noticeSite();
     /// Queries and statements on the cache table; quotes in values are doubled, so that any name
     /// of the server works.
     [[nodiscard]] Rows ask(const QString &sql, const QVariantList &values);
@@ -114,7 +123,8 @@ private:
     CurrentDirectory m_current;
     IncompleteMarks m_marks;
     UnfinishedUploads m_unfinished;
-    QHash<QString, QByteArray> m_rawPaths; ///< bytes of paths that are not plain ASCII
+    QString m_site;                        ///< the one the following belong to
+    QHash<QString, QByteArray> m_rawPaths; ///< bytes of paths that are not plain ASCII; no guesses
 };
 
 } // namespace venlo

@@ -118,7 +118,7 @@ void DirectoryCache::renamed(const QString &path, const QString &oldName, const 
         (void)change(
             QStringLiteral("Update ? Set sDir='?' + Mid(sDir,?) Where sDir Like '?*'"),
             {remoteChild(dir, newName), static_cast<qlonglong>(oldPath.size() + 1), oldPath});
-        m_marks.clearPrefix(m_session.currentSite(), oldPath);
+        m_marks.movePrefix(m_session.currentSite(), oldPath, remoteChild(dir, newName));
     } else {
         (void)change(
             QStringLiteral("Update ? Set sName='?' Where sDir='?' And sName='?' And bFd=0"),

@@ -32,6 +32,17 @@ void IncompleteMarks::clearPrefix(const QString &site, const QString &prefix)
     }
 }
 
+void IncompleteMarks::movePrefix(const QString &site, const QString &prefix,
+                                 const QString &newPrefix)
+{
+    for (const Mark &mark : under(site, QStringLiteral("/"))) {
+        if (!mark.dir.startsWith(prefix, Qt::CaseInsensitive))
+            continue;
+        clear(site, mark.dir);
+        set(site, {newPrefix + mark.dir.mid(prefix.size()), mark.why, mark.refused});
+    }
+}
+
 std::vector<IncompleteMarks::Mark> IncompleteMarks::under(const QString &site, const QString &dir)
 {
     const Rows rows = m_database.store().query(

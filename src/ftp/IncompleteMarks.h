@@ -27,6 +27,8 @@ public:
     /// Forgets the marks of every directory whose path begins with prefix, as the cache's own
     /// prefix deletions forget the rows.
     void clearPrefix(const QString &site, const QString &prefix);
+    /// Gives the marks of those directories their path below a prefix's new spelling.
+    void movePrefix(const QString &site, const QString &prefix, const QString &newPrefix);
     /// Marks at or below dir, letter case ignored.
     [[nodiscard]] std::vector<Mark> under(const QString &site, const QString &dir);
 

@@ -57,7 +57,14 @@ void RemoteOperations::sjCrntDir(const QString &dir, bool &ok)
 
 void RemoteOperations::sjMakePrDir(const QString &dir, bool &ok)
 {
-    m->context.cache.currentDirectory().sjMakePrDir(m->context.cache.normalised(dir), ok);
+    ok = true;
+    carryOut(ok, [&] {
+        bool made = false;
+        if (!m->context.cache.refusesPath(dir))
+            m->context.cache.currentDirectory().sjMakePrDir(m->context.cache.normalised(dir), made);
+        return made;
+    });
+    ok = ok && m->context.session.connected();
 }
 
 void RemoteOperations::ftGetFile(const QString &dir, const QString &names,

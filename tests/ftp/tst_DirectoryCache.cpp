@@ -88,8 +88,11 @@ private Q_SLOTS:
     void pathWithServerTextIsRefused();
     void addedRowTakesNewValues();
     void rawBytesAddressTheEntry();
+    void neverListedPathIsLookedUp();
+    void pathsBelongToTheirSite();
     void quotesWork();
     void renamedFolderRewritesByPrefix();
+    void renamedFolderKeepsItsMark();
     void listOffsetIsLearned_data();
     void listOffsetIsLearned();
     void dayOnlyTakesMdtmMinute();
@@ -486,6 +489,7 @@ void tst_DirectoryCache::pathWithServerTextIsRefused()
     QVERIFY(f.start());
     const QString path = QStringLiteral("/backup/") + f.server.server() + QStringLiteral("/x");
     QVERIFY(f.cache.refusesPath(path));
+    QVERIFY(f.cache.refusesPath(path.mid(1)));
     QVERIFY(!f.cache.refusesPath(f.server.server() + QStringLiteral("/x")));
     const auto before = f.server.commands().size();
     QVERIFY(!f.load(path));
@@ -536,6 +540,47 @@ void tst_DirectoryCache::rawBytesAddressTheEntry()
     QCOMPARE(f.server.count("CWD", "/" + sjis), 1);
 }
 
+void tst_DirectoryCache::neverListedPathIsLookedUp()
+{
+    Connected f;
+    f.server.options().utf8 = false;
+    const QByteArray sjis = "\x93\xfa\x96\x7b"; // 日本
+    f.server.put("/" + sjis + "/" + sjis + "/a.txt", "hello");
+    QVERIFY(f.start());
+    const QString dir = QStringLiteral("/日本/日本");
+    QVERIFY(f.load(dir));
+    QCOMPARE(f.cache.caFileNames(dir), QStringLiteral("a.txt"));
+    QCOMPARE(f.cache.rawPath(dir), "/" + sjis + "/" + sjis);
+    QCOMPARE(f.incomplete(slash()), QStringList());
+    QCOMPARE(f.errorLines(), QStringList());
+    QCOMPARE(f.server.logins(), 1);
+    // What was only looked up is not in the cache.
+    QCOMPARE(f.cacheRows(QStringLiteral("web")).size(), 1);
+}
+
+void tst_DirectoryCache::pathsBelongToTheirSite()
+{
+    Connected f;
+    f.server.options().utf8 = false;
+    const QByteArray sjis = "\x93\xfa\x96\x7b"; // 日本
+    f.server.put("/" + sjis + "/a.txt", "hello");
+    QVERIFY(f.start());
+    const QString dir = QStringLiteral("/日本");
+    QCOMPARE(f.cache.rawPath(dir), dir.toUtf8());
+    QVERIFY(f.load(slash()));
+    QCOMPARE(f.cache.rawPath(dir), "/" + sjis);
+
+    ScriptedServer other;
+    other.put(dir.toUtf8() + "/b.txt", "hello");
+    QVERIFY(other.start());
+    f.session.Disconnect();
+    f.registerSite(QStringLiteral("other"), other.server(), other.user(), other.password());
+    QVERIFY(f.connectTo(QStringLiteral("other"), other.server(), other.user(), other.password()));
+    QVERIFY(f.load(dir));
+    QCOMPARE(f.cache.caFileNames(dir), QStringLiteral("b.txt"));
+    QCOMPARE(other.count("CWD", "/" + sjis), 0);
+}
+
 void tst_DirectoryCache::quotesWork()
 {
     Connected f;
@@ -565,6 +610,18 @@ void tst_DirectoryCache::renamedFolderRewritesByPrefix()
     QCOMPARE(places, QStringList({QStringLiteral("/|1|ab"), QStringLiteral("/|1|b"),
                                   QStringLiteral("/b|1|x"), QStringLiteral("/b/x|0|1.txt"),
                                   QStringLiteral("/bb|0|2.txt")}));
+}
+
+void tst_DirectoryCache::renamedFolderKeepsItsMark()
+{
+    Connected f;
+    f.server.put("/a/x/f.txt", "hello");
+    QVERIFY(f.start());
+    f.server.on("MLSD").nth(3).reply(550, "no");
+    f.cache.caRefresh(slash());
+    QCOMPARE(f.incomplete(slash()), QStringList(QStringLiteral("/a/x")));
+    f.cache.renamed(slash(), QStringLiteral("a"), QStringLiteral("b"), true);
+    QCOMPARE(f.incomplete(slash()), QStringList(QStringLiteral("/b/x")));
 }
 
 void tst_DirectoryCache::listOffsetIsLearned_data()

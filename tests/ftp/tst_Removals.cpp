@@ -437,7 +437,10 @@ void tst_Removals::makesChains()
     f.operations.sjMakePrDir(QStringLiteral("/x/y/z/"), f.ok);
     QVERIFY(f.ok);
     QVERIFY(f.server.exists("/x/y/z"));
-    f.ok = false;
+    f.operations.sjMakePrDir(QStringLiteral("/b/") + f.server.server() + QStringLiteral("/x"),
+                             f.ok);
+    QVERIFY(!f.ok);
+    QVERIFY(!f.server.exists("/b"));
     f.operations.sjCrntDir(QStringLiteral("/x/y"), f.ok);
     QVERIFY(f.ok);
     QCOMPARE(f.session.currentRemoteDir(), QStringLiteral("/x/y"));

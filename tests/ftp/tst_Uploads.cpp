@@ -91,6 +91,7 @@ private Q_SLOTS:
     void folderThatCannotBeRead();
     void linkedFoldersAreNotFollowed();
     void listFormWithoutAListing();
+    void neverListedFolderIsFound();
 };
 
 void tst_Uploads::threeCommandsPerFile()
@@ -550,6 +551,22 @@ void tst_Uploads::doesNothing()
     f.operations.ftPutFile(QStringLiteral("/new"), QString(), f.here(), f.ok);
     QVERIFY(f.ok);
     QCOMPARE(f.work(), QList<QByteArray>());
+}
+
+void tst_Uploads::neverListedFolderIsFound()
+{
+    Fixture f;
+    f.server.options().utf8 = false;
+    const QByteArray sjis = "\x93\xfa\x96\x7b"; // 日本
+    f.server.makeFolder("/" + sjis);
+    QVERIFY(f.start());
+    f.write(QStringLiteral("a.txt"), "hello");
+    f.putPath(QStringLiteral("a.txt"), QStringLiteral("/日本/本日"));
+    QVERIFY(f.ok);
+    // What is new is made in what the server's names are in.
+    QCOMPARE(f.server.file("/" + sjis + "/\x96\x7b\x93\xfa/a.txt"), QByteArray("hello"));
+    QCOMPARE(f.server.count("MKD"), 1);
+    QCOMPARE(f.errorLines(), QStringList());
 }
 
 void tst_Uploads::emptyAndLargeFiles()
