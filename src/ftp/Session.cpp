@@ -78,7 +78,8 @@ Session::~Session()
 
 void Session::Data::setState(State next, const QString &why)
 {
-    eventLog.note(QStringLiteral("session %1 -> %2: %3").arg(state).arg(next).arg(why));
+    const QString line = QStringLiteral("session %1 -> %2: %3").arg(state).arg(next).arg(why);
+    eventLog.note(client ? client->withoutSecret(line) : line);
     state = next;
     if (next != Connected)
         homeDirectory.clear();

@@ -6,11 +6,14 @@
 
 #include <QBuffer>
 #include <QElapsedTimer>
+#include <QTcpServer>
+#include <QTcpSocket>
 #include <QTest>
 #include <QThread>
 #include <QTimer>
 
 #include <chrono>
+#include <memory>
 #include <optional>
 #include <thread>
 
@@ -90,6 +93,57 @@ struct Fixture {
     QObject timerContext;
 };
 
+/// An HTTP proxy that knows CONNECT alone (RFC 9110, 9.3.6), in the test's own event loop.
+class ConnectProxy
+{
+public:
+    [[nodiscard]] bool start()
+    {
+        QObject::connect(&m_server, &QTcpServer::newConnection, &m_server, [this] {
+            while (QTcpSocket *client = m_server.nextPendingConnection())
+                take(client);
+        });
+        return m_server.listen(QHostAddress::LocalHost);
+    }
+    [[nodiscard]] QString text() const
+    {
+        return QStringLiteral("127.0.0.1:%1").arg(m_server.serverPort());
+    }
+    /// "host:port" of every CONNECT, in order.
+    [[nodiscard]] const QList<QByteArray> &asked() const { return m_asked; }
+
+private:
+    void take(QTcpSocket *client)
+    {
+        auto *target = new QTcpSocket(client);
+        const auto head = std::make_shared<QByteArray>();
+        QObject::connect(client, &QTcpSocket::readyRead, target, [this, client, target, head] {
+            if (target->state() == QAbstractSocket::ConnectedState) {
+                target->write(client->readAll());
+                return;
+            }
+            *head += client->readAll();
+            if (!head->endsWith("\r\n\r\n") || !head->startsWith("CONNECT "))
+                return;
+            m_asked.append(head->split(' ').value(1));
+            const qsizetype colon = m_asked.last().lastIndexOf(':');
+            target->connectToHost(QString::fromLatin1(m_asked.last().left(colon)),
+                                  m_asked.last().mid(colon + 1).toUShort());
+        });
+        QObject::connect(target, &QTcpSocket::connected, client,
+                         [client] { client->write("HTTP/1.1 200 Connected\r\n\r\n"); });
+        QObject::connect(target, &QTcpSocket::readyRead, client,
+                         [client, target] { client->write(target->readAll()); });
+        QObject::connect(target, &QTcpSocket::disconnected, client,
+                         &QTcpSocket::disconnectFromHost);
+        QObject::connect(client, &QTcpSocket::disconnected, target,
+                         &QTcpSocket::disconnectFromHost);
+    }
+
+    QTcpServer m_server;
+    QList<QByteArray> m_asked;
+};
+
 } // namespace
 
 class tst_FtpClientFaults : public QObject
@@ -109,6 +163,7 @@ private Q_SLOTS:
     void activeFallsBack();
     void movedBytesAreNotMovedAgain_data();
     void movedBytesAreNotMovedAgain();
+    void proxyCarriesBothConnections();
     void endlessGreeting();
     void loginIsAlwaysUtf8();
     void passwordIsNeverTraced();
@@ -313,6 +368,22 @@ void tst_FtpClientFaults::movedBytesAreNotMovedAgain()
     QCOMPARE(f.transfer(verb), std::optional(ErrorClass::Retry));
     QCOMPARE(f.server.count(verb), 1);
     QCOMPARE(f.client.activeUnusable(), !portWorks);
+}
+
+void tst_FtpClientFaults::proxyCarriesBothConnections()
+{
+    Fixture f;
+    ConnectProxy proxy;
+    QVERIFY(proxy.start());
+    QVERIFY(f.server.start());
+    QVERIFY(f.login(false, proxy.text())); // nobody can connect to us behind a proxy: passive
+    QCOMPARE(f.get("a"), QByteArray("first"));
+    QVERIFY(f.put("new", QByteArray(300'000, 'n')));
+    QCOMPARE(f.server.file("/new"), QByteArray(300'000, 'n'));
+    QCOMPARE(proxy.asked().size(), 3);
+    QCOMPARE(proxy.asked().first(), f.server.server().toLatin1());
+    QVERIFY(proxy.asked().at(1).startsWith("127.0.0.1:"));
+    QCOMPARE(f.server.count("PORT") + f.server.count("EPRT"), 0);
 }
 
 void tst_FtpClientFaults::endlessGreeting()
