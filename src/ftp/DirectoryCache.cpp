@@ -58,28 +58,32 @@ Rows DirectoryCache::ask(const QString &sql, const QVariantList &values)
 {
     Rows rows;
     int count = 0;
-    m_database.SelectRows(filled(sql, withDoubledQuotes(values)), rows, count);
+    m_database.SelectRows(statement(sql, values), rows, count);
     return rows;
 }
 
 bool DirectoryCache::change(const QString &sql, const QVariantList &values)
 {
     bool ok = false;
-    m_database.ExecSql(filled(sql, withDoubledQuotes(values)), ok);
+    m_database.ExecSql(statement(sql, values), ok);
     return ok;
 }
 
-QVariantList DirectoryCache::withDoubledQuotes(const QVariantList &values) const
+void DirectoryCache::tryChange(const QString &sql, const QVariantList &values)
 {
-    QVariantList safe{m_session.currentSite()};
-    for (const QVariant &value : values) {
-        if (value.userType() != QMetaType::QString) {
-            safe.append(value);
-            continue;
-        }
-        safe.append(value.toString().replace(QLatin1Char('\''), QStringLiteral("''")));
+    if (!change(sql, values))
+        m_session.eventLog().note(QStringLiteral("cache not in step: ") + m_database.lastError());
+}
+
+QString DirectoryCache::statement(const QString &sql, const QVariantList &values) const
+{
+    const QStringList parts = sql.split(QLatin1Char('?'));
+    QString text = parts.value(0) + m_session.currentSite();
+    for (qsizetype i = 0; i < values.size(); ++i) {
+        text += parts.value(i + 1);
+        text += values.at(i).toString().replace(QLatin1Char('\''), QStringLiteral("''"));
     }
-    return safe;
+    return text + parts.value(values.size() + 1);
 }
 
 bool DirectoryCache::isLoaded(const QString &dir)
@@ -214,6 +218,7 @@ void DirectoryCache::noticeSite()
         return;
     m_site = m_session.currentSite();
     m_rawPaths.clear();
+    m_offsetSamples = 0;
 }
 
 std::optional<QByteArray> DirectoryCache::cachedRawName(const QString &dir, const QString &name)

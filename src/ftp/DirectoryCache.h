@@ -93,27 +93,39 @@ private:
     enum class Loaded { Yes, No, NotConnected };
     [[nodiscard]] Loaded load(const QString &dir, LoadMode mode, QStringList &subFolders,
                               QString &misfits);
-    [[nodiscard]] Loaded storeListing(const QString &dir, const Listing &listing,
-                                      QStringList &subFolders, QString &misfits);
+    class Walk;
+    /// The current directory's listing; nothing, with the reason, when there is none.
+    [[nodiscard]] std::optional<Listing> listed(const QString &dir, QString &why);
+    void storeListing(const QString &dir, const Listing &listing, QStringList &subFolders,
+                      QString &misfits);
     [[nodiscard]] QString addRows(const QString &dir, const Listing &listing,
                                   QStringList &subFolders);
     void learnOffset(const QString &dir, const Listing &listing);
     void caRecTree(const QString &dir, int depth);
     void mark(const QString &dir, const QString &why, bool refused);
-    void dropPrefix(const QString &statement, const QString &prefix);
+    /// Forgets the rows and marks of every directory whose path begins with prefix.
+    void dropPrefix(const QString &prefix);
+    /// Directories with rows whose path begins with prefix, letter case ignored.
+    [[nodiscard]] QStringList directoriesFrom(const QString &prefix);
     [[nodiscard]] bool isLoaded(const QString &dir);
     /// The bytes of a row's name, nothing when there is no such row.
     [[nodiscard]] std::optional<QByteArray> cachedRawName(const QString &dir, const QString &name);
     [[nodiscard]] std::optional<QByteArray> knownRawPath(const QString &dir);
     /// Forgets what was learned of another site.
     void noticeSite();
-    /// Queries and statements on the cache table; quotes in values are doubled, so that any name
-    /// of the server works.
+    /// A statement on the cache table. Values go in as they are but for their quotes, which are
+    /// doubled: any name of the server works, "?" and quotes included.
+    [[nodiscard]] QString statement(const QString &sql, const QVariantList &values) const;
     [[nodiscard]] Rows ask(const QString &sql, const QVariantList &values);
     [[nodiscard]] bool change(const QString &sql, const QVariantList &values);
-    [[nodiscard]] QVariantList withDoubledQuotes(const QVariantList &values) const;
+    /// Runs a change that other rows do not depend on; a failure is noted.
+    void tryChange(const QString &sql, const QVariantList &values);
     [[nodiscard]] QString names(const QString &sql, const QString &dir);
     void addRow(const QString &localPath, const QString &dir, const QString &name, bool folder);
+    /// Puts a row in the place of one of its name; a failure is noted and leaves the old row.
+    [[nodiscard]] bool replaceRow(const QString &dir, const QString &name, bool folder, double day,
+                                  qint64 size);
+    void movePrefix(const QString &oldPath, const QString &newPath);
     void rememberRawName(const QString &dir, const QString &name, const QByteArray &bytes);
 
     Session &m_session;
@@ -125,6 +137,8 @@ private:
     UnfinishedUploads m_unfinished;
     QString m_site;                        ///< the one the following belong to
     QHash<QString, QByteArray> m_rawPaths; ///< bytes of paths that are not plain ASCII; no guesses
+    int m_offsetSamples = 0;
+    Walk *m_walk = nullptr; ///< the refresh in hand
 };
 
 } // namespace venlo

@@ -16,7 +16,8 @@ namespace venlo
 namespace
 {
 constexpr int maxDepth = 128;
-constexpr int offsetSamples = 3;
+constexpr int offsetSamples = 3;    // in one directory
+constexpr int allOffsetSamples = 6; // of a site
 constexpr qint64 quarterHour = 900;
 constexpr qint64 widestOffset = 15LL * 3600;
 
@@ -35,7 +36,61 @@ public:
 private:
     FrontEnd &m_frontEnd;
 };
+
+/// Empties the message line whatever ends the work.
+class MessageLine
+{
+public:
+    MessageLine(FrontEnd &frontEnd, bool shown) : m_frontEnd(frontEnd), m_shown(shown) {}
+    ~MessageLine()
+    {
+        if (m_shown)
+            m_frontEnd.setMessageLine(QString());
+    }
+    MessageLine(const MessageLine &) = delete;
+    MessageLine &operator=(const MessageLine &) = delete;
+
+private:
+    FrontEnd &m_frontEnd;
+    bool m_shown;
+};
 } // namespace
+
+/// A walk over a subtree. Its root counts as incomplete from the moment its rows go until the walk
+/// has been everywhere, so that a program that dies on the way leaves no tree that looks whole.
+class DirectoryCache::Walk
+{
+public:
+    Walk(DirectoryCache &cache, const QString &dir) : m_cache(cache), m_root(dir)
+    {
+        Transaction transaction(m_cache.m_database);
+        m_cache.dropPrefix(dir);
+        m_cache.m_marks.set(m_cache.m_session.currentSite(),
+                            {dir, QStringLiteral("not listed"), false});
+        transaction.commit();
+        m_cache.m_walk = this;
+    }
+    ~Walk() { m_cache.m_walk = nullptr; }
+    Walk(const Walk &) = delete;
+    Walk &operator=(const Walk &) = delete;
+
+    /// A directory was listed whole; true for the root, whose mark has to wait.
+    [[nodiscard]] bool listedWhole(const QString &dir)
+    {
+        m_rootIsWhole = m_rootIsWhole || dir == m_root;
+        return dir == m_root;
+    }
+    void ended()
+    {
+        if (m_rootIsWhole)
+            m_cache.m_marks.clear(m_cache.m_session.currentSite(), m_root);
+    }
+
+private:
+    DirectoryCache &m_cache;
+    QString m_root;
+    bool m_rootIsWhole = false;
+};
 
 void DirectoryCache::mark(const QString &dir, const QString &why, bool refused)
 {
@@ -74,44 +129,52 @@ DirectoryCache::Loaded DirectoryCache::load(const QString &path, LoadMode mode,
     if (mode == IfAbsent && isLoaded(dir))
         return Loaded::Yes;
 
-    Transaction transaction(m_database);
-    if (mode == Replace)
-        dropPrefix(QStringLiteral("Delete From ? Where sDir like '?*'"), dir);
-    Loaded loaded = Loaded::No;
+    // What the server has to say comes first: no other process waits for it.
     bool current = false;
     m_current.sjCrntDir(dir, current);
-    if (!current) {
-        const Error &error = m_current.lastError();
-        mark(dir, error.words, error.kind == ErrorClass::Refused);
-    } else {
-        const auto listing = m_session.client().list();
-        if (!listing || (!listing.value().whole && listing.value().entries.empty())) {
-            const QString why = listing ? listing.value().why : listing.error().words;
-            m_session.errorLog().LogError(QStringLiteral("FtpFindFirstFile"));
-            mark(dir, why, false);
-        } else {
-            loaded = storeListing(dir, listing.value(), subFolders, misfits);
-        }
+    QString why = m_current.lastError().words;
+    bool refused = m_current.lastError().kind == ErrorClass::Refused;
+    std::optional<Listing> listing;
+    if (current) {
+        refused = false;
+        listing = listed(dir, why);
     }
+    Transaction transaction(m_database);
+    if (mode == Replace)
+        dropPrefix(dir);
+    if (listing)
+        storeListing(dir, *listing, subFolders, misfits);
+    else
+        mark(dir, why, refused);
     transaction.commit();
-    return loaded;
+    return listing ? Loaded::Yes : Loaded::No;
 }
 
-DirectoryCache::Loaded DirectoryCache::storeListing(const QString &dir, const Listing &listing,
-                                                    QStringList &subFolders, QString &misfits)
+std::optional<Listing> DirectoryCache::listed(const QString &dir, QString &why)
 {
-    if (!listing.fromMlsd)
-        learnOffset(dir, listing);
+    auto listing = m_session.client().list();
+    if (listing && (listing.value().whole || !listing.value().entries.empty())) {
+        if (!listing.value().fromMlsd)
+            learnOffset(dir, listing.value());
+        return std::move(listing.value());
+    }
+    why = listing ? listing.value().why : listing.error().words;
+    m_session.errorLog().LogError(QStringLiteral("FtpFindFirstFile"));
+    return std::nullopt;
+}
+
+void DirectoryCache::storeListing(const QString &dir, const Listing &listing,
+                                  QStringList &subFolders, QString &misfits)
+{
     misfits = addRows(dir, listing, subFolders);
     if (!listing.whole) {
         m_session.errorLog().LogError(QStringLiteral("InternetFindNextFile"));
         mark(dir, listing.why, false);
     } else if (!misfits.isEmpty()) {
         mark(dir, misfits, false);
-    } else {
+    } else if (m_walk == nullptr || !m_walk->listedWhole(dir)) {
         m_marks.clear(m_session.currentSite(), dir);
     }
-    return Loaded::Yes;
 }
 
 QString DirectoryCache::addRows(const QString &dir, const Listing &listing, QStringList &subFolders)
@@ -145,14 +208,16 @@ QString DirectoryCache::addRows(const QString &dir, const Listing &listing, QStr
 
 void DirectoryCache::learnOffset(const QString &dir, const Listing &listing)
 {
+    noticeSite();
     if (m_session.listOffset || !m_session.client().hasMdtm())
         return;
     int asked = 0;
     for (const RemoteEntry &entry : listing.entries) {
         if (entry.kind != RemoteEntry::Kind::File || entry.dayOnly || !entry.time.isValid())
             continue;
-        if (++asked > offsetSamples)
+        if (++asked > offsetSamples || m_offsetSamples >= allOffsetSamples)
             return;
+        ++m_offsetSamples;
         const auto utc = m_session.client().modificationTime(entry.rawName);
         if (!utc)
             continue;
@@ -180,13 +245,11 @@ void DirectoryCache::caRefresh(const QString &path)
     }
     const QString dir = normalised(path);
     const WaitWindow wait(m_frontEnd, QStringLiteral("FTP側のﾃﾞｨﾚｸﾄﾘ情報を更新しています"));
+    const MessageLine messageLine(m_frontEnd, !m_flags.unattendedTransfer);
     m_rawPaths.clear();
-    Transaction transaction(m_database);
-    dropPrefix(QStringLiteral("Delete From ? Where sDir Like '?*'"), dir);
+    Walk walk(*this, dir);
     caRecTree(dir, 0);
-    transaction.commit();
-    if (!m_flags.unattendedTransfer)
-        m_frontEnd.setMessageLine(QString());
+    walk.ended();
 }
 
 void DirectoryCache::caRecTree(const QString &dir, int depth)

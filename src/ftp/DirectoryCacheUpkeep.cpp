@@ -1,6 +1,8 @@
 // How the cache keeps in step with what the server confirmed.
 #include "db/DisplayFormat.h"
+#include "db/JetCatalogue.h"
 #include "db/Recordset.h"
+#include "db/Store.h"
 #include "ftp/DirectoryCache.h"
 #include "ftp/ErrorLog.h"
 #include "ftp/ListingTime.h"
@@ -19,18 +21,37 @@ const QStringList &keyColumns()
     return columns;
 }
 
-/// A "?" is dropped on the way into a statement, which would then name another entry.
-bool losesText(const QString &text)
+/// Wildcards of "Like" would reach other directories.
+bool hasWildcard(const QString &text)
 {
-    return text.contains(QLatin1Char('?'));
+    return text.contains(QLatin1Char('?')) || text.contains(QLatin1Char('*'));
 }
 } // namespace
 
-void DirectoryCache::dropPrefix(const QString &statement, const QString &prefix)
+QStringList DirectoryCache::directoriesFrom(const QString &prefix)
 {
-    if (!change(statement, {prefix}))
+    const Rows rows = m_database.store().query(
+        QStringLiteral("SELECT DISTINCT sDir FROM ") + quotedName(m_session.currentSite()), {});
+    QStringList dirs;
+    for (int row = 0; row < rows.count(); ++row) {
+        const QString dir = rows.at(0, row).toString();
+        if (dir.startsWith(prefix, Qt::CaseInsensitive))
+            dirs.append(dir);
+    }
+    return dirs;
+}
+
+void DirectoryCache::dropPrefix(const QString &prefix)
+{
+    if (hasWildcard(prefix)) {
+        const auto table = m_database.openTable(m_session.currentSite());
+        for (const QString &dir : directoriesFrom(prefix))
+            (void)table->remove({QStringLiteral("sDir")}, {dir});
+    } else if (!change(QStringLiteral("Delete From ? Where sDir Like '?*'"), {prefix})) {
         throw DbError(m_database.lastError());
+    }
     m_marks.clearPrefix(m_session.currentSite(), prefix);
+    m_rawPaths.clear();
 }
 
 void DirectoryCache::caAddFile(const QString &localPath, const QString &dir, const QString &name)
@@ -51,32 +72,37 @@ void DirectoryCache::addRow(const QString &localPath, const QString &path, const
     const QDateTime modified = local.lastModified();
     const qint64 size = folder ? 0 : local.size();
     const QByteArray raw = rawName(dir, name); // an entry that was there keeps its bytes
-    const bool loses = losesText(dir + name);
-    const QString statement = folder
-                                  ? QStringLiteral("Insert Into ? (sDir, bFd, sName, dDate, nSize)"
-                                                   " Values ('?', ?, '?', #?#, 0)")
-                                  : QStringLiteral("Insert Into ? (sDir, bFd, sName, dDate, nSize)"
-                                                   " Values ('?', ?, '?', #?#, ?)");
+    const QString sql = folder ? QStringLiteral("Insert Into ? (sDir, bFd, sName, dDate, nSize)"
+                                                " Values ('?', ?, '?', #?#, 0)")
+                               : QStringLiteral("Insert Into ? (sDir, bFd, sName, dDate, nSize)"
+                                                " Values ('?', ?, '?', #?#, ?)");
     QVariantList values{dir, folder ? 1 : 0, name, FormatDateText(modified)};
     if (!folder)
         values.append(size);
-    if (loses || !change(statement, values)) {
-        // The row is there already, or the statement cannot name it: it takes the new values.
-        const double day = toDayCount(QDateTime(modified.date(), modified.time(), Qt::UTC));
-        try {
-            const auto table = m_database.openTable(m_session.currentSite());
-            (void)table->remove(keyColumns(), {dir, name});
-            table->add({QStringLiteral("sDir"), QStringLiteral("bFd"), QStringLiteral("sName"),
-                        QStringLiteral("dDate"), QStringLiteral("nSize")},
-                       {dir, folder ? 1 : 0, name, day, size});
-        } catch (const DbError &error) {
-            // The file is on the server: a row that does not fit is no failed upload.
-            m_session.eventLog().note(
-                QStringLiteral("not cached: %1: %2").arg(remoteChild(dir, name), error.words()));
-            return;
-        }
+    const double day = toDayCount(QDateTime(modified.date(), modified.time(), Qt::UTC));
+    // The row is there already, or the statement cannot name it: it takes the new values.
+    if (change(sql, values) || replaceRow(dir, name, folder, day, size))
+        rememberRawName(dir, name, raw);
+}
+
+bool DirectoryCache::replaceRow(const QString &dir, const QString &name, bool folder, double day,
+                                qint64 size)
+{
+    try {
+        Transaction transaction(m_database);
+        const auto table = m_database.openTable(m_session.currentSite());
+        (void)table->remove(keyColumns(), {dir, name});
+        table->add({QStringLiteral("sDir"), QStringLiteral("bFd"), QStringLiteral("sName"),
+                    QStringLiteral("dDate"), QStringLiteral("nSize")},
+                   {dir, folder ? 1 : 0, name, day, size});
+        transaction.commit();
+        return true;
+    } catch (const DbError &error) {
+        // The entry is on the server: a row that does not fit is no failed operation.
+        m_session.eventLog().note(QStringLiteral("not cached: ") + remoteChild(dir, name) +
+                                  QStringLiteral(": ") + error.words());
+        return false;
     }
-    rememberRawName(dir, name, raw);
 }
 
 void DirectoryCache::rememberRawName(const QString &dir, const QString &name,
@@ -88,61 +114,66 @@ void DirectoryCache::rememberRawName(const QString &dir, const QString &name,
                         keyColumns(), {dir, name});
 }
 
-void DirectoryCache::forgetFile(const QString &dir, const QString &name)
+void DirectoryCache::forgetFile(const QString &path, const QString &name)
 {
-    const QVariantList entry{normalised(dir), name};
-    if (losesText(dir + name))
-        (void)m_database.openTable(m_session.currentSite())->remove(keyColumns(), entry);
-    else
-        (void)change(QStringLiteral("Delete From ? Where sDir='?' And sName='?' And bFd=0"), entry);
+    const QString dir = normalised(path);
+    tryChange(QStringLiteral("Delete From ? Where sDir='?' And sName='?' And bFd=0"), {dir, name});
+    m_unfinished.end(m_session.currentSite(), dir, name);
 }
 
 void DirectoryCache::forgetFolder(const QString &path, const QString &name)
 {
     const QString dir = normalised(path);
-    (void)change(QStringLiteral("Delete From ? Where sDir='?' And sName='?' And bFd=1"),
-                 {dir, name});
-    dropPrefix(QStringLiteral("Delete From ? Where sDir Like '?*'"), remoteChild(dir, name));
-    m_rawPaths.clear();
+    const QString folder = remoteChild(dir, name);
+    Transaction transaction(m_database);
+    tryChange(QStringLiteral("Delete From ? Where sDir='?' And sName='?' And bFd=1"), {dir, name});
+    dropPrefix(folder);
+    for (const auto &[below, file] : unfinishedUnder(folder))
+        m_unfinished.end(m_session.currentSite(), below, file);
+    transaction.commit();
 }
 
 void DirectoryCache::renamed(const QString &path, const QString &oldName, const QString &newName,
                              bool folder)
 {
     const QString dir = normalised(path);
-    if (folder) {
-        const QString oldPath = remoteChild(dir, oldName);
-        (void)change(
-            QStringLiteral("Update ? Set sName='?' Where sDir='?' And sName='?' And bFd=1"),
-            {newName, dir, oldName});
-        (void)change(
-            QStringLiteral("Update ? Set sDir='?' + Mid(sDir,?) Where sDir Like '?*'"),
-            {remoteChild(dir, newName), static_cast<qlonglong>(oldPath.size() + 1), oldPath});
-        m_marks.movePrefix(m_session.currentSite(), oldPath, remoteChild(dir, newName));
-    } else {
-        (void)change(
-            QStringLiteral("Update ? Set sName='?' Where sDir='?' And sName='?' And bFd=0"),
-            {newName, dir, oldName});
-    }
+    Transaction transaction(m_database);
+    tryChange(QStringLiteral("Update ? Set sName='?' Where sDir='?' And sName='?' And bFd=?"),
+              {newName, dir, oldName, folder ? 1 : 0});
+    if (folder)
+        movePrefix(remoteChild(dir, oldName), remoteChild(dir, newName));
+    else
+        m_unfinished.end(m_session.currentSite(), dir, oldName);
     m_rawPaths.clear();
     rememberRawName(dir, newName, m_session.client().codec().encode(newName));
+    transaction.commit();
+}
+
+void DirectoryCache::movePrefix(const QString &oldPath, const QString &newPath)
+{
+    const QString site = m_session.currentSite();
+    if (hasWildcard(oldPath)) {
+        const auto table = m_database.openTable(site);
+        for (const QString &dir : directoriesFrom(oldPath))
+            (void)table->change({QStringLiteral("sDir")}, {newPath + dir.mid(oldPath.size())},
+                                {QStringLiteral("sDir")}, {dir});
+    } else {
+        tryChange(QStringLiteral("Update ? Set sDir='?' + Mid(sDir,?) Where sDir Like '?*'"),
+                  {newPath, static_cast<qlonglong>(oldPath.size() + 1), oldPath});
+    }
+    m_marks.movePrefix(site, oldPath, newPath);
+    for (const auto &[dir, file] : m_unfinished.under(site, oldPath)) {
+        m_unfinished.end(site, dir, file);
+        m_unfinished.begin(site, newPath + dir.mid(oldPath.size()), file);
+    }
 }
 
 void DirectoryCache::folderMade(const QString &path, const QString &name)
 {
     const QString dir = normalised(path);
     const QDateTime now = QDateTime::currentDateTime();
-    try {
-        const auto table = m_database.openTable(m_session.currentSite());
-        (void)table->remove(keyColumns(), {dir, name});
-        table->add({QStringLiteral("sDir"), QStringLiteral("bFd"), QStringLiteral("sName"),
-                    QStringLiteral("dDate"), QStringLiteral("nSize")},
-                   {dir, 1, name, toDayCount(QDateTime(now.date(), now.time(), Qt::UTC)), 0});
+    if (replaceRow(dir, name, true, toDayCount(QDateTime(now.date(), now.time(), Qt::UTC)), 0))
         rememberRawName(dir, name, m_session.client().codec().encode(name));
-    } catch (const DbError &error) {
-        m_session.eventLog().note(
-            QStringLiteral("not cached: %1: %2").arg(remoteChild(dir, name), error.words()));
-    }
 }
 
 } // namespace venlo

@@ -21,26 +21,44 @@ void UnfinishedUploads::makeTable()
 
 void UnfinishedUploads::begin(const QString &site, const QString &dir, const QString &name)
 {
+    if (noted(site, dir, name))
+        return;
     makeTable();
     m_database.store().exec(
         QStringLiteral("INSERT OR REPLACE INTO \"unfinished uploads\" (site, dir, name) "
                        "VALUES (?, ?, ?)"),
         {site, dir, name});
+    m_known.insert({dir, name});
 }
 
 void UnfinishedUploads::end(const QString &site, const QString &dir, const QString &name)
 {
-    makeTable();
+    if (!noted(site, dir, name))
+        return;
     m_database.store().exec(
         QStringLiteral(
             "DELETE FROM \"unfinished uploads\" WHERE site = ? AND dir = ? AND name = ?"),
         {site, dir, name});
+    m_known.remove({dir, name});
+}
+
+bool UnfinishedUploads::noted(const QString &site, const QString &dir, const QString &name)
+{
+    if (m_site.isNull() || m_site != site) {
+        m_known.clear();
+        for (auto &note : under(site, QStringLiteral("/")))
+            m_known.insert(std::move(note));
+        m_site = site;
+    }
+    return m_known.contains({dir, name});
 }
 
 std::vector<std::pair<QString, QString>> UnfinishedUploads::under(const QString &site,
                                                                   const QString &dir)
 {
-    makeTable();
+    // To look needs no table, and makes none.
+    if (m_database.store().table(QStringLiteral("unfinished uploads")) == nullptr)
+        return {};
     const Rows rows = m_database.store().query(
         QStringLiteral("SELECT dir, name FROM \"unfinished uploads\" WHERE site = ?"), {site});
     std::vector<std::pair<QString, QString>> notes;

@@ -3,6 +3,7 @@
 #include <utility>
 #include <vector>
 
+#include <QSet>
 #include <QString>
 
 namespace venlo
@@ -20,7 +21,10 @@ public:
     explicit UnfinishedUploads(Database &database);
 
     void begin(const QString &site, const QString &dir, const QString &name);
+    /// Costs nothing when there is no note.
     void end(const QString &site, const QString &dir, const QString &name);
+    /// Asks the store at the first use of a site only.
+    [[nodiscard]] bool noted(const QString &site, const QString &dir, const QString &name);
     /// (directory, name) of the notes at or below dir, letter case ignored.
     [[nodiscard]] std::vector<std::pair<QString, QString>> under(const QString &site,
                                                                  const QString &dir);
@@ -30,6 +34,8 @@ private:
 
     Database &m_database;
     bool m_made = false;
+    QString m_site; ///< whose notes are known
+    QSet<std::pair<QString, QString>> m_known;
 };
 
 } // namespace venlo

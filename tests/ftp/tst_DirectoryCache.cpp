@@ -1,4 +1,5 @@
 // The cache of remote listings: what becomes a row, when the server is asked, what is not trusted.
+#include "db/Store.h"
 #include "ftp/EngineFixture.h"
 #include "ftp/ListingTime.h"
 #include "ftp/protocol/Listing.h"
@@ -85,16 +86,19 @@ private Q_SLOTS:
     void refreshListsDepthFirst();
     void refreshGoesOnAfterALoss();
     void refreshCancelled();
+    void refreshThatDiesLeavesItsMark();
     void pathWithServerTextIsRefused();
     void addedRowTakesNewValues();
     void rawBytesAddressTheEntry();
     void neverListedPathIsLookedUp();
     void pathsBelongToTheirSite();
     void quotesWork();
+    void wildcardsInNamesWork();
     void renamedFolderRewritesByPrefix();
     void renamedFolderKeepsItsMark();
     void listOffsetIsLearned_data();
     void listOffsetIsLearned();
+    void listOffsetIsNotAskedForEver();
     void dayOnlyTakesMdtmMinute();
     void daemons_data();
     void daemons();
@@ -483,6 +487,34 @@ void tst_DirectoryCache::refreshCancelled()
     QCOMPARE(f.person.openWaits(), 0);
 }
 
+void tst_DirectoryCache::refreshThatDiesLeavesItsMark()
+{
+    Connected f;
+    for (const char *path : {"/a/1.txt", "/b/2.txt"})
+        f.server.put(path, "hello");
+    QVERIFY(f.start());
+    f.cache.caRefresh(slash());
+    QCOMPARE(f.incomplete(slash()), QStringList());
+    // What another process would find at any moment of the walk.
+    Database other(f.person, f.folder.path() + QLatin1Char('/'));
+    bool opened = false;
+    other.OpenDb(opened);
+    QVERIFY(opened);
+    IncompleteMarks marks(other);
+    QStringList seen;
+    f.person.onYield([&] {
+        const auto found = marks.under(QStringLiteral("web"), slash());
+        seen.append(found.empty() ? QStringLiteral("none") : found.front().dir);
+        seen.append(QString::number(f.database.store().depth()));
+    });
+    f.cache.caRefresh(slash());
+    f.person.onYield({});
+    QVERIFY(seen.size() >= 6);
+    seen.removeDuplicates();
+    QCOMPARE(seen, QStringList({slash(), QStringLiteral("0")}));
+    QCOMPARE(f.incomplete(slash()), QStringList());
+}
+
 void tst_DirectoryCache::pathWithServerTextIsRefused()
 {
     Connected f;
@@ -596,6 +628,33 @@ void tst_DirectoryCache::quotesWork()
     QCOMPARE(f.cacheRows(QStringLiteral("web")).size(), 0);
 }
 
+void tst_DirectoryCache::wildcardsInNamesWork()
+{
+    Connected f;
+    for (const char *path : {"/a?b/1.txt", "/a?b/s/2.txt", "/ab/3.txt", "/axb/4.txt", "/a*b/5.txt"})
+        f.server.put(path, "hello");
+    QVERIFY(f.start());
+    f.cache.caRefresh(slash());
+    const QString odd = QStringLiteral("/a?b");
+    QString folders;
+    QString files;
+    f.cache.caDirNames(odd, folders, files);
+    QCOMPARE(folders, QStringLiteral("s"));
+    QCOMPARE(files, QStringLiteral("1.txt"));
+    QCOMPARE(f.cache.caFileNames(QStringLiteral("/a*b")), QStringLiteral("5.txt"));
+    f.cache.renamed(slash(), QStringLiteral("a?b"), QStringLiteral("n?w"), true);
+    QCOMPARE(f.cache.caFileNames(QStringLiteral("/n?w/s")), QStringLiteral("2.txt"));
+    QCOMPARE(f.cache.caFileNames(QStringLiteral("/ab")), QStringLiteral("3.txt"));
+    QCOMPARE(f.cache.caFileNames(QStringLiteral("/axb")), QStringLiteral("4.txt"));
+    f.cache.forgetFolder(slash(), QStringLiteral("n?w"));
+    f.cache.forgetFolder(slash(), QStringLiteral("a*b"));
+    QStringList left;
+    for (const QString &row : f.cacheRows(QStringLiteral("web")))
+        left.append(row.section(QLatin1Char('|'), 0, 2));
+    QCOMPARE(left, QStringList({QStringLiteral("/|1|ab"), QStringLiteral("/|1|axb"),
+                                QStringLiteral("/ab|0|3.txt"), QStringLiteral("/axb|0|4.txt")}));
+}
+
 void tst_DirectoryCache::renamedFolderRewritesByPrefix()
 {
     Connected f;
@@ -657,6 +716,20 @@ void tst_DirectoryCache::listOffsetIsLearned()
                      day.toString(QStringLiteral("yy/MM/dd ")) + shown);
     }
     QCOMPARE(f.server.count("MDTM"), mdtm ? 1 : 0);
+}
+
+void tst_DirectoryCache::listOffsetIsNotAskedForEver()
+{
+    Connected f;
+    f.server.options().mlsd = false;
+    for (const char *path : {"/a/1", "/a/2", "/b/1", "/b/2", "/b/3", "/c/1", "/c/2", "/d/1"})
+        f.server.put(path, "hello", utc("2026-11-04T05:06:07"));
+    f.server.on("MDTM").reply(550, "no");
+    QVERIFY(f.start());
+    f.cache.caRefresh(slash());
+    QCOMPARE(f.server.count("MDTM"), 6);
+    f.cache.caRefresh(slash());
+    QCOMPARE(f.server.count("MDTM"), 6);
 }
 
 void tst_DirectoryCache::dayOnlyTakesMdtmMinute()
