@@ -100,6 +100,7 @@ bool Comparison::fillAndMark()
     remote.refineDays();
     if (m_work->result.cancelled)
         return false;
+    RemoteTrust(*m_work, m_cache).noteUnfinished();
     markRows();
     transaction.commit();
     return true;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QHash>
+#include <QSet>
 #include <QString>
 
 #include "sync/SyncBlocks.h"
@@ -21,6 +22,9 @@ struct ComparisonResult {
     /// Local folders that are spelled in other letter case than the rows: folded relative path of
     /// the row -> relative path as the local side spells it.
     QHash<QString, QString> localSpelling;
+    /// pathKey() of files whose upload was begun and never confirmed: what the server has of them
+    /// may be a part, however new and large it looks.
+    QSet<QString> unfinished;
 };
 
 } // namespace venlo

@@ -59,6 +59,7 @@ bool Execution::workOn(SyncReview &review, int row)
     end.ok = m_worker.connected();
     if (end.ok)
         end = m_worker.work(review, row);
+    review.noteTried(row);
     end.ok = end.ok && m_worker.connected();
     if (end.ok)
         review.markRow(row, !end.givenUp);

@@ -24,4 +24,13 @@ QString foldCase(const QString &text)
     return folded;
 }
 
+QString pathKey(const QString &relative)
+{
+    constexpr QLatin1Char slash('/');
+    const QString folded = foldCase(relative);
+    if (folded == QLatin1String("."))
+        return QString(slash);
+    return folded.startsWith(slash) ? folded : slash + folded;
+}
+
 } // namespace venlo

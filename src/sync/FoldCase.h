@@ -9,4 +9,7 @@ namespace venlo
 /// character. A key for what the work tables hold to be one row.
 [[nodiscard]] QString foldCase(const QString &text);
 
+/// foldCase() of a path relative to the roots, always with a leading "/"; "/" for ".".
+[[nodiscard]] QString pathKey(const QString &relative);
+
 } // namespace venlo

@@ -20,17 +20,23 @@ LocalEntry passed(LocalEntry entry, const QString &why)
     return entry;
 }
 
+LocalEntry unread(LocalEntry entry, const QString &why)
+{
+    entry.unread = true;
+    return passed(std::move(entry), why);
+}
+
 LocalEntry describe(const fs::directory_entry &item)
 {
     const QFileInfo info(item.path());
     LocalEntry entry;
     entry.name = info.fileName();
     if (entry.name.contains(QChar(QChar::ReplacementCharacter)))
-        return passed(entry, QStringLiteral("名前が文字として読めません"));
+        return unread(entry, QStringLiteral("名前が文字として読めません"));
     std::error_code error;
     const fs::file_status status = item.status(error);
     if (error || !fs::exists(status))
-        return passed(entry, QStringLiteral("ﾘﾝｸ先がないか読み取れません"));
+        return unread(entry, QStringLiteral("ﾘﾝｸ先がないか読み取れません"));
     if (fs::is_directory(status)) {
         if (info.isSymbolicLink() || info.isJunction())
             return passed(entry, QStringLiteral("ﾌｫﾙﾀﾞへのﾘﾝｸです"));
@@ -41,7 +47,7 @@ LocalEntry describe(const fs::directory_entry &item)
         return passed(entry, QStringLiteral("通常のﾌｧｲﾙではありません"));
     entry.size = static_cast<qint64>(item.file_size(error));
     if (error)
-        return passed(entry, QStringLiteral("ﾘﾝｸ先がないか読み取れません"));
+        return unread(entry, QStringLiteral("ﾘﾝｸ先がないか読み取れません"));
     entry.modified = info.lastModified();
     return entry;
 }

@@ -20,9 +20,10 @@ struct LocalEntry {
     };
     QString name;
     Kind kind = Kind::File;
-    qint64 size = 0;    ///< bytes; 0 for folders
-    QDateTime modified; ///< local time; of the file a link points to
-    QString why;        ///< of Passed
+    qint64 size = 0;     ///< bytes; 0 for folders
+    QDateTime modified;  ///< local time; of the file a link points to
+    QString why;         ///< of Passed
+    bool unread = false; ///< Passed because nothing can be said about it
 };
 
 /// Everything in a folder, hidden entries included, in the file system's order. An error when the

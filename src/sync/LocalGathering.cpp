@@ -21,6 +21,11 @@ namespace
 constexpr QLatin1Char slash('/');
 constexpr QLatin1Char dot('.');
 constexpr qint64 largestSize = std::numeric_limits<qint32>::max();
+
+QString noTime()
+{
+    return QStringLiteral("更新日時が読み取れないため");
+}
 } // namespace
 
 LocalGathering::LocalGathering(ComparisonWork &work, const QString &root)
@@ -49,7 +54,8 @@ bool LocalGathering::walk(const QString &current)
         return false;
     }
     const QString relative = relativeTo(current);
-    addFolder(current, relative);
+    if (!addFolder(current, relative))
+        return false;
     blockTwins(relative, entries.value());
     if (!addFiles(current, relative, entries.value()))
         return false;
@@ -63,9 +69,19 @@ bool LocalGathering::walk(const QString &current)
     return true;
 }
 
-void LocalGathering::addFolder(const QString &current, const QString &relative)
+bool LocalGathering::refuse(const QString &path, const QString &why)
+{
+    m_work.frontEnd.message(QDir::toNativeSeparators(path) + QLatin1Char('\n') + why +
+                            QStringLiteral("比較できません"));
+    return false;
+}
+
+/// In the tables an empty time means that a side lacks the item, which would have it deleted.
+bool LocalGathering::addFolder(const QString &current, const QString &relative)
 {
     const QString time = FormatMinuteText(QFileInfo(current).lastModified());
+    if (time.isEmpty())
+        return refuse(current, noTime());
     if (relative == dot) {
         if (m_work.database.run(QStringLiteral("Update tbFold Set sUL='?' Where sPh='.'"),
                                 {time}) == 0) {
@@ -73,7 +89,7 @@ void LocalGathering::addFolder(const QString &current, const QString &relative)
                                                " Values ('.', '?', '', '')"),
                                 {time});
         }
-        return;
+        return true;
     }
     m_work.blockIfStripped(relative);
     if (m_work.database.run(QStringLiteral("Update tbFold Set sUL='?' Where sPh='?'"),
@@ -82,6 +98,7 @@ void LocalGathering::addFolder(const QString &current, const QString &relative)
                                            " Values ('?', '?', '', '')"),
                             {relative, time});
     }
+    return true;
 }
 
 bool LocalGathering::addFiles(const QString &current, const QString &relative,
@@ -92,7 +109,7 @@ bool LocalGathering::addFiles(const QString &current, const QString &relative,
             return false;
         const QString path = relativeFile(relative, entry.name);
         if (entry.kind == LocalEntry::Kind::Passed) {
-            m_work.block(path, entry.why, false);
+            pass(path, entry);
             continue;
         }
         if (isTemporaryName(entry.name))
@@ -100,21 +117,31 @@ bool LocalGathering::addFiles(const QString &current, const QString &relative,
         compareSpelling(current, relative, entry);
         if (entry.kind == LocalEntry::Kind::Folder)
             continue;
-        if (entry.size > largestSize) {
-            m_work.frontEnd.message(QDir::toNativeSeparators(current + slash + entry.name) +
-                                    QStringLiteral("\n2,147,483,647 ﾊﾞｲﾄを超えるﾌｧｲﾙは"
-                                                   "比較できません"));
+        if (!addFile(current, relative, entry))
             return false;
-        }
-        m_work.blockIfStripped(path);
-        addFile(relative, entry);
     }
     return true;
 }
 
-void LocalGathering::addFile(const QString &relative, const LocalEntry &entry)
+/// What has no row is in no review: down, a folder that holds it must not be deleted as a whole.
+void LocalGathering::pass(const QString &path, const LocalEntry &entry)
 {
+    const QString key = foldCase(path);
+    if (entry.unread && !m_work.remoteFiles.contains(key) && !m_work.remoteFolders.contains(key))
+        m_work.result.unreliable = true;
+    m_work.block(path, entry.why, m_work.result.pair.down);
+}
+
+bool LocalGathering::addFile(const QString &current, const QString &relative,
+                             const LocalEntry &entry)
+{
+    const QString path = current + slash + entry.name;
+    if (entry.size > largestSize)
+        return refuse(path, QStringLiteral("2,147,483,647 ﾊﾞｲﾄを超えるﾌｧｲﾙは"));
     const QString time = FormatMinuteText(entry.modified);
+    if (time.isEmpty())
+        return refuse(path, noTime());
+    m_work.blockIfStripped(relativeFile(relative, entry.name));
     if (m_work.database.run(
             QStringLiteral("Update tbFile Set nSL=?, sUL='?' Where sPh='?' And sFL='?'"),
             {entry.size, time, relative, entry.name}) == 0) {
@@ -122,6 +149,7 @@ void LocalGathering::addFile(const QString &relative, const LocalEntry &entry)
                                            " Values ('?', '?', ?, '?', 0, '', '')"),
                             {relative, entry.name, entry.size, time});
     }
+    return true;
 }
 
 /// The rows do not tell letter case apart, file systems may: what only differs in case is one row,

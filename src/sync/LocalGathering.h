@@ -27,8 +27,11 @@ private:
     [[nodiscard]] QString relativeTo(const QString &current) const;
     [[nodiscard]] bool addFiles(const QString &current, const QString &relative,
                                 const std::vector<LocalEntry> &entries);
-    void addFolder(const QString &current, const QString &relative);
-    void addFile(const QString &relative, const LocalEntry &entry);
+    [[nodiscard]] bool addFolder(const QString &current, const QString &relative);
+    [[nodiscard]] bool addFile(const QString &current, const QString &relative,
+                               const LocalEntry &entry);
+    void pass(const QString &path, const LocalEntry &entry);
+    [[nodiscard]] bool refuse(const QString &path, const QString &why);
     void compareSpelling(const QString &current, const QString &relative, const LocalEntry &entry);
     void blockTwins(const QString &relative, const std::vector<LocalEntry> &entries);
 

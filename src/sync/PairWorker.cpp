@@ -10,6 +10,7 @@
 #include "platform/Files.h"
 #include "shared/FrontEnd.h"
 #include "sync/LocalFolder.h"
+#include "sync/LookAgain.h"
 #include "sync/SyncReview.h"
 
 namespace venlo
@@ -21,7 +22,9 @@ namespace
 /// whatever is done there would be done somewhere else.
 bool leadsAway(const SyncPair &pair, const QString &path)
 {
-    const QString root = QDir::fromNativeSeparators(pair.localPath(QStringLiteral(".")));
+    QString root = QDir::fromNativeSeparators(pair.localPath(QStringLiteral(".")));
+    while (root.endsWith(QLatin1Char('/')))
+        root.chop(1);
     QString folder = QDir::fromNativeSeparators(path);
     for (;;) {
         const auto last = folder.lastIndexOf(QLatin1Char('/'));
@@ -33,10 +36,10 @@ bool leadsAway(const SyncPair &pair, const QString &path)
     }
 }
 
-/// Names that the operations' lists cannot carry.
-bool breaksNameList(const QString &name)
+/// Paths that the operations' lists cannot carry: one of them would be read as a list itself.
+bool breaksNameList(const QString &path)
 {
-    return name.contains(QLatin1Char('\r')) || name.contains(QLatin1Char('\t'));
+    return path.contains(QLatin1Char('\r')) || path.contains(QLatin1Char('\t'));
 }
 
 bool removeLocalFile(const QString &path, QString &why)
@@ -78,10 +81,15 @@ RowEnd PairWorker::work(const SyncReview &review, int row)
 {
     const SyncPair &pair = review.pair();
     const QString local = review.localPath(row);
-    if (breaksNameList(review.row(row).name))
+    if (breaksNameList(local))
         return giveUp(local, QStringLiteral("名前に制御文字があります"));
-    if (pair.down && leadsAway(pair, local))
+    if (leadsAway(pair, local))
         return giveUp(local, QStringLiteral("途中のﾌｫﾙﾀﾞがﾘﾝｸです"));
+    if (review.row(row).folder && isLink(local))
+        return giveUp(local, QStringLiteral("ﾌｫﾙﾀﾞがﾘﾝｸに変わりました"));
+    const QString why = LookAgain(review, row).why();
+    if (!why.isEmpty())
+        return giveUp(local, why);
     if (review.plannedAction(row) != Action::Remove)
         return transfer(review, row);
     return pair.down ? removeLocal(review, row) : removeRemote(review, row);
@@ -122,13 +130,8 @@ RowEnd PairWorker::removeLocal(const SyncReview &review, int row)
 {
     const QString path = review.localPath(row);
     const bool folder = review.row(row).folder;
-    if (folder && isLink(path))
-        return giveUp(path, QStringLiteral("ﾌｫﾙﾀﾞがﾘﾝｸに変わりました"));
-    const QFileInfo info(path);
-    if (!info.exists() && !isLink(path))
+    if (!QFileInfo::exists(path) && !isLink(path))
         return {};
-    if (!isLink(path) && info.isDir() != folder)
-        return giveUp(path, QStringLiteral("ﾌｧｲﾙとﾌｫﾙﾀﾞが入れ替わりました"));
     QString why;
     const bool gone = folder ? removeFolderTree(path, why) : removeLocalFile(path, why);
     if (!gone)

@@ -1,9 +1,11 @@
 #include "sync/RemoteTrust.h"
 
+#include "db/Database.h"
 #include "shared/FrontEnd.h"
 #include "shared/NameList.h"
 #include "shared/RemotePath.h"
 #include "sync/ComparisonWork.h"
+#include "sync/FoldCase.h"
 
 namespace venlo
 {
@@ -27,13 +29,46 @@ bool RemoteTrust::judge(bool connected)
     return true;
 }
 
-void RemoteTrust::doubt(const QString &dir, const QString &why)
+QString RemoteTrust::below(const QString &dir) const
 {
     const QString root = m_work.result.pair.sFph;
-    const QString below = root == QLatin1String("/") ? dir : dir.mid(root.size());
+    const QString inside = root == QLatin1String("/") ? dir : dir.mid(root.size());
+    return inside.isEmpty() ? QStringLiteral("/") : inside;
+}
+
+void RemoteTrust::noteUnfinished()
+{
+    for (const auto &[dir, name] : m_cache.unfinishedUnder(m_work.result.pair.sFph)) {
+        const QString inside = below(dir);
+        const QString folder = inside == QLatin1String("/") ? QStringLiteral(".") : inside;
+        if (!hasRow(folder, name))
+            continue;
+        const QString relative = relativeFile(folder, name);
+        m_work.result.unfinished.insert(pathKey(relative));
+        if (!m_work.result.pair.down)
+            continue;
+        m_work.result.unreliable = true;
+        m_work.block(relative, QStringLiteral("送信が途中で切れたﾌｧｲﾙです"));
+    }
+}
+
+/// With the server's root, its deeper rows come without their leading "/".
+bool RemoteTrust::hasRow(const QString &folder, const QString &name)
+{
+    if (folder.contains(QLatin1Char('\'')) || name.contains(QLatin1Char('\'')))
+        return false; // such a name is in no row
+    const QString cut = folder.startsWith(QLatin1Char('/')) ? folder.mid(1) : folder;
+    return m_work.database
+               .query(
+                   QStringLiteral("Select sFL From tbFile Where (sPh='?' Or sPh='?') And sFL='?'"),
+                   {folder, cut, name})
+               .count() > 0;
+}
+
+void RemoteTrust::doubt(const QString &dir, const QString &why)
+{
     m_work.result.unreliable = true;
-    m_work.result.blocks.add(below.isEmpty() ? QStringLiteral("/") : below,
-                             QStringLiteral("FTP側の一覧が不完全です: ") + dir);
+    m_work.result.blocks.add(below(dir), QStringLiteral("FTP側の一覧が不完全です: ") + dir);
     const QString line = dir + QStringLiteral(" の一覧が不完全なため同期しません: ") + why;
     m_work.frontEnd.setMessageLine(line);
     m_work.frontEnd.warn(line);

@@ -19,9 +19,14 @@ public:
 
     /// False, after a message, when the root of a download does not exist. Throws DbError.
     [[nodiscard]] bool judge(bool connected);
+    /// Notes files whose upload was cut: up they are sent again, down they are blocked. To be
+    /// called once both sides are gathered. Throws DbError.
+    void noteUnfinished();
 
 private:
     void doubt(const QString &dir, const QString &why);
+    [[nodiscard]] QString below(const QString &dir) const;
+    [[nodiscard]] bool hasRow(const QString &folder, const QString &name);
     [[nodiscard]] bool knownAbsent(const QString &dir);
 
     ComparisonWork &m_work;

@@ -34,9 +34,10 @@ QString filesSql(bool down, const QString &folder)
            QStringLiteral("' Order By sFL");
 }
 
-bool firstLevel(const QString &sPh)
+/// The only whole-folder operation on the server's root that deletes nothing below it.
+bool addsFirstLevel(const SyncRow &row)
 {
-    return sPh.lastIndexOf(slash) == 0;
+    return row.folder && row.sPh.lastIndexOf(slash) == 0 && row.mark != Mark::Remove;
 }
 } // namespace
 
@@ -119,6 +120,8 @@ void ReviewLoader::addFiles(Database &database, int folder)
         row.master = {files.at(2, i).toString(), files.at(1, i).toLongLong()};
         row.other = {files.at(4, i).toString(), files.at(3, i).toLongLong()};
         row.mark = markOf(files.at(5, i));
+        row.unfinished =
+            m_review.m_comparison.unfinished.contains(pathKey(relativeFile(row.sPh, row.name)));
         if (above.owner >= 0)
             row.owner = above.owner;
         else if (above.mark != Mark::Compare)
@@ -131,6 +134,9 @@ void ReviewLoader::holdBack()
 {
     for (SyncRow &row : m_review.m_rows)
         holdRow(row);
+    holdMixedFolders();
+    if (m_review.pair().sFph == slash)
+        holdDoubles();
     if (m_review.pair().down)
         holdDotNames();
 }
@@ -147,10 +153,44 @@ void ReviewLoader::holdRow(SyncRow &row) const
     if (!why.isEmpty()) {
         row.hold = Hold::Blocked;
         row.why = why;
-    } else if (rootPair && row.sPh != dot && !(row.folder && firstLevel(row.sPh))) {
+    } else if (rootPair && row.sPh != dot && !addsFirstLevel(row)) {
         row.hold = Hold::NotUnattended;
         row.rootPair = true;
         row.why = QStringLiteral("FTPｻｰﾊﾞｰのﾙｰﾄとの同期では下の階層は無人で実行されません");
+    }
+}
+
+/// A folder that one side lacks holds nothing of that side; where the rows say otherwise, an
+/// operation on the whole folder would do to them what their own rows do not show.
+void ReviewLoader::holdMixedFolders()
+{
+    for (const SyncRow &row : m_review.m_rows) {
+        if (row.owner < 0)
+            continue;
+        SyncRow &owner = m_review.m_rows[static_cast<size_t>(row.owner)];
+        if (row.mark == owner.mark || owner.hold == Hold::Blocked)
+            continue;
+        owner.hold = Hold::Blocked;
+        owner.why = QStringLiteral("両側で一致しない項目を含むﾌｫﾙﾀﾞです: ") + row.name;
+    }
+}
+
+/// With the server's root one item may have two rows, one a side: what either does is done to
+/// both.
+void ReviewLoader::holdDoubles()
+{
+    QHash<QString, SyncRow *> seen;
+    for (SyncRow &row : m_review.m_rows) {
+        const QString key = pathKey(row.folder ? row.sPh : relativeFile(row.sPh, row.name));
+        SyncRow *&first = seen[key];
+        if (first == nullptr) {
+            first = &row;
+            continue;
+        }
+        for (SyncRow *twin : {first, &row}) {
+            twin->hold = Hold::Blocked;
+            twin->why = QStringLiteral("FTPｻｰﾊﾞｰのﾙｰﾄとの同期では両側の同じ項目を見分けられません");
+        }
     }
 }
 

@@ -26,6 +26,8 @@ private:
     void noteRemoteSpelling(const SyncRow &row);
     void holdBack();
     void holdRow(SyncRow &row) const;
+    void holdMixedFolders();
+    void holdDoubles();
     void holdDotNames();
 
     SyncReview &m_review;

@@ -9,14 +9,6 @@ namespace
 {
 constexpr QLatin1Char slash('/');
 
-QString keyOf(const QString &relative)
-{
-    const QString folded = foldCase(relative);
-    if (folded == QLatin1String("."))
-        return QString(slash);
-    return folded.startsWith(slash) ? folded : slash + folded;
-}
-
 /// The folder above a key; empty above the root.
 QString above(const QString &key)
 {
@@ -29,7 +21,7 @@ QString above(const QString &key)
 
 void SyncBlocks::add(const QString &relative, const QString &why, bool throughParents)
 {
-    const QString key = keyOf(relative);
+    const QString key = pathKey(relative);
     m_items.insert(key, why);
     if (!throughParents)
         return;
@@ -43,7 +35,7 @@ QString SyncBlocks::why(const QString &relative) const
 {
     if (m_items.isEmpty())
         return {};
-    for (QString key = keyOf(relative); !key.isEmpty(); key = above(key)) {
+    for (QString key = pathKey(relative); !key.isEmpty(); key = above(key)) {
         const auto found = m_items.constFind(key);
         if (found != m_items.constEnd())
             return *found;
@@ -54,7 +46,7 @@ QString SyncBlocks::why(const QString &relative) const
 QString SyncBlocks::whyWhole(const QString &relative) const
 {
     const QString own = why(relative);
-    return own.isEmpty() ? m_holders.value(keyOf(relative)) : own;
+    return own.isEmpty() ? m_holders.value(pathKey(relative)) : own;
 }
 
 } // namespace venlo

@@ -70,7 +70,8 @@ void SyncReview::decide(SyncRow &row) const
         return;
     }
     row.box = row.hold != Hold::Blocked;
-    if (row.mark != Mark::Compare || overwriteStands(row.master, row.other, m_chCmp[0]))
+    const bool cut = row.unfinished && !pair().down;
+    if (row.mark != Mark::Compare || cut || overwriteStands(row.master, row.other, m_chCmp[0]))
         row.action = actionOf(row.mark);
 }
 
@@ -114,7 +115,7 @@ void SyncReview::setTicked(int index, bool ticked)
 void SyncReview::tickAll(Action action, bool ticked)
 {
     for (int i = 0; i < count(); ++i) {
-        if (row(i).action == action)
+        if (row(i).action == action && (!ticked || row(i).hold == Hold::Free))
             setTicked(i, ticked);
     }
 }

@@ -47,7 +47,8 @@ public:
     /// Ticks or unticks by hand. Does nothing where there is no box, where the row is blocked and
     /// once it holds a state.
     void setTicked(int index, bool ticked);
-    /// The same for every row that has this action.
+    /// The same for every row that has this action; rows that are held back are ticked one by one
+    /// only.
     void tickAll(Action action, bool ticked);
     /// Whether the row takes part: its own tick, or the tick of the folder that covers it.
     [[nodiscard]] bool included(int index) const;
@@ -67,6 +68,13 @@ public:
     [[nodiscard]] int pendingCount() const;
     /// Writes "a" (done) or "r" into the row and the rows it covers.
     void markRow(int index, bool done);
+    /// Notes that the row was worked on, however that ended.
+    void noteTried(int index) { m_rows.at(static_cast<size_t>(index)).tried = true; }
+    /// The rows that this whole-folder operation covers.
+    [[nodiscard]] const std::vector<int> &coveredBy(int index) const
+    {
+        return m_covered.at(static_cast<size_t>(index));
+    }
 
     /// Items (covered ones included) per planned action, and what has become of the rows.
     struct Counts {

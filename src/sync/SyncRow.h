@@ -41,6 +41,7 @@ struct SyncRow {
     Mark mark = Mark::Compare;
     Action action = Action::None; ///< what mark, rule and options say, whatever the tick
     bool outOfScope = false;      ///< "対象外" by the second option
+    bool unfinished = false;      ///< its upload was cut: what the server has may be a part
     int owner = -1;               ///< row of the whole-folder operation that covers it, or -1
     bool box = false;             ///< has a tick box
     bool ticked = false;
@@ -49,6 +50,7 @@ struct SyncRow {
     QString why;           ///< why it is held back, in words for a person
     bool owed = true;      ///< held back and left so, it counts as not carried out
     bool rootPair = false; ///< held back because the pair's remote folder is the server's root
+    bool tried = false;    ///< worked on before, so that a part of it may be there already
     RowState state = RowState::Pending;
 };
 

@@ -2,6 +2,13 @@
 #include "sync/Comparison.h"
 #include "sync/SyncWorld.h"
 
+#include <array>
+#include <fstream>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <QDir>
 #include <QFile>
 #include <QTest>
@@ -42,6 +49,15 @@ private Q_SLOTS:
     void localFolderThatVanishes();
     void localFileTooLarge();
     void linksToFolders();
+    void whatHasNoRowHoldsItsFolder_data();
+    void whatHasNoRowHoldsItsFolder();
+    void unreadNamesLeaveTheRestUndone_data();
+    void unreadNamesLeaveTheRestUndone();
+    void aFileWithoutATimeIsNotAbsent();
+    void aFolderWithoutATimeIsNotAbsent();
+    void cutUploads_data();
+    void cutUploads();
+    void cutUploadsOfAWholeFolder();
     void fileAgainstFolder_data();
     void fileAgainstFolder();
     void namesThatDifferInCaseOnly();
@@ -346,6 +362,120 @@ void tst_ComparisonDoubts::linksToFolders()
     QVERIFY(m_world->warned(QStringLiteral("/real/up")));
     plan = m_world->plan(true, pub);
     QVERIFY2(plan.contains(QStringLiteral("    /loop/ 対象外")), qPrintable(plan));
+}
+
+void tst_ComparisonDoubts::whatHasNoRowHoldsItsFolder_data()
+{
+    QTest::addColumn<QByteArray>("name");
+    QTest::addColumn<QString>("target");
+    QTest::newRow("a name that is no text") << QByteArray("a\xff\xfe") << QString();
+    QTest::newRow("a dead link") << QByteArray("dead") << QStringLiteral("/nowhere/at/all");
+    QTest::newRow("a link to a folder") << QByteArray(".link") << QStringLiteral("/");
+}
+
+void tst_ComparisonDoubts::whatHasNoRowHoldsItsFolder()
+{
+    QFETCH(QByteArray, name);
+    QFETCH(QString, target);
+    write({{"old/in/f", "f"}, {"gone/f", "f"}});
+    const QByteArray path = QFile::encodeName(m_world->local()) + "/old/in/" + name;
+    if (target.isEmpty())
+        std::ofstream(path.constData()) << "x";
+    else
+        QCOMPARE(::symlink(QFile::encodeName(target).constData(), path.constData()), 0);
+    connectAll();
+    const QString plan = m_world->plan(true, pub);
+    QVERIFY2(plan.contains(QStringLiteral("    /old/ 対象外")), qPrintable(plan));
+    QVERIFY2(plan.contains(QStringLiteral("[x] /gone/ (削除)")), qPrintable(plan));
+}
+
+void tst_ComparisonDoubts::unreadNamesLeaveTheRestUndone_data()
+{
+    QTest::addColumn<QString>("target");
+    QTest::addColumn<bool>("unreliable");
+    QTest::newRow("a dead link") << QStringLiteral("/nowhere/at/all") << true;
+    QTest::newRow("a link to a folder") << QStringLiteral("/") << false;
+}
+
+void tst_ComparisonDoubts::unreadNamesLeaveTheRestUndone()
+{
+    QFETCH(QString, target);
+    QFETCH(bool, unreliable);
+    QVERIFY(QFile::link(target, m_world->local() + QStringLiteral("/odd")));
+    connectAll();
+    const ComparisonResult result = m_world->compare(false, pub);
+    QVERIFY(result.ok);
+    QCOMPARE(result.unreliable, unreliable);
+}
+
+void tst_ComparisonDoubts::aFileWithoutATimeIsNotAbsent()
+{
+    m_server->put("/pub/f", "f");
+    write({{"f", "f"}});
+    connectAll();
+    const QByteArray path = QFile::encodeName(m_world->local()) + "/f";
+    const std::array<timespec, 2> epoch{};
+    QCOMPARE(::utimensat(AT_FDCWD, path.constData(), epoch.data(), 0), 0);
+    QVERIFY(!QFileInfo(QFile::decodeName(path)).lastModified().isValid());
+    QVERIFY2(!m_world->compare(false, pub).ok, "up it would be deleted on the server");
+    QVERIFY(m_world->errorLogText().contains("sySync Err"));
+    QVERIFY(m_world->person.messages().last().contains(QStringLiteral("/f\n更新日時")));
+}
+
+void tst_ComparisonDoubts::aFolderWithoutATimeIsNotAbsent()
+{
+    m_server->put("/pub/d/f", "f");
+    write({{"d/f", "f"}});
+    connectAll();
+    const QByteArray path = QFile::encodeName(m_world->local()) + "/d";
+    const std::array<timespec, 2> epoch{};
+    QCOMPARE(::utimensat(AT_FDCWD, path.constData(), epoch.data(), 0), 0);
+    QVERIFY(!m_world->compare(false, pub).ok);
+    QVERIFY(m_world->errorLogText().contains("sySync Err"));
+}
+
+void tst_ComparisonDoubts::cutUploads_data()
+{
+    QTest::addColumn<bool>("down");
+    QTest::addColumn<bool>("noted");
+    QTest::addColumn<QString>("line");
+    QTest::newRow("up, cut") << false << true << QStringLiteral("[x] /x/f (上書)");
+    QTest::newRow("up, whole") << false << false << QStringLiteral("[ ] /x/f");
+    QTest::newRow("down, cut") << true << true << QStringLiteral("    /x/f");
+    QTest::newRow("down, whole") << true << false << QStringLiteral("[x] /x/f (上書)");
+}
+
+void tst_ComparisonDoubts::cutUploads()
+{
+    QFETCH(bool, down);
+    QFETCH(bool, noted);
+    QFETCH(QString, line);
+    const QDateTime noon(QDate(2024, 5, 6), QTime(3, 0, 0), Qt::UTC);
+    m_server->put("/pub/x/f", QByteArray(95, 'r'), noon.addDays(1));
+    write({{"x/f", QByteArray(100, 'l'), noon}});
+    connectAll();
+    if (noted)
+        m_world->cache.unfinished().begin(m_world->session.currentSite(),
+                                          pub + QStringLiteral("/x"), QStringLiteral("f"));
+    const ComparisonResult result = m_world->compare(down, pub);
+    QVERIFY(result.ok);
+    QCOMPARE(result.unreliable, down && noted);
+    SyncReview review(result);
+    review.load(m_world->database);
+    QVERIFY2(review.print().contains(line), qPrintable(review.print()));
+    QCOMPARE(m_world->warned(QStringLiteral("送信が途中で切れたﾌｧｲﾙです")), down && noted);
+}
+
+void tst_ComparisonDoubts::cutUploadsOfAWholeFolder()
+{
+    m_server->put("/pub/new/in/f", "part");
+    m_server->put("/pub/free/f", "whole");
+    connectAll();
+    m_world->cache.unfinished().begin(m_world->session.currentSite(),
+                                      pub + QStringLiteral("/new/in"), QStringLiteral("f"));
+    const QString plan = m_world->plan(true, pub);
+    QVERIFY2(plan.contains(QStringLiteral("    /new/ 対象外")), qPrintable(plan));
+    QVERIFY2(plan.contains(QStringLiteral("[x] /free/ (追加)")), qPrintable(plan));
 }
 
 void tst_ComparisonDoubts::fileAgainstFolder_data()

@@ -31,6 +31,12 @@ private Q_SLOTS:
     void aHeldDotNameIsNotLeftOver();
     void theServersRoot_data();
     void theServersRoot();
+    void anUnfinishedUploadIsSentAgain_data();
+    void anUnfinishedUploadIsSentAgain();
+    void aFolderOfMixedRows_data();
+    void aFolderOfMixedRows();
+    void tickingAllLeavesHeldRowsAlone();
+    void aWholeFolderOfTheServersRoot();
     void rowsOfASiblingFolder();
 };
 
@@ -170,12 +176,18 @@ void tst_HeldRows::theServersRoot_data()
 {
     QTest::addColumn<QString>("path");
     QTest::addColumn<bool>("ticked");
-    QTest::newRow("a file in the root") << QStringLiteral("/top.txt") << true;
-    QTest::newRow("a first-level folder") << QStringLiteral("/new/") << true;
-    QTest::newRow("a file of a first-level folder") << QStringLiteral("/both/x.txt") << false;
-    QTest::newRow("a deeper folder of this side") << QStringLiteral("/both/sub/") << false;
-    QTest::newRow("a deeper folder of the server, cut without its slash")
-        << QStringLiteral("both/sub/") << false;
+    QTest::addColumn<bool>("box");
+    QTest::newRow("a file in the root") << QStringLiteral("/top.txt") << true << true;
+    QTest::newRow("a first-level folder") << QStringLiteral("/new/") << true << true;
+    QTest::newRow("a file of a first-level folder")
+        << QStringLiteral("/both/mine.txt") << false << true;
+    QTest::newRow("a file of both sides") << QStringLiteral("/both/x.txt") << false << false;
+    QTest::newRow("its other row") << QStringLiteral("both/x.txt") << false << false;
+    QTest::newRow("a deeper folder of both sides")
+        << QStringLiteral("/both/sub/") << false << false;
+    QTest::newRow("its other row, cut without its slash")
+        << QStringLiteral("both/sub/") << false << false;
+    QTest::newRow("a deeper folder of the server") << QStringLiteral("both/old/") << false << true;
 }
 
 void tst_HeldRows::theServersRoot()
@@ -186,6 +198,9 @@ void tst_HeldRows::theServersRoot()
     tables.addFile(QStringLiteral("."), QStringLiteral("top.txt"), {early, 1}, {}, add);
     tables.addFolder(QStringLiteral("/both"), early, early, compare);
     tables.addFile(QStringLiteral("/both"), QStringLiteral("x.txt"), {early, 1}, {}, add);
+    tables.addFile(QStringLiteral("/both"), QStringLiteral("mine.txt"), {early, 1}, {}, add);
+    tables.addFolder(QStringLiteral("both"), QString(), early, compare);
+    tables.addFolder(QStringLiteral("both/old"), QString(), early, removal);
     tables.addFile(QStringLiteral("both"), QStringLiteral("x.txt"), {}, {early, 2}, removal);
     tables.addFolder(QStringLiteral("/both/sub"), early, QString(), add);
     tables.addFolder(QStringLiteral("both/sub"), QString(), early, removal);
@@ -195,10 +210,93 @@ void tst_HeldRows::theServersRoot()
     const int row = rowOf(review, path);
     QVERIFY(row > 0);
     QTEST(review.row(row).ticked, "ticked");
-    QVERIFY(review.row(row).box);
+    QTEST(review.row(row).box, "box");
     QVERIFY2(!review.row(0).box, "the root row is only compared, whatever its mark");
     QVERIFY(review.included(rowOf(review, QStringLiteral("/new/n.txt"))));
     QVERIFY(review.leftOver());
+}
+
+void tst_HeldRows::anUnfinishedUploadIsSentAgain_data()
+{
+    QTest::addColumn<QString>("mark");
+    QTest::addColumn<bool>("down");
+    QTest::addColumn<bool>("noted");
+    QTest::addColumn<bool>("ticked");
+    QTest::newRow("up, cut") << compare << false << true << true;
+    QTest::newRow("up, whole") << compare << false << false << false;
+    QTest::newRow("down, cut") << compare << true << true << false;
+}
+
+void tst_HeldRows::anUnfinishedUploadIsSentAgain()
+{
+    QFETCH(QString, mark);
+    QFETCH(bool, down);
+    QFETCH(bool, noted);
+    QFETCH(bool, ticked);
+    WorkTables tables;
+    tables.addFolder(QStringLiteral("."), early, early, compare);
+    tables.addFolder(QStringLiteral("/a"), early, early, compare);
+    tables.addFile(QStringLiteral("/a"), QStringLiteral("X"), {early, 100}, {early, 99}, mark);
+    ComparisonResult comparison = WorkTables::compared(down, pub);
+    if (noted)
+        comparison.unfinished.insert(QStringLiteral("/a/x"));
+    const SyncReview review = tables.review(comparison);
+    const int row = rowOf(review, QStringLiteral("/a/X"));
+    QCOMPARE(review.row(row).ticked, ticked);
+    QCOMPARE(review.actionText(row), ticked ? QStringLiteral("(上書)") : QString());
+}
+
+void tst_HeldRows::aFolderOfMixedRows_data()
+{
+    QTest::addColumn<QString>("inside");
+    QTest::addColumn<bool>("pending");
+    QTest::newRow("all of one kind") << removal << true;
+    QTest::newRow("one that both sides have") << compare << false;
+    QTest::newRow("one that only the other side has") << add << false;
+}
+
+void tst_HeldRows::aFolderOfMixedRows()
+{
+    QFETCH(QString, inside);
+    QFETCH(bool, pending);
+    WorkTables tables;
+    tables.addFolder(QStringLiteral("."), early, early, compare);
+    tables.addFolder(QStringLiteral("/old"), early, QString(), removal);
+    tables.addFolder(QStringLiteral("/old/in"), early, QString(), removal);
+    tables.addFile(QStringLiteral("/old/in"), QStringLiteral("x"), {early, 1}, {early, 1}, inside);
+    tables.addFile(QStringLiteral("/old"), QStringLiteral("y"), {early, 1}, {}, removal);
+    const SyncReview review = tables.review(WorkTables::compared(true, pub));
+    QCOMPARE(review.pending(rowOf(review, QStringLiteral("/old/"))), pending);
+    QCOMPARE(review.leftOver(), true);
+    QCOMPARE(review.row(rowOf(review, QStringLiteral("/old/"))).hold == Hold::Blocked, !pending);
+}
+
+void tst_HeldRows::tickingAllLeavesHeldRowsAlone()
+{
+    WorkTables tables;
+    tables.addFolder(QStringLiteral("."), early, early, compare);
+    tables.addFile(QStringLiteral("."), QStringLiteral(".htaccess"), {early, 1}, {}, removal);
+    tables.addFile(QStringLiteral("."), QStringLiteral("gone"), {early, 1}, {}, removal);
+    SyncReview review = tables.review(WorkTables::compared(true, pub));
+    review.tickAll(Action::Remove, true);
+    QVERIFY(!review.row(rowOf(review, QStringLiteral("/.htaccess"))).ticked);
+    QVERIFY(review.row(rowOf(review, QStringLiteral("/gone"))).ticked);
+    review.setTicked(rowOf(review, QStringLiteral("/.htaccess")), true);
+    review.tickAll(Action::Remove, false);
+    QVERIFY2(!review.row(rowOf(review, QStringLiteral("/.htaccess"))).ticked, "off takes all");
+}
+
+void tst_HeldRows::aWholeFolderOfTheServersRoot()
+{
+    WorkTables tables;
+    tables.addFolder(QStringLiteral("."), early, early, compare);
+    tables.addFolder(QStringLiteral("/new"), early, QString(), add);
+    tables.addFolder(QStringLiteral("/old"), QString(), early, removal);
+    SyncReview review = tables.review(WorkTables::compared(false, QStringLiteral("/")));
+    QVERIFY(review.row(rowOf(review, QStringLiteral("/new/"))).ticked);
+    const int old = rowOf(review, QStringLiteral("/old/"));
+    QVERIFY2(!review.row(old).ticked, "it would take the levels below with it");
+    QVERIFY(review.row(old).hold == Hold::NotUnattended);
 }
 
 void tst_HeldRows::rowsOfASiblingFolder()
