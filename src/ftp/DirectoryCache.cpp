@@ -151,8 +151,12 @@ void DirectoryCache::caDirNames(const QString &dir, QString &folderNames, QStrin
     bool ok = false;
     QString ignored;
     caLoadDir(dir, IfAbsent, ignored, ok);
-    if (!ok)
-        return;
+    if (ok)
+        cachedNames(dir, folderNames, fileNames);
+}
+
+void DirectoryCache::cachedNames(const QString &dir, QString &folderNames, QString &fileNames)
+{
     const Rows rows = ask(QStringLiteral("Select bFd, sName From ? Where sDir='?' Order By sName"),
                           {normalised(dir)});
     QStringList folders;
@@ -219,6 +223,15 @@ void DirectoryCache::noticeSite()
     m_site = m_session.currentSite();
     m_rawPaths.clear();
     m_offsetSamples = 0;
+}
+
+bool DirectoryCache::isCached(const QString &dir, const QString &name)
+{
+    const auto table = m_database.openTable(m_session.currentSite());
+    return !table
+                ->find({QStringLiteral("bFd")}, {QStringLiteral("sDir"), QStringLiteral("sName")},
+                       {normalised(dir), name})
+                .isEmpty();
 }
 
 std::optional<QByteArray> DirectoryCache::cachedRawName(const QString &dir, const QString &name)

@@ -71,6 +71,10 @@ public:
     /// An entry's cached time (day count) and true size in bytes; false when not cached.
     [[nodiscard]] bool cachedFile(const QString &dir, const QString &name, double &day,
                                   qint64 &size);
+    /// True when a file or folder of this name is cached.
+    [[nodiscard]] bool isCached(const QString &dir, const QString &name);
+    /// The names in the rows there are; nothing is listed.
+    void cachedNames(const QString &dir, QString &folderNames, QString &fileNames);
     /// Takes MDTM's minute for a file whose listing shows only a day; the new day count, or
     /// nothing when the listing stands.
     [[nodiscard]] std::optional<double> refineTime(const QString &dir, const QString &name);

@@ -120,7 +120,7 @@ OperationContext::Attempted OperationContext::fiveAttempts(const QString &what, 
         if (result)
             return {End::Done, {}};
         error = result.error();
-        note(QStringLiteral("%1, attempt %2: %3").arg(what).arg(attempt).arg(error.words));
+        note(what + QStringLiteral(", attempt %1: ").arg(attempt) + error.words);
         if (isCancelled(error) || (askAgain && !askAgain()))
             return {End::Stop, error};
         if (error.kind == ErrorClass::Local) {

@@ -68,6 +68,7 @@ bool RemoteUploads::putTree(const QString &local, const QString &remoteParent, c
 {
     if (!m_context.enter(remoteParent, true))
         return false;
+    m_context.loadIfAbsent(remoteParent); // or the new row would look like all of them
     const Folder made = makeFolder(local, remoteParent, name);
     if (made != Folder::There)
         return made == Folder::GivenUp;

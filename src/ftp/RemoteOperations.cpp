@@ -119,18 +119,41 @@ QString RemoteOperations::whyNotRenamed(const QString &dir, const QString &oldNa
 {
     if (newName.contains(QLatin1Char('/')))
         return QStringLiteral("名前に / は使用できません");
-    if (newName.compare(oldName, Qt::CaseInsensitive) == 0)
-        return {};
     // Servers put a renamed file in place of another without a word.
     m->context.loadIfAbsent(dir);
-    for (const bool folder : {false, true}) {
-        QString date;
-        QString size;
-        m->context.cache.caEntInfo(dir, newName, folder, date, size);
-        if (!date.isEmpty() || !size.isEmpty())
-            return QStringLiteral("同じ名前が既にあります");
-    }
+    const bool sameName = newName.compare(oldName, Qt::CaseInsensitive) == 0;
+    if (!sameName && m->context.cache.isCached(dir, newName))
+        return QStringLiteral("同じ名前が既にあります");
     return {};
+}
+
+Result<void> RemoteOperations::checkFree(const QString &dir, const QString &oldName,
+                                         const QString &newName)
+{
+    OperationContext &context = m->context;
+    if (newName.compare(oldName, Qt::CaseInsensitive) == 0) {
+        // The server may find the old name under the new one. Only the listing can tell.
+        for (const auto &mark : context.cache.incompleteUnder(dir)) {
+            if (mark.dir.compare(dir, Qt::CaseInsensitive) == 0)
+                return Error{ErrorClass::Local,
+                             QStringLiteral("同じ名前がないことを確認できません"), 0};
+        }
+        return {};
+    }
+    FtpClient &client = context.session.client();
+    const QByteArray raw = context.cache.rawName(dir, newName);
+    const Error found{ErrorClass::Local, QStringLiteral("同じ名前が既にあります"), 0};
+    if (client.hasMdtm()) {
+        const auto time = client.modificationTime(raw);
+        if (time)
+            return found;
+        return time.error().kind == ErrorClass::Refused ? Result<void>()
+                                                        : Result<void>(time.error());
+    }
+    const auto size = client.size(raw);
+    if (size)
+        return found;
+    return size.error().kind == ErrorClass::Refused ? Result<void>() : Result<void>(size.error());
 }
 
 void RemoteOperations::rename(const QString &dir, const QString &oldName, const QString &newName,
@@ -143,6 +166,8 @@ void RemoteOperations::rename(const QString &dir, const QString &oldName, const 
     if (const QString why = whyNotRenamed(dir, oldName, newName); !why.isEmpty())
         renamed = Error{ErrorClass::Local, why, 0};
     else if (renamed = context.stepInto(dir); renamed)
+        renamed = checkFree(dir, oldName, newName);
+    if (renamed)
         renamed = context.session.client().rename(context.cache.rawName(dir, oldName),
                                                   context.cache.rawName(dir, newName));
     if (!renamed) {
@@ -172,6 +197,7 @@ void RemoteOperations::ftMakeDir(const QString &path, const QString &name, bool 
             return false;
         const QString dir = context.cache.normalised(path);
         const QString folder = remoteChild(dir, name);
+        context.loadIfAbsent(dir); // or the new row would look like all of them
         const auto attempted = context.attemptOnce(folder, [&]() -> Result<void> {
             if (name.isEmpty() || name.contains(QLatin1Char('/')))
                 return Error{ErrorClass::Local, QStringLiteral("使用できない名前です"), 0};

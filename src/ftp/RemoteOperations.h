@@ -64,6 +64,10 @@ private:
     /// Why a name must not be given to an entry, empty when it may.
     [[nodiscard]] QString whyNotRenamed(const QString &dir, const QString &oldName,
                                         const QString &newName);
+    /// Asks the server, which stands in the directory, whether a new name is free: the listing may
+    /// be old.
+    [[nodiscard]] Result<void> checkFree(const QString &dir, const QString &oldName,
+                                         const QString &newName);
 
     struct Parts;
     OperationCounts m_counts;

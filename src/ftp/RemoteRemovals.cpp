@@ -69,7 +69,7 @@ bool RemoteRemovals::deletePath(const QString &path)
     QString name;
     sjSplitPath(path, dir, name);
     OperationContext::Attempted attempted;
-    if (name.isEmpty() || m_context.cache.refusesPath(dir)) {
+    if (name.isEmpty() || !path.startsWith(QLatin1Char('/')) || m_context.cache.refusesPath(path)) {
         attempted = {End::GivenUp,
                      {ErrorClass::Local, QStringLiteral("このﾊﾟｽは削除できません"), 0}};
     } else if (m_context.mayGoOn()) {
@@ -87,6 +87,9 @@ bool RemoteRemovals::deletePath(const QString &path)
         return true;
     }
     m_context.status(path + QStringLiteral(" Deleted･･･"));
+    m_context.keepCache(path, [&] {
+        m_context.cache.unfinished().end(m_context.session.currentSite(), dir, name);
+    });
     m_context.done(Outcome::Kind::DeletedRemote, path);
     return true;
 }
@@ -134,17 +137,18 @@ bool RemoteRemovals::sjEmpDir(const QString &dir, int depth)
         m_context.note(QStringLiteral("nested too deeply: ") + dir);
         return true;
     }
-    if (!m_context.mayGoOn() || !m_context.enter(dir, false))
+    if (!m_context.mayGoOn())
         return false;
+    if (!m_context.enter(dir, false)) {
+        // A folder that lets nobody in may still go; the rest goes on in any case.
+        const Error &error = m_context.cache.currentDirectory().lastError();
+        return m_context.mayGoOn() && error.kind != ErrorClass::Lost &&
+               error.kind != ErrorClass::Cancelled;
+    }
     // Both lists first: a directory whose last row goes would be listed anew.
     QString folders;
     QString files;
-    try {
-        m_context.cache.caDirNames(dir, folders, files);
-    } catch (const DbError &error) {
-        m_context.note(QStringLiteral("not wholly cached: %1: %2").arg(dir, error.words()));
-        m_context.keepCache(dir, [&] { m_context.cache.caDirNames(dir, folders, files); });
-    }
+    namesOf(dir, folders, files);
     if (!deleteInside(dir, splitNames(files)))
         return false;
     for (const QString &folder : splitNames(folders)) {
@@ -152,6 +156,22 @@ bool RemoteRemovals::sjEmpDir(const QString &dir, int depth)
             return false;
     }
     return true;
+}
+
+void RemoteRemovals::namesOf(const QString &dir, QString &folders, QString &files)
+{
+    // Unattended, what was not listed before the comparison was not compared either.
+    if (m_context.unattended()) {
+        m_context.cache.cachedNames(dir, folders, files);
+        return;
+    }
+    try {
+        m_context.cache.caDirNames(dir, folders, files);
+    } catch (const DbError &error) {
+        m_context.note(QStringLiteral("not wholly cached: ") + dir + QStringLiteral(": ") +
+                       error.words());
+        m_context.keepCache(dir, [&] { m_context.cache.caDirNames(dir, folders, files); });
+    }
 }
 
 bool RemoteRemovals::deleteInside(const QString &dir, const QStringList &files)

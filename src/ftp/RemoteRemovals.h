@@ -25,6 +25,7 @@ public:
 
 private:
     [[nodiscard]] bool sjEmpDir(const QString &dir, int depth);
+    void namesOf(const QString &dir, QString &folders, QString &files);
     [[nodiscard]] bool deleteInside(const QString &dir, const QStringList &files);
     [[nodiscard]] bool removeInside(const QString &dir, const QString &folder, int depth);
     [[nodiscard]] OperationContext::Attempted deleteOne(const QString &dir, const QString &name);

@@ -1,11 +1,15 @@
 #include "ftp/RemoteUploads.h"
 
 #include "db/DisplayFormat.h"
+#include "ftp/ListingTime.h"
 #include "ftp/LocalPath.h"
 #include "ftp/ProgressThrottle.h"
 #include "ftp/Session.h"
 #include "ftp/TemporaryName.h"
 #include "shared/RemotePath.h"
+
+#include <algorithm>
+#include <array>
 
 #include <QFile>
 #include <QFileInfo>
@@ -38,6 +42,25 @@ struct Stamp {
     }
     bool operator==(const Stamp &) const = default;
 };
+
+/// Whether an upload that failed may have touched the file on the server. Bytes can leave before
+/// the server says no; the replies below never come behind the opening one (RFC 959, 5.4).
+bool mayHaveStored(const Error &error, bool moved)
+{
+    constexpr std::array before{500, 501, 502, 503, 504, 530, 532, 553};
+    if (error.kind != ErrorClass::Refused)
+        return true;
+    return moved && std::find(before.begin(), before.end(), error.replyCode) == before.end();
+}
+
+/// Day count of the wall clock a listing would show for a time.
+double dayOfUtc(const QDateTime &utc)
+{
+    RemoteEntry entry;
+    entry.time = utc;
+    entry.utc = true;
+    return listingDay(wallClockOf(entry, std::nullopt), presentLocalOffset());
+}
 } // namespace
 
 RemoteUploads::RemoteUploads(OperationContext &context) : m_context(context) {}
@@ -55,6 +78,8 @@ bool RemoteUploads::putPath(const QString &path, const QString &local)
     }
     if (!m_context.mayGoOn())
         return false;
+    if (!m_context.unattended())
+        m_context.loadIfAbsent(dir); // or its one row would look like all of them
     m_context.status(local + QStringLiteral(" Uploading･･･"));
     OperationContext::AskAgain askAgain;
     if (!m_context.unattended()) {
@@ -82,31 +107,31 @@ bool RemoteUploads::putLines(const QString &path, const std::vector<UploadLine> 
     const QString dir = m_context.cache.normalised(path);
     const QString folder = withoutTrailingSeparator(localFolder);
     m_context.loadIfAbsent(dir);
+    const bool unsure = isUnsure(dir);
     for (const UploadLine &line : lines) {
         if (line.name.isEmpty())
             continue;
-        if (!m_context.mayGoOn() || !putLine(dir, line, folder))
+        const Item item{localChild(folder, line.name), dir, line.name, remoteChild(dir, line.name),
+                        unsure};
+        if (!m_context.mayGoOn() || !putLine(item, line))
             return false;
     }
     return true;
 }
 
-bool RemoteUploads::putLine(const QString &dir, const UploadLine &line, const QString &folder)
+bool RemoteUploads::putLine(const Item &item, const UploadLine &line)
 {
-    const Item item{localChild(folder, line.name), dir, line.name, remoteChild(dir, line.name)};
     if (line.name.startsWith(QLatin1Char('.')) || isLockFile(line.name)) {
         leaveOut(item);
         return true;
     }
     const Decision decision = decide(item, line);
-    if (decision == Decision::Cancel)
-        return false;
-    if (decision == Decision::Skip) {
+    if (decision == Decision::Skip)
         m_context.skipped(item.path, item.remote, {});
-        return true;
-    }
-    const QString words = item.path + QStringLiteral(" > ") + dir;
-    m_context.status(words + QStringLiteral(" UpLoading･･･"));
+    if (decision != Decision::Send)
+        return decision != Decision::Cancel;
+    m_context.status(item.path + QStringLiteral(" > ") + item.dir +
+                     QStringLiteral(" UpLoading･･･"));
     const auto attempted =
         m_context.fiveAttempts(item.remote, [this, &item] { return send(item); });
     if (attempted.end == OperationContext::End::Stop)
@@ -114,47 +139,131 @@ bool RemoteUploads::putLine(const QString &dir, const UploadLine &line, const QS
     if (attempted.end == OperationContext::End::Done)
         sent(item);
     else
-        m_context.giveUp(QStringLiteral("FtpPutFile Err: ") + words + QStringLiteral(" UpLoad"),
-                         item.path, item.remote, attempted.error);
+        giveUpLine(item, attempted.error);
     return true;
+}
+
+void RemoteUploads::giveUpLine(const Item &item, const Error &error)
+{
+    m_context.giveUp(QStringLiteral("FtpPutFile Err: ") + item.path + QStringLiteral(" > ") +
+                         item.dir + QStringLiteral(" UpLoad"),
+                     item.path, item.remote, error);
 }
 
 RemoteUploads::Decision RemoteUploads::decide(const Item &item, const UploadLine &line)
 {
-    const OverwriteMode standing = m_context.standingAnswer;
     if (!m_context.unattended()) {
-        if (standing == OverwriteMode::CancelAll)
+        if (m_context.standingAnswer == OverwriteMode::CancelAll)
             return Decision::Cancel;
-        if (standing == OverwriteMode::OverwriteAll)
+        if (m_context.standingAnswer == OverwriteMode::OverwriteAll)
             return Decision::Send;
+    } else if (m_context.cache.unfinished().noted(m_context.session.currentSite(), item.dir,
+                                                  item.name)) {
+        return Decision::Send; // the remnant is newer than the file, and no good
     }
     double day = 0;
     qint64 size = 0;
-    if (!m_context.cache.cachedFile(item.dir, item.name, day, size))
+    if (m_context.cache.cachedFile(item.dir, item.name, day, size))
+        return compare(item, line, {day, size});
+    if (!item.unsure)
         return Decision::Send;
-    const QDateTime existing = fromDayCount(day);
-    const QString existingDate = FormatDateText(existing);
-    if (m_context.unattended())
-        return line.dateText > existingDate ? Decision::Send : Decision::Skip;
-    if (standing == OverwriteMode::KeepNewer) {
-        const QDateTime local = QFileInfo(item.path).lastModified();
-        const QDateTime localClock(local.date(), local.time(), Qt::UTC);
-        return existing > localClock ? Decision::Skip : Decision::Send;
-    }
-    if (existingDate < line.dateText)
-        return Decision::Send;
-    return askPerson(line, existingDate, size);
+    std::optional<Existing> existing;
+    const auto asked = askServer(item, existing);
+    if (asked.end == OperationContext::End::Stop)
+        return Decision::Cancel;
+    if (asked.end == OperationContext::End::Done)
+        return existing ? compare(item, line, *existing) : Decision::Send;
+    giveUpLine(item, asked.error);
+    return Decision::GivenUp;
 }
 
-RemoteUploads::Decision RemoteUploads::askPerson(const UploadLine &line,
-                                                 const QString &existingDate, qint64 existingSize)
+RemoteUploads::Decision RemoteUploads::compare(const Item &item, const UploadLine &line,
+                                               const Existing &existing)
 {
-    const OverwriteAnswer answer = m_context.frontEnd.askOverwrite(
-        {line.name, FormatSizeText(existingSize + 1), existingDate, line.sizeText, line.dateText});
+    if (!existing.day) {
+        if (!m_context.unattended())
+            return askPerson(line, existing);
+        giveUpLine(item,
+                   {ErrorClass::Local, QStringLiteral("ｻｰﾊﾞｰのﾌｧｲﾙと日付を比較できません"), 0});
+        return Decision::GivenUp;
+    }
+    const QDateTime there = fromDayCount(*existing.day);
+    const QString date = FormatDateText(there);
+    if (m_context.unattended())
+        return line.dateText > date ? Decision::Send : Decision::Skip;
+    if (m_context.standingAnswer == OverwriteMode::KeepNewer) {
+        const QDateTime local = QFileInfo(item.path).lastModified();
+        const QDateTime localClock(local.date(), local.time(), Qt::UTC);
+        return there > localClock ? Decision::Skip : Decision::Send;
+    }
+    if (date < line.dateText)
+        return Decision::Send;
+    return askPerson(line, existing);
+}
+
+RemoteUploads::Decision RemoteUploads::askPerson(const UploadLine &line, const Existing &existing)
+{
+    // Without a time to compare the existing file is the one to keep.
+    if (m_context.standingAnswer == OverwriteMode::KeepNewer)
+        return Decision::Skip;
+    const QString size = existing.size < 0 ? QString() : FormatSizeText(existing.size + 1);
+    const QString date = existing.day ? FormatDateText(fromDayCount(*existing.day)) : QString();
+    const OverwriteAnswer answer =
+        m_context.frontEnd.askOverwrite({line.name, size, date, line.sizeText, line.dateText});
     m_context.standingAnswer = answer.mode;
     if (answer.mode == OverwriteMode::CancelAll)
         return Decision::Cancel;
     return answer.overwrite ? Decision::Send : Decision::Skip;
+}
+
+bool RemoteUploads::isUnsure(const QString &dir)
+{
+    const auto marks = m_context.cache.incompleteUnder(dir);
+    return std::any_of(marks.begin(), marks.end(), [&dir](const auto &mark) {
+        return mark.dir.compare(dir, Qt::CaseInsensitive) == 0;
+    });
+}
+
+OperationContext::Attempted RemoteUploads::askServer(const Item &item,
+                                                     std::optional<Existing> &existing)
+{
+    return m_context.attemptOnce(item.remote, [&] { return askOnce(item, existing); });
+}
+
+Result<void> RemoteUploads::askOnce(const Item &item, std::optional<Existing> &existing)
+{
+    constexpr int noSuchFile = 550;
+    existing.reset();
+    if (auto current = m_context.stepInto(item.dir); !current)
+        return current;
+    FtpClient &client = m_context.session.client();
+    const QByteArray raw = m_context.cache.rawName(item.dir, item.name);
+    if (client.hasMdtm()) {
+        const auto utc = client.modificationTime(raw);
+        if (utc) {
+            existing = Existing{dayOfUtc(utc.value()), -1};
+            return {};
+        }
+        if (utc.error().kind != ErrorClass::Refused)
+            return utc.error();
+        if (utc.error().replyCode == noSuchFile)
+            return {};
+    }
+    const auto size = client.size(raw);
+    if (size)
+        existing = Existing{std::nullopt, size.value()};
+    else if (size.error().kind != ErrorClass::Refused)
+        return size.error();
+    else if (size.error().replyCode != noSuchFile)
+        existing = Existing(); // it may be there, and nothing tells
+    return {};
+}
+
+void RemoteUploads::noteUnfinished(const Item &item)
+{
+    m_context.keepCache(item.remote, [&] {
+        m_context.cache.unfinished().begin(m_context.session.currentSite(), item.dir, item.name);
+    });
 }
 
 Result<void> RemoteUploads::send(const Item &item)
@@ -166,9 +275,12 @@ Result<void> RemoteUploads::send(const Item &item)
         if (unchanged.value())
             return {};
         m_context.note(QStringLiteral("%1 changed while it was sent").arg(item.path));
-        if (!m_context.mayGoOn())
+        if (!m_context.mayGoOn()) {
+            noteUnfinished(item);
             return Error{ErrorClass::Cancelled, {}, 0};
+        }
     }
+    noteUnfinished(item);
     return Error{ErrorClass::Local, QStringLiteral("送信中にﾌｧｲﾙが変更されました"), 0};
 }
 
@@ -186,9 +298,14 @@ Result<bool> RemoteUploads::sendOnce(const Item &item)
         return current.error();
     const QByteArray raw = m_context.cache.rawName(item.dir, item.name);
     ProgressThrottle meter(m_context.frontEnd, item.name, before.size);
-    const auto stored =
-        m_context.session.client().store(raw, file, [&meter](qint64 done) { meter.moved(done); });
+    bool moved = false;
+    const auto stored = m_context.session.client().store(raw, file, [&](qint64 done) {
+        moved = moved || done > 0;
+        meter.moved(done);
+    });
     if (!stored) {
+        if (mayHaveStored(stored.error(), moved))
+            noteUnfinished(item);
         // A file that is being rewritten may break off under the reader's hands.
         if (stored.error().kind == ErrorClass::Local && before != Stamp(item.path))
             return false;
@@ -220,8 +337,10 @@ Result<void> RemoteUploads::setTime(const Item &item, const QByteArray &raw, QFi
 
 void RemoteUploads::sent(const Item &item)
 {
-    m_context.keepCache(item.remote,
-                        [&] { m_context.cache.caAddFile(item.path, item.dir, item.name); });
+    m_context.keepCache(item.remote, [&] {
+        m_context.cache.unfinished().end(m_context.session.currentSite(), item.dir, item.name);
+        m_context.cache.caAddFile(item.path, item.dir, item.name);
+    });
     m_context.done(Outcome::Kind::Uploaded, item.path, item.remote);
 }
 

@@ -5,6 +5,7 @@
 
 #include <QString>
 
+#include <optional>
 #include <vector>
 
 class QFile;
@@ -34,14 +35,29 @@ private:
         QString path; ///< full local path
         QString dir;
         QString name;
-        QString remote; ///< full path
+        QString remote;      ///< full path
+        bool unsure = false; ///< the cache does not show all files of its directory
     };
-    enum class Decision { Send, Skip, Cancel };
+    enum class Decision { Send, Skip, GivenUp, Cancel };
+    /// What is known of the file in its place.
+    struct Existing {
+        std::optional<double> day; ///< day count of its wall clock
+        qint64 size = -1;          ///< bytes
+    };
 
-    [[nodiscard]] bool putLine(const QString &dir, const UploadLine &line, const QString &folder);
+    [[nodiscard]] bool putLine(const Item &item, const UploadLine &line);
     [[nodiscard]] Decision decide(const Item &item, const UploadLine &line);
-    [[nodiscard]] Decision askPerson(const UploadLine &line, const QString &existingDate,
-                                     qint64 existingSize);
+    [[nodiscard]] Decision compare(const Item &item, const UploadLine &line,
+                                   const Existing &existing);
+    [[nodiscard]] Decision askPerson(const UploadLine &line, const Existing &existing);
+    /// True when the directory carries the mark of a listing that is not the whole truth.
+    [[nodiscard]] bool isUnsure(const QString &dir);
+    /// Asks the server for a file that the cache does not show; nothing when there is none.
+    [[nodiscard]] OperationContext::Attempted askServer(const Item &item,
+                                                        std::optional<Existing> &existing);
+    [[nodiscard]] Result<void> askOnce(const Item &item, std::optional<Existing> &existing);
+    void noteUnfinished(const Item &item);
+    void giveUpLine(const Item &item, const Error &error);
     [[nodiscard]] Result<void> send(const Item &item);
     [[nodiscard]] Result<bool> sendOnce(const Item &item);
     [[nodiscard]] Result<void> setTime(const Item &item, const QByteArray &raw, QFile &file);

@@ -43,6 +43,9 @@ private Q_SLOTS:
     void incompleteCacheLeavesTheRest();
     void refusedFileInside();
     void unattendedRemoval();
+    void unattendedRemovalListsNothing();
+    void closedFolderInside();
+    void relativePathIsNotDeleted();
     void neverTheRoot_data();
     void neverTheRoot();
     void pathWithTheServersText();
@@ -53,6 +56,10 @@ private Q_SLOTS:
     void renameDropsDots();
     void renameFails();
     void renameNeverOverwrites();
+    void renameAsksTheServer_data();
+    void renameAsksTheServer();
+    void renameFindsOddNames();
+    void letterCaseNeedsAWholeListing();
     void renameChangesLetterCase();
     void makesChains();
     void notConnected();
@@ -184,7 +191,7 @@ void tst_Removals::makeDirectoryFails()
     QCOMPARE(f.server.count("MKD"), asked);
     QCOMPARE(f.errorLines(), QStringList({QStringLiteral("FtpCreateDirectory Err: ") + name +
                                           QStringLiteral(" CreateDirectory")}));
-    QCOMPARE(f.cached(), QStringList());
+    QCOMPARE(f.cached(), QStringList({QStringLiteral("/|pub")}));
     QCOMPARE(f.counts(), QStringLiteral("0/1/0"));
 }
 
@@ -257,11 +264,55 @@ void tst_Removals::unattendedRemoval()
     f.server.put("/top/keep", "1");
     QVERIFY(f.start());
     f.flags.unattendedTransfer = true;
+    f.cache.caRefresh(QStringLiteral("/top"));
+    f.forget();
     f.operations.ftRemDir(QStringLiteral("/wrong"), QStringLiteral("/top/pub"), f.ok);
     QVERIFY(f.ok);
     QCOMPARE(f.server.tree().paths(), QList<QByteArray>({"/top/", "/top/keep"}));
     QCOMPARE(f.status(), QStringList());
     QVERIFY(f.person.verify());
+}
+
+void tst_Removals::unattendedRemovalListsNothing()
+{
+    Fixture f;
+    f.server.put("/top/pub/a", "1");
+    QVERIFY(f.start());
+    f.flags.unattendedTransfer = true;
+    f.operations.ftRemDir(QString(), QStringLiteral("/top/pub"), f.ok);
+    QVERIFY(f.ok);
+    QVERIFY(f.server.exists("/top/pub/a"));
+    QCOMPARE(f.server.count("MLSD"), 0);
+    QCOMPARE(f.counts(), QStringLiteral("0/1/0"));
+}
+
+void tst_Removals::closedFolderInside()
+{
+    Fixture f;
+    for (const char *path : {"/top/pub/a", "/top/pub/closed/b", "/top/pub/open/c"})
+        f.server.put(path, "1");
+    QVERIFY(f.start());
+    f.cache.caRefresh(QStringLiteral("/top"));
+    f.server.on("CWD", "/top/pub/closed").reply(550, "no entry");
+    f.operations.ftRemDir(QStringLiteral("/top"), QStringLiteral("pub"), f.ok);
+    QVERIFY(f.ok);
+    QCOMPARE(f.server.tree().paths(),
+             QList<QByteArray>({"/top/", "/top/pub/", "/top/pub/closed/", "/top/pub/closed/b"}));
+    QCOMPARE(f.errorLines(),
+             QStringList({QStringLiteral("sjCrntDir Err: /top/pub/closed"),
+                          QStringLiteral("FtpRemoveDirectory Err:/top/pub RemoveDirectory")}));
+}
+
+void tst_Removals::relativePathIsNotDeleted()
+{
+    Fixture f;
+    f.server.put("/a", "1");
+    QVERIFY(f.start());
+    f.flags.unattendedTransfer = true;
+    f.operations.ftDelFile(QString(), QStringLiteral("a"), f.ok);
+    QVERIFY(f.ok);
+    QCOMPARE(f.server.count("DELE"), 0);
+    QCOMPARE(f.counts(), QStringLiteral("0/1/0"));
 }
 
 void tst_Removals::neverTheRoot_data()
@@ -416,6 +467,58 @@ void tst_Removals::renameNeverOverwrites()
     QCOMPARE(f.errorLines(), QStringList({QStringLiteral("FtpRenameFile Err: a > b"),
                                           QStringLiteral("FtpRenameFile Err: a > c"),
                                           QStringLiteral("FtpRenameFile Err: a > c/d")}));
+}
+
+void tst_Removals::renameAsksTheServer_data()
+{
+    QTest::addColumn<bool>("mdtm");
+    QTest::newRow("MDTM") << true;
+    QTest::newRow("SIZE") << false;
+}
+
+void tst_Removals::renameAsksTheServer()
+{
+    QFETCH(bool, mdtm);
+    Fixture f;
+    f.server.options().mdtm = mdtm;
+    f.server.put("/a", "1");
+    QVERIFY(f.start());
+    f.browse(QStringLiteral("/"));
+    f.server.put("/b", "2");
+    f.operations.ftRename(QStringLiteral("/"), QStringLiteral("a"), QStringLiteral("b"), false,
+                          f.ok);
+    QVERIFY(f.ok);
+    QCOMPARE(f.server.file("/b"), QByteArray("2"));
+    QCOMPARE(f.server.file("/a"), QByteArray("1"));
+    QCOMPARE(f.errorLines(), QStringList(QStringLiteral("FtpRenameFile Err: a > b")));
+}
+
+void tst_Removals::renameFindsOddNames()
+{
+    Fixture f;
+    f.server.put("/a", "1");
+    f.server.put("/b?", "2");
+    f.server.on("MDTM").reply(550, "no");
+    QVERIFY(f.start());
+    f.browse(QStringLiteral("/"));
+    f.operations.ftRename(QStringLiteral("/"), QStringLiteral("a"), QStringLiteral("b?"), false,
+                          f.ok);
+    QCOMPARE(f.server.count("RNFR"), 0);
+    QCOMPARE(f.server.file("/b?"), QByteArray("2"));
+}
+
+void tst_Removals::letterCaseNeedsAWholeListing()
+{
+    Fixture f;
+    f.server.put("/a.txt", "1");
+    f.server.put("/A.txt", "2");
+    QVERIFY(f.start());
+    for (int i = 0; i < 2; ++i)
+        f.operations.ftRename(QStringLiteral("/"), QStringLiteral("a.txt"), QStringLiteral("A.txt"),
+                              false, f.ok);
+    QVERIFY(f.ok);
+    QCOMPARE(f.server.count("RNFR"), 0);
+    QCOMPARE(f.server.file("/A.txt"), QByteArray("2"));
 }
 
 void tst_Removals::renameChangesLetterCase()

@@ -92,6 +92,13 @@ private Q_SLOTS:
     void linkedFoldersAreNotFollowed();
     void listFormWithoutAListing();
     void neverListedFolderIsFound();
+    void unlistedDirectoryIsCompared_data();
+    void unlistedDirectoryIsCompared();
+    void unlistedDirectoryWithoutTimes();
+    void brokenUploadGoesAgain();
+    void refusedUploadIsNoRemnant();
+    void oneRowIsNotAWholeDirectory_data();
+    void oneRowIsNotAWholeDirectory();
 };
 
 void tst_Uploads::threeCommandsPerFile()
@@ -116,7 +123,9 @@ void tst_Uploads::twoWithoutSetTime()
     Fixture f;
     f.server.options().mfmt = false;
     f.server.options().mdtm = false;
+    f.server.put("/b.txt", "1");
     QVERIFY(f.start());
+    f.browse(QStringLiteral("/"));
     f.write(QStringLiteral("a.txt"), "hello");
     f.putPath(QStringLiteral("a.txt"));
     QVERIFY(f.ok);
@@ -551,6 +560,115 @@ void tst_Uploads::doesNothing()
     f.operations.ftPutFile(QStringLiteral("/new"), QString(), f.here(), f.ok);
     QVERIFY(f.ok);
     QCOMPARE(f.work(), QList<QByteArray>());
+}
+
+void tst_Uploads::unlistedDirectoryIsCompared_data()
+{
+    QTest::addColumn<int>("second"); // of the local file; the server's is 9
+    QTest::addColumn<bool>("sent");
+    QTest::newRow("newer") << 10 << true;
+    QTest::newRow("same") << 9 << false;
+    QTest::newRow("older") << 8 << false;
+}
+
+void tst_Uploads::unlistedDirectoryIsCompared()
+{
+    QFETCH(int, second);
+    QFETCH(bool, sent);
+    Fixture f;
+    f.server.put("/a.txt", "old", QDateTime(QDate(2024, 5, 6), QTime(7, 8, 9), Qt::UTC));
+    f.server.on("MLSD").reply(550, "you may only write here");
+    QVERIFY(f.start());
+    f.flags.unattendedTransfer = true;
+    f.write(QStringLiteral("a.txt"), "new", wallClock(16, 8, second));
+    f.write(QStringLiteral("fresh.txt"), "new", wallClock(1, 0));
+    f.putList({QStringLiteral("a.txt"), QStringLiteral("fresh.txt")});
+    QVERIFY(f.ok);
+    QCOMPARE(f.server.file("/a.txt"), sent ? QByteArray("new") : QByteArray("old"));
+    QCOMPARE(f.server.file("/fresh.txt"), QByteArray("new"));
+}
+
+void tst_Uploads::unlistedDirectoryWithoutTimes()
+{
+    Fixture f;
+    f.server.options().mdtm = false;
+    f.server.put("/a.txt", "old");
+    f.server.on("MLSD").reply(550, "you may only write here");
+    QVERIFY(f.start());
+    f.write(QStringLiteral("a.txt"), "new", wallClock(1, 0));
+    f.person.expectOverwrite(QStringLiteral("a.txt"), {OverwriteMode::Ask, false});
+    f.putList({QStringLiteral("a.txt")});
+    QVERIFY(f.person.verify());
+    f.flags.unattendedTransfer = true;
+    f.putList({QStringLiteral("a.txt")});
+    QVERIFY(f.ok);
+    QCOMPARE(f.server.file("/a.txt"), QByteArray("old"));
+    QCOMPARE(f.counts(), QStringLiteral("0/1/1"));
+    QVERIFY(f.errorLines().last().startsWith(QStringLiteral("FtpPutFile Err: ")));
+}
+
+void tst_Uploads::brokenUploadGoesAgain()
+{
+    Fixture f;
+    f.server.put("/a.txt", "old", QDateTime(QDate(2024, 5, 6), QTime(7, 8, 9), Qt::UTC));
+    QVERIFY(f.start());
+    f.flags.unattendedTransfer = true;
+    f.write(QStringLiteral("a.txt"), QByteArray(1000, 'n'), wallClock(16, 8, 10));
+    f.server.on("STOR").first(5).completion("426 broken");
+    f.putList({QStringLiteral("a.txt")});
+    QCOMPARE(f.operations.counts().givenUp, 1);
+    const std::vector<std::pair<QString, QString>> notes{
+        {QStringLiteral("/"), QStringLiteral("a.txt")}};
+    QCOMPARE(f.cache.unfinishedUnder(QStringLiteral("/")), notes);
+    // The remnant is newer than the file, also in a fresh listing.
+    f.cache.caRefresh(QStringLiteral("/"));
+    QCOMPARE(f.cache.unfinishedUnder(QStringLiteral("/")), notes);
+    f.putList({QStringLiteral("a.txt")});
+    QCOMPARE(f.server.file("/a.txt"), QByteArray(1000, 'n'));
+    QVERIFY(f.cache.unfinishedUnder(QStringLiteral("/")).empty());
+    // A whole upload is compared as ever.
+    f.server.log().clear();
+    f.putList({QStringLiteral("a.txt")});
+    QCOMPARE(f.server.count("STOR"), 0);
+}
+
+void tst_Uploads::refusedUploadIsNoRemnant()
+{
+    Fixture f;
+    f.server.on("STOR").reply(553, "not yours");
+    QVERIFY(f.start());
+    f.flags.unattendedTransfer = true;
+    f.write(QStringLiteral("a.txt"), "new");
+    f.putList({QStringLiteral("a.txt")});
+    QCOMPARE(f.operations.counts().givenUp, 1);
+    QVERIFY(f.cache.unfinishedUnder(QStringLiteral("/")).empty());
+}
+
+void tst_Uploads::oneRowIsNotAWholeDirectory_data()
+{
+    QTest::addColumn<int>("operation");
+    QTest::newRow("upload of one path") << 0;
+    QTest::newRow("upload of a folder") << 1;
+    QTest::newRow("new folder") << 2;
+}
+
+void tst_Uploads::oneRowIsNotAWholeDirectory()
+{
+    QFETCH(int, operation);
+    Fixture f;
+    f.server.put("/pub/there.txt", "1");
+    QVERIFY(f.start());
+    const QString pub = QStringLiteral("/pub");
+    QVERIFY(venlo::test::makeTree(f.here(), {{"n/a.txt", "1"}, {"a.txt", "1"}}));
+    if (operation == 0)
+        f.putPath(QStringLiteral("a.txt"), pub);
+    else if (operation == 1)
+        f.operations.ftPutFold(f.here(), QStringLiteral("n"), pub, f.ok);
+    else
+        f.operations.ftMakeDir(pub, QStringLiteral("n"), f.ok);
+    QVERIFY(f.ok);
+    QVERIFY(f.cache.isCached(pub, QStringLiteral("there.txt")));
+    QVERIFY(f.cache.isCached(pub, operation == 0 ? QStringLiteral("a.txt") : QStringLiteral("n")));
 }
 
 void tst_Uploads::neverListedFolderIsFound()
