@@ -26,13 +26,24 @@ std::unique_ptr<QLockFile> lockOf(const QString &journal)
     return lock;
 }
 
+QStringList journalsIn(const QDir &folder, const QString &ending)
+{
+    return folder.entryList({prefix + QLatin1Char('*') + ending}, QDir::Files | QDir::Hidden,
+                            QDir::Name);
+}
+
+QString notedIn(QFile &journal)
+{
+    return QString::fromUtf8(journal.read(longestPath));
+}
+
 /// True when nothing is left to do for the journal.
 bool sweepNoted(const QString &journal)
 {
     QFile file(journal);
     if (!file.open(QIODevice::ReadOnly))
         return false;
-    const QString noted = QString::fromUtf8(file.read(longestPath));
+    const QString noted = notedIn(file);
     const QFileInfo target(noted);
     if (!isTemporaryName(target.fileName()) || !target.isAbsolute())
         return true;
@@ -58,14 +69,39 @@ DownloadJournal::~DownloadJournal()
 void DownloadJournal::sweep()
 {
     const QDir folder(m_folder);
-    const QStringList journals = folder.entryList({prefix + QLatin1Char('*') + suffix},
-                                                  QDir::Files | QDir::Hidden, QDir::Name);
-    for (const QString &name : journals) {
+    for (const QString &name : journalsIn(folder, suffix)) {
         const QString journal = folder.filePath(name);
         const auto lock = lockOf(journal);
         if (lock->tryLock(0) && sweepNoted(journal))
             QFile::remove(journal);
     }
+    sweepLocks();
+}
+
+/// A process that was killed before its journal was there leaves a lock alone.
+void DownloadJournal::sweepLocks()
+{
+    const QDir folder(m_folder);
+    for (const QString &name : journalsIn(folder, suffix + lockSuffix)) {
+        const QString journal = folder.filePath(name.chopped(lockSuffix.size()));
+        if (!QFile::exists(journal))
+            (void)lockOf(journal)->tryLock(0); // takes a dead one's place, and goes with it
+    }
+}
+
+QStringList DownloadJournal::live() const
+{
+    const QDir folder(m_folder);
+    QStringList paths;
+    for (const QString &name : journalsIn(folder, suffix)) {
+        QFile journal(folder.filePath(name));
+        const bool own = journal.fileName() == m_file.fileName();
+        if (own || lockOf(journal.fileName())->tryLock(0) || !journal.open(QIODevice::ReadOnly))
+            continue;
+        if (const QString noted = notedIn(journal); !noted.isEmpty())
+            paths.append(noted);
+    }
+    return paths;
 }
 
 bool DownloadJournal::open()

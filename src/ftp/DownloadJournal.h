@@ -4,6 +4,7 @@
 
 #include <QFile>
 #include <QString>
+#include <QStringList>
 
 class QLockFile;
 
@@ -26,10 +27,13 @@ public:
     /// download.
     void begin(const QString &temporaryPath);
     void end();
+    /// What the downloads of all living processes write at present, absolute paths.
+    [[nodiscard]] QStringList live() const;
 
 private:
     [[nodiscard]] bool open();
     void sweep();
+    void sweepLocks();
 
     QString m_folder;
     QFile m_file;

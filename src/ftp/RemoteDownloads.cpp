@@ -53,7 +53,7 @@ bool RemoteDownloads::getFiles(const QString &path, const QStringList &names,
     const QString dir = m_context.cache.normalised(path);
     if (!m_swept.contains(folder)) {
         m_swept.insert(folder);
-        sweepTemporaryNames(folder, m_start);
+        sweepTemporaryNames(folder, m_start, m_journal.live());
     }
     for (const QString &name : names) {
         if (name.isEmpty())
@@ -76,8 +76,8 @@ RemoteDownloads::Item RemoteDownloads::itemOf(const QString &dir, const QString 
                                               const QString &folder)
 {
     Item item{dir, name, remoteChild(dir, name), folder, localChild(folder, name)};
-    if (!m_context.session.client().listsByMlsd())
-        (void)m_context.cache.refineTime(dir, name);
+    // Also where MLSD lists now: the rows may be an older LIST's.
+    (void)m_context.cache.refineTime(dir, name);
     item.cached = m_context.cache.cachedFile(dir, name, item.day, item.size);
     return item;
 }
@@ -153,7 +153,11 @@ Result<void> RemoteDownloads::fetch(const Item &item)
     if (auto whole = checkSize(item, raw, received.value()); !whole)
         return whole;
     meter.finished(received.value());
-    return temporary.replace(item.target, received.value(), timeFor(item, raw));
+    bool timeSet = true;
+    auto replaced = temporary.replace(item.target, received.value(), timeFor(item, raw), timeSet);
+    if (!timeSet)
+        m_context.note(QStringLiteral("time not set: ") + item.target);
+    return replaced;
 }
 
 Result<void> RemoteDownloads::checkSize(const Item &item, const QByteArray &raw, qint64 received)

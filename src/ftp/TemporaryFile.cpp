@@ -33,7 +33,8 @@ Result<void> TemporaryFile::open()
     return Error{ErrorClass::Local, m_file.errorString(), 0};
 }
 
-Result<void> TemporaryFile::replace(const QString &target, qint64 size, const QDateTime &time)
+Result<void> TemporaryFile::replace(const QString &target, qint64 size, const QDateTime &time,
+                                    bool &timeSet)
 {
     if (!flushToDisk(m_file))
         return Error{ErrorClass::Local, m_file.errorString(), 0};
@@ -45,8 +46,7 @@ Result<void> TemporaryFile::replace(const QString &target, qint64 size, const QD
     m_file.close();
     if (m_file.error() != QFileDevice::NoError)
         return Error{ErrorClass::Local, m_file.errorString(), 0};
-    if (time.isValid())
-        setModifiedTime(m_file.fileName(), time);
+    timeSet = !time.isValid() || setModifiedTime(m_file.fileName(), time);
     if (!replaceFile(m_file.fileName(), target))
         return Error{ErrorClass::Local, QStringLiteral("ﾌｧｲﾙを置き換えられません"), 0};
     m_there = false;

@@ -23,8 +23,10 @@ public:
     [[nodiscard]] Result<void> open();
     [[nodiscard]] QIODevice &device() { return m_file; }
     /// Forces the content to the disk, sets the time where it is valid, and replaces the target in
-    /// one step. On failure the target is as it was.
-    [[nodiscard]] Result<void> replace(const QString &target, qint64 size, const QDateTime &time);
+    /// one step. On failure the target is as it was. timeSet turns false when the file system
+    /// does not take the time, which is no failure.
+    [[nodiscard]] Result<void> replace(const QString &target, qint64 size, const QDateTime &time,
+                                       bool &timeSet);
 
 private:
     DownloadJournal &m_journal;

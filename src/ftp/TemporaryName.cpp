@@ -38,7 +38,7 @@ bool isTemporaryName(const QString &fileName)
     return std::all_of(number.begin(), number.end(), isLowerHex);
 }
 
-int sweepTemporaryNames(const QString &folder, const QDateTime &before)
+int sweepTemporaryNames(const QString &folder, const QDateTime &before, const QStringList &live)
 {
     int deleted = 0;
     const auto entries =
@@ -46,7 +46,7 @@ int sweepTemporaryNames(const QString &folder, const QDateTime &before)
                                    QDir::Files | QDir::Hidden | QDir::System, QDir::NoSort);
     for (const QFileInfo &entry : entries) {
         if (isTemporaryName(entry.fileName()) && entry.lastModified() < before &&
-            QFile::remove(entry.filePath()))
+            !live.contains(entry.absoluteFilePath()) && QFile::remove(entry.filePath()))
             ++deleted;
     }
     return deleted;

@@ -2,6 +2,7 @@
 
 #include <QDateTime>
 #include <QString>
+#include <QStringList>
 
 namespace venlo
 {
@@ -14,7 +15,9 @@ namespace venlo
 [[nodiscard]] bool isTemporaryName(const QString &fileName);
 
 /// Deletes the files of that form that were last written before a time in this one folder, links
-/// themselves and not what they point to; the number deleted.
-int sweepTemporaryNames(const QString &folder, const QDateTime &before);
+/// themselves and not what they point to, but not the given ones (absolute paths), which somebody
+/// still writes; the number deleted.
+int sweepTemporaryNames(const QString &folder, const QDateTime &before,
+                        const QStringList &live = {});
 
 } // namespace venlo

@@ -49,6 +49,7 @@ private Q_SLOTS:
     void journalSweeps_data();
     void journalSweeps();
     void aLiveJournalIsLeftAlone();
+    void locksWithoutAJournalGo();
     void aMissingFolderIsKeptForLater();
 };
 
@@ -174,7 +175,25 @@ void tst_TemporaryName::aLiveJournalIsLeftAlone()
         QVERIFY(QFile::exists(path));
     }
     QCOMPARE(filesIn(user.path()).size(), 2); // the journal and its lock
+    const DownloadJournal third(user.path());
+    QCOMPARE(third.live(), QStringList(path));
+    QCOMPARE(first.live(), QStringList());
+    const QDateTime later = QDateTime::currentDateTime().addSecs(60);
+    QCOMPARE(sweepTemporaryNames(folder.path(), later, third.live()), 0);
     first.end();
+    QCOMPARE(third.live(), QStringList());
+    QCOMPARE(sweepTemporaryNames(folder.path(), later, third.live()), 1);
+}
+
+void tst_TemporaryName::locksWithoutAJournalGo()
+{
+    const QTemporaryDir user;
+    QFile lock(user.filePath(QStringLiteral("Downloads-0011223344556677.pending.lock")));
+    QVERIFY(lock.open(QIODevice::WriteOnly));
+    lock.write("999999999\ngone\n"); // no process has that number
+    lock.close();
+    const DownloadJournal journal(user.path());
+    QCOMPARE(filesIn(user.path()), QStringList());
 }
 
 void tst_TemporaryName::aMissingFolderIsKeptForLater()
