@@ -61,6 +61,7 @@ private Q_SLOTS:
     void severalFiles();
     void keepsTheListingsTime();
     void keepsMdtmsTimeWhenNotListed();
+    void refinesRowsOfAnOlderList();
     void makesTheLocalFolder();
     void replacesTheOldFileKeepingItsPermissions();
     void emptyFile();
@@ -148,6 +149,25 @@ void tst_Downloads::keepsMdtmsTimeWhenNotListed()
     QCOMPARE(QFileInfo(f.at(QStringLiteral("a.txt"))).lastModified(), wallClock(16, 8, 9));
     QCOMPARE(f.work().mid(0, 4),
              QList<QByteArray>({"EPSV", "RETR a.txt", "SIZE a.txt", "MDTM a.txt"}));
+}
+
+void tst_Downloads::refinesRowsOfAnOlderList()
+{
+    Fixture f;
+    f.server.options().dialect = venlo::test::ListDialect::UnixDay;
+    f.server.put("/a.txt", "hello", QDateTime(QDate(2024, 5, 6), QTime(7, 8, 9), Qt::UTC));
+    f.server.on("MLSD").once().reply(500, "not now");
+    QVERIFY(f.start());
+    f.browse(QStringLiteral("/"));
+    QCOMPARE(f.cache.dayOnlyUnder(QStringLiteral("/")).size(), size_t(1));
+    f.session.Disconnect();
+    QVERIFY(f.connectTo(QStringLiteral("web"), f.server.server(), f.server.user(),
+                        f.server.password()));
+    QVERIFY(f.session.client().listsByMlsd());
+    bool ok = true;
+    f.operations.ftGetFile(QStringLiteral("/"), QStringLiteral("a.txt"), f.here(), ok);
+    QVERIFY(ok);
+    QCOMPARE(QFileInfo(f.at(QStringLiteral("a.txt"))).lastModified(), wallClock(16, 8, 9));
 }
 
 void tst_Downloads::makesTheLocalFolder()
