@@ -62,6 +62,11 @@ QWidget *WindowFrontEnd::windowInFront() const
     return m_wait && m_wait->isVisible() ? m_wait.get() : nullptr;
 }
 
+std::chrono::milliseconds WindowFrontEnd::boxLimit() const
+{
+    return m_flags.unattendedRun ? m_options.boxLimit : std::chrono::milliseconds(0);
+}
+
 QMessageBox::StandardButton WindowFrontEnd::ask(const QString &text, QMessageBox::Icon icon,
                                                 QMessageBox::StandardButtons buttons,
                                                 Button byItself)
@@ -77,8 +82,7 @@ QMessageBox::StandardButton WindowFrontEnd::ask(const QString &text, QMessageBox
                                           std::pair(QMessageBox::Retry, QStringLiteral("再試行"))})
         if (QAbstractButton *widget = box.button(button))
             widget->setText(caption);
-    const ModalLimit limit(box, {m_flags.batch ? m_options.boxLimit : std::chrono::milliseconds(0),
-                                 [&box, byItself] { box.button(byItself)->click(); },
+    const ModalLimit limit(box, {boxLimit(), [&box, byItself] { box.button(byItself)->click(); },
                                  m_options.interrupted});
     return static_cast<Button>(box.exec());
 }
@@ -107,8 +111,7 @@ OverwriteAnswer WindowFrontEnd::askOverwrite(const OverwriteQuestion &question)
     if (m_flags.batch)
         m_printer.printError(question.fileName + QStringLiteral(": ") + window.windowTitle());
     const ModalLimit limit(window,
-                           {m_flags.batch ? m_options.boxLimit : std::chrono::milliseconds(0),
-                            [&window] { window.choose(0); }, m_options.interrupted});
+                           {boxLimit(), [&window] { window.reject(); }, m_options.interrupted});
     return window.cMsg(question);
 }
 
@@ -173,6 +176,7 @@ void WindowFrontEnd::progress(const TransferProgress &progress)
 void WindowFrontEnd::outcome(const Outcome &outcome)
 {
     m_printer.printOutcome(outcome);
+    m_cancelled = m_cancelled || m_stopWanted;
     if (m_view != nullptr)
         m_view->showOutcome(outcome);
 }

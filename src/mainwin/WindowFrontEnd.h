@@ -19,13 +19,13 @@ struct Flags;
 
 /// The front end of a run with a display: message boxes, the overwrite confirmation, the wait
 /// window, and what the registered windows show. Under the batch flag every box is written to
-/// stderr too and answers itself with OK after a while, for nobody may be there; it never asks to
-/// retry by itself. Owned by main; owns only the wait window.
+/// stderr too. In an unattended run it answers itself after a while, for nobody may be there: with
+/// OK, but it neither retries nor overwrites by itself. Owned by main; owns only the wait window.
 class WindowFrontEnd : public WindowDesk
 {
 public:
     struct Options {
-        std::chrono::milliseconds boxLimit{60'000}; ///< how long a box stays under the batch flag
+        std::chrono::milliseconds boxLimit{60'000}; ///< how long a box stays in an unattended run
         std::function<bool()> interrupted = venlo::interrupted;
     };
     WindowFrontEnd(ConsolePrinter &printer, const Flags &flags);
@@ -51,8 +51,10 @@ public:
     void removeStatusTarget(StatusTarget &target) override;
     void setOperationView(OperationView *view) override { m_view = view; }
     void setMessageLineSink(MessageLineSink *sink) override;
-    void beginOperation() override { m_cancelled = false; }
+    [[nodiscard]] bool stopWanted() const override { return m_stopWanted || cancelled(); }
+    void beginOperation() override { m_cancelled = m_stopWanted = false; }
     void requestCancel() override { m_cancelled = true; }
+    void requestStop() override { m_stopWanted = true; }
     [[nodiscard]] bool mustEnd() const override { return m_options.interrupted(); }
     [[nodiscard]] QStringList takeWarnings() override;
 
@@ -61,6 +63,7 @@ private:
     [[nodiscard]] Button ask(const QString &text, QMessageBox::Icon icon,
                              QMessageBox::StandardButtons buttons, Button byItself);
     [[nodiscard]] QWidget *windowInFront() const;
+    [[nodiscard]] std::chrono::milliseconds boxLimit() const;
 
     ConsolePrinter &m_printer;
     const Flags &m_flags;
@@ -72,6 +75,7 @@ private:
     QString m_messageText;
     QStringList m_warnings;
     bool m_cancelled = false;
+    bool m_stopWanted = false;
     bool m_yielding = false;
 };
 

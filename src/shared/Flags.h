@@ -7,6 +7,8 @@ namespace venlo
 struct Flags {
     /// The command line held "/b": confirmations that test it count as answered OK.
     bool batch = false;
+    /// The command line runs a synchronisation or a transfer under "/b": nobody need be there.
+    bool unattendedRun = false;
     /// A synchronisation, a command-line transfer or a temporary download runs: the transfer and
     /// cache operations ask no overwrite questions and show no status messages.
     bool unattendedTransfer = false;

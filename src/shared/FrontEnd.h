@@ -88,6 +88,10 @@ public:
 
     /// True once the person asked the running operation to stop.
     [[nodiscard]] virtual bool cancelled() const = 0;
+    /// True once the operation is to end after the file in hand; whatever is cancelled is.
+    [[nodiscard]] virtual bool stopWanted() const { return cancelled(); }
+    /// A new operation starts: a Cancel that was meant for an earlier one no longer counts.
+    virtual void beginOperation() {}
     /// Lets pending window events run; the only way for the engine to do so.
     virtual void yield() = 0;
 };

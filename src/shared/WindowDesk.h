@@ -51,10 +51,12 @@ public:
     /// Gets the current text at once and every change; null for none.
     virtual void setMessageLineSink(MessageLineSink *sink) = 0;
 
-    /// A new operation starts: a Cancel that was meant for an earlier one no longer counts.
-    virtual void beginOperation() = 0;
+    void beginOperation() override = 0;
     /// Cancel was pressed: cancelled() is true until the next operation begins.
     virtual void requestCancel() = 0;
+    /// Cancel that lets the file in hand end: stopWanted() is true at once, cancelled() once an
+    /// outcome was told.
+    virtual void requestStop() = 0;
     /// The system asks the program to end (an interrupt): windows close without asking.
     [[nodiscard]] virtual bool mustEnd() const = 0;
     /// Warnings since the last call, for a window that opens after they came.

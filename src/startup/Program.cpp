@@ -1,5 +1,6 @@
 #include "startup/Program.h"
 
+#include <exception>
 #include <utility>
 
 #include <QFileInfo>
@@ -85,6 +86,7 @@ Program::~Program() = default;
 
 int Program::Main(const CommandLine &commandLine)
 {
+    const FlagScope unattended(m_flags.unattendedRun, m_flags.batch && works(commandLine.verb));
     int status = prepare(commandLine);
     if (m_faces.prepared)
         m_faces.prepared();
@@ -92,9 +94,9 @@ int Program::Main(const CommandLine &commandLine)
         return status;
     try {
         status = dispatch(commandLine);
-    } catch (const DbError &error) {
+    } catch (const std::exception &error) {
         // The registries or the work tables failed: an unattended run still ends in order.
-        m_faces.frontEnd.warn(error.words());
+        m_faces.frontEnd.warn(QString::fromUtf8(error.what()));
         status = BatchRunner::NotCarriedOut;
     }
     EndProgram();

@@ -27,6 +27,9 @@ Comparison::~Comparison() = default;
 ComparisonResult Comparison::ftSync(const QString &sLph, const QString &sFph, bool down, bool &ok)
 {
     ok = false;
+    if (m_running)
+        return {};
+    const FlagScope running(m_running);
     m_work = std::make_unique<ComparisonWork>(m_database, m_frontEnd);
     ComparisonResult &result = m_work->result;
     result.pair = {sLph, sFph, down};
@@ -53,7 +56,11 @@ bool Comparison::passesChecks(const QString &sLph, const QString &sFph)
         return false;
     }
     const bool wildcard = sFph.contains(QLatin1Char('*')) || sFph.contains(QLatin1Char('?'));
-    if (!wildcard && !m_cache.refusesPath(sFph) && !m_cache.refusesPath(m_cache.normalised(sFph)))
+    const QString server = m_session.server();
+    // Further in, the text would be cut out of the path and another directory reached.
+    const bool inside = !server.isEmpty() && sFph.indexOf(server, 1, Qt::CaseInsensitive) > 0;
+    if (!wildcard && !inside && !m_cache.refusesPath(sFph) &&
+        !m_cache.refusesPath(m_cache.normalised(sFph)))
         return true;
     m_session.errorLog().LogError(QStringLiteral("ftSync Err sLph=") + sLph);
     m_frontEnd.message(sFph + QStringLiteral(" は同期できません"));

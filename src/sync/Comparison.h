@@ -30,7 +30,8 @@ public:
     Comparison &operator=(const Comparison &) = delete;
 
     /// Checks, asks (not under the batch flag), compares. ok: the tables are filled and marked.
-    /// sFph may carry the server text in front.
+    /// sFph may carry the server text in front. Waiting runs window events; a call from one of
+    /// them does nothing.
     ComparisonResult ftSync(const QString &sLph, const QString &sFph, bool down, bool &ok);
 
     /// Merges a local folder and everything below it into the work tables. Called with the root
@@ -50,6 +51,7 @@ private:
     FrontEnd &m_frontEnd;
     Flags &m_flags;
     std::unique_ptr<ComparisonWork> m_work;
+    bool m_running = false;
 };
 
 } // namespace venlo

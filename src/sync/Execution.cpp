@@ -32,6 +32,7 @@ int Execution::run(SyncReview &review, bool unattended)
             m_worker.log(QStringLiteral("RetSync Retry > 10  Err "));
         if (pass(review, true))
             (void)pass(review, false);
+        m_cancelled = m_cancelled && pendingRows(review) > 0;
         if (m_cancelled)
             return NotDone;
     }
@@ -50,7 +51,7 @@ bool Execution::pass(SyncReview &review, bool folders)
 bool Execution::workOn(SyncReview &review, int row)
 {
     m_frontEnd.yield();
-    m_cancelled = m_frontEnd.cancelled();
+    m_cancelled = m_frontEnd.stopWanted();
     if (m_cancelled)
         return false;
     if (m_progress)
@@ -65,7 +66,7 @@ bool Execution::workOn(SyncReview &review, int row)
         review.markRow(row, !end.givenUp);
     if (m_progress)
         m_progress(row, true);
-    m_cancelled = m_frontEnd.cancelled();
+    m_cancelled = m_frontEnd.stopWanted();
     return end.ok && !m_cancelled;
 }
 

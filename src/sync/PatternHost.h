@@ -26,6 +26,7 @@ class PatternHost
 public:
     virtual ~PatternHost() = default;
     /// Loads the pattern and connects to its site. Messages are shown by the host.
+    /// An empty name does nothing.
     [[nodiscard]] virtual ShownPattern SyncPtn(const QString &sSync) = 0;
 };
 

@@ -28,9 +28,11 @@ PlainPatternHost::PlainPatternHost(Database &database, Session &session, FrontEn
 ShownPattern PlainPatternHost::SyncPtn(const QString &sSync)
 {
     ShownPattern shown;
+    shown.state = ShownPattern::State::Unknown;
+    if (sSync.isEmpty())
+        return shown;
     const Rows rows = lookUp(
         m_database, QStringLiteral("Select sLph, sName, sFph From msSync Where sSync='?'"), sSync);
-    shown.state = ShownPattern::State::Unknown;
     if (rows.count() > 0) {
         shown.localFolder = rows.at(0, 0).toString();
         shown.site = rows.at(1, 0).toString();

@@ -7,7 +7,7 @@ namespace venlo
 
 namespace
 {
-/// Nothing is read for a name that cannot be asked for.
+/// True once the options are decided.
 bool readOptions(Database &database, const QString &sql, const QVariantList &values,
                  ReviewOptions &options)
 {
@@ -19,7 +19,8 @@ bool readOptions(Database &database, const QString &sql, const QVariantList &val
         options.bCfd = rows.at(1, 0).toLongLong() != 0;
         return true;
     } catch (const DbError &) {
-        return false;
+        options = {false, true, true};
+        return true;
     }
 }
 } // namespace

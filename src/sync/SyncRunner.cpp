@@ -1,5 +1,7 @@
 #include "sync/SyncRunner.h"
 
+#include <exception>
+
 #include <QHash>
 
 #include "db/Database.h"
@@ -23,6 +25,20 @@ SyncRunner::SyncRunner(Comparison &comparison, RowWorker &worker, ReviewHost &re
 
 SyncRunner::Report SyncRunner::run(const Order &order)
 {
+    const FlagScope unattended(m_flags.unattendedTransfer, m_flags.unattendedTransfer);
+    if (!order.fromBatchRun)
+        m_frontEnd.beginOperation();
+    try {
+        return compareAndAct(order);
+    } catch (const std::exception &error) {
+        m_worker.log(QStringLiteral("ftSync Err sLph=") + order.sLph);
+        m_frontEnd.warn(QString::fromUtf8(error.what()));
+        return {0, true};
+    }
+}
+
+SyncRunner::Report SyncRunner::compareAndAct(const Order &order)
+{
     bool ok = false;
     ComparisonResult compared = m_comparison.ftSync(order.sLph, order.sFph, order.down, ok);
     if (!ok)
@@ -31,14 +47,11 @@ SyncRunner::Report SyncRunner::run(const Order &order)
         order.sSync.isEmpty()
             ? optionsOfPair(m_database, order.sLph, order.sFph, compared.pair.sFph)
             : optionsOfPattern(m_database, order.sSync);
+    if (options.unread)
+        m_frontEnd.warn(order.sLph + QStringLiteral(" の同期の設定が読み取れないため最上位の"
+                                                    "ﾌｫﾙﾀﾞは対象外とします"));
     SyncReview review(std::move(compared), options);
-    try {
-        review.load(m_database);
-    } catch (const DbError &error) {
-        m_worker.log(QStringLiteral("ftSync Err sLph=") + order.sLph);
-        m_frontEnd.warn(error.words());
-        return {0, true};
-    }
+    review.load(m_database);
     const bool unattended = order.fromBatchRun && m_flags.batch;
     announceHeld(review, unattended);
     Execution execution(m_worker, m_frontEnd, m_flags);

@@ -34,9 +34,12 @@ public:
     SyncRunner(Comparison &comparison, RowWorker &worker, ReviewHost &reviewHost,
                Database &database, FrontEnd &frontEnd, Flags &flags);
 
+    /// Leaves the unattended-transfer flag as it found it. What goes wrong on the way is logged and
+    /// told, never thrown.
     [[nodiscard]] Report run(const Order &order);
 
 private:
+    [[nodiscard]] Report compareAndAct(const Order &order);
     void announceHeld(const SyncReview &review, bool unattended);
 
     Comparison &m_comparison;

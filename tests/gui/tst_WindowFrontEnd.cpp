@@ -53,6 +53,7 @@ private Q_SLOTS:
     void warnings();
     void outcomesArePrinted();
     void cancelLastsUntilTheNextOperation();
+    void stopLetsTheFileInHandEnd();
     void yieldDoesNotNest();
 
 private:
@@ -117,6 +118,7 @@ void tst_WindowFrontEnd::boxesCloseByThemselves()
     QFETCH(int, kind);
     QFETCH(bool, yes);
     m_flags.batch = true;
+    m_flags.unattendedRun = true;
     QElapsedTimer time;
     time.start();
     bool answer = true;
@@ -133,6 +135,7 @@ void tst_WindowFrontEnd::boxesCloseByThemselves()
 
 void tst_WindowFrontEnd::boxesStayWithoutTheFlag()
 {
+    m_flags.batch = true; // as a window that was opened under "/b" has it
     QElapsedTimer time;
     time.start();
     whenShown(QStringLiteral("messageBox"), [](QWidget &box) {
@@ -154,9 +157,10 @@ void tst_WindowFrontEnd::anInterruptIsCancel()
 void tst_WindowFrontEnd::overwriteUnderTheFlag()
 {
     m_flags.batch = true;
+    m_flags.unattendedRun = true;
     const OverwriteAnswer answer = m_desk->askOverwrite({QStringLiteral("a.html"), {}, {}, {}, {}});
-    QVERIFY(answer.overwrite);
-    QCOMPARE(answer.mode, OverwriteMode::Ask);
+    QVERIFY2(!answer.overwrite, "nobody said so");
+    QCOMPARE(answer.mode, OverwriteMode::CancelAll);
     QVERIFY(m_streams->messageText().startsWith(QStringLiteral("a.html")));
 }
 
@@ -255,6 +259,21 @@ void tst_WindowFrontEnd::cancelLastsUntilTheNextOperation()
     m_interrupted = true;
     m_desk->beginOperation();
     QVERIFY2(m_desk->cancelled(), "nothing begins anew once the program is to end");
+}
+
+void tst_WindowFrontEnd::stopLetsTheFileInHandEnd()
+{
+    m_desk->requestStop();
+    QVERIFY(m_desk->stopWanted());
+    QVERIFY(!m_desk->cancelled());
+    m_desk->outcome({Outcome::Kind::Uploaded, QStringLiteral("a"), QStringLiteral("/a"), {}});
+    QVERIFY2(m_desk->cancelled(), "the next file of a folder must not begin");
+    m_desk->beginOperation();
+    QVERIFY(!m_desk->stopWanted());
+    m_desk->outcome({Outcome::Kind::Uploaded, QStringLiteral("b"), QStringLiteral("/b"), {}});
+    QVERIFY(!m_desk->cancelled());
+    m_desk->requestCancel();
+    QVERIFY(m_desk->stopWanted());
 }
 
 void tst_WindowFrontEnd::yieldDoesNotNest()

@@ -36,6 +36,8 @@ private Q_SLOTS:
     void nothingTicked();
     void unattendedClosesByItself();
     void unattendedLeavesHeldRowsAlone();
+    void aCancelBeforeAnUnattendedRunCounts();
+    void cancelLetsTheFileInHandEnd();
     void cancelKeepsTheRest();
     void escapeCancelsAndStays();
     void closingCancelsFirst();
@@ -185,6 +187,29 @@ void tst_sfSyncRun::unattendedLeavesHeldRowsAlone()
     QCOMPARE(act(true), 1);
     QVERIFY(!m_worker->worked.contains(QStringLiteral("/old/")));
     QVERIFY(m_review->leftOver());
+}
+
+void tst_sfSyncRun::aCancelBeforeAnUnattendedRunCounts()
+{
+    m_desk->requestCancel();
+    QCOMPARE(act(true), 0);
+    QVERIFY(m_worker->worked.isEmpty());
+}
+
+void tst_sfSyncRun::cancelLetsTheFileInHandEnd()
+{
+    bool cutShort = true;
+    m_worker->onRow = [&](const QString &) {
+        click(window(), "cmCancel");
+        cutShort = m_desk->cancelled();
+    };
+    inWindow([](QWidget &window) {
+        click(window, "cmRet");
+        QTest::keyClick(&window, Qt::Key_Escape);
+    });
+    QCOMPARE(act(), 0);
+    QVERIFY(!cutShort);
+    QCOMPARE(m_worker->worked.size(), 1);
 }
 
 void tst_sfSyncRun::cancelKeepsTheRest()

@@ -35,6 +35,7 @@ private Q_SLOTS:
     void down();
     void withoutTheBatchFlagNothingRunsUnseen();
     void unknownPattern();
+    void anEmptyPatternNameDoesNothing();
     void patternWithoutFolders_data();
     void patternWithoutFolders();
     void unknownSite();
@@ -155,6 +156,16 @@ void tst_BatchRunner::unknownPattern()
     QCOMPARE(m_world->batch().RunSyncPattern(QStringLiteral("it's"), true), 2);
     QVERIFY(m_world->person.messages().contains(QStringLiteral("同期ﾊﾟﾀｰﾝの登録を確認して下さい")));
     QCOMPARE(m_server->connections(), 0);
+}
+
+void tst_BatchRunner::anEmptyPatternNameDoesNothing()
+{
+    start();
+    m_world->registerPattern(QString(), pub);
+    QVERIFY(m_world->patternHost.SyncPtn(QString()).state == ShownPattern::State::Unknown);
+    QVERIFY(m_world->person.messages().isEmpty());
+    QCOMPARE(m_server->connections(), 0);
+    QCOMPARE(m_world->batch().RunSyncPattern(QString(), true), 2);
 }
 
 void tst_BatchRunner::patternWithoutFolders_data()

@@ -66,6 +66,7 @@ private Q_SLOTS:
     void aConnectionLostDuringARowLeavesItPending();
     void givenUpDoesNotHoldUpTheRest();
     void cancelLeavesTheRestPending();
+    void cancelInTheLastRowIsDone();
     void cancelledAtOnceDoesNothing();
     void setsTheUnattendedFlagAndLeavesIt();
     void blockedRowsAreRefused();
@@ -240,6 +241,20 @@ void tst_Execution::cancelLeavesTheRestPending()
     QVERIFY(!execution.cancelled());
     QCOMPARE(m_worker->said.mid(2),
              (QStringList{QStringLiteral("/a.txt"), QStringLiteral("/b.txt")}));
+}
+
+void tst_Execution::cancelInTheLastRowIsDone()
+{
+    m_worker->end = [&](const QString &path) {
+        if (path == QStringLiteral("/b.txt"))
+            m_person->cancelNow();
+        return RowEnd();
+    };
+    SyncReview plan = review();
+    Execution execution(*m_worker, *m_person, m_flags);
+    QCOMPARE(execution.run(plan, false), 1);
+    QVERIFY(!execution.cancelled());
+    QCOMPARE(plan.pendingCount(), 0);
 }
 
 void tst_Execution::cancelledAtOnceDoesNothing()

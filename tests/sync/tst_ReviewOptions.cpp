@@ -45,8 +45,8 @@ void tst_ReviewOptions::ofAPair_data()
         << QStringLiteral("host/other") << QStringLiteral("/other") << false << true;
     QTest::newRow("not registered")
         << QStringLiteral("/none") << QStringLiteral("/none") << false << false;
-    QTest::newRow("a quote is not registered")
-        << QStringLiteral("/it's") << QStringLiteral("/it's") << false << false;
+    QTest::newRow("a quote cannot be asked for")
+        << QStringLiteral("/it's") << QStringLiteral("/it's") << false << true;
 }
 
 void tst_ReviewOptions::ofAPair()
@@ -57,6 +57,7 @@ void tst_ReviewOptions::ofAPair()
         optionsOfPair(m_tables.database(), QStringLiteral("/web"), given, normal);
     QTEST(options.bCfl, "bCfl");
     QTEST(options.bCfd, "bCfd");
+    QCOMPARE(options.unread, given.contains(QLatin1Char('\'')));
 }
 
 void tst_ReviewOptions::ofAPattern()

@@ -3,6 +3,7 @@
 #include "sync/SyncWorld.h"
 
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QTest>
 
@@ -27,6 +28,12 @@ private Q_SLOTS:
     void init();
     void faults_data();
     void faults();
+    void faultsWhileWorking_data();
+    void faultsWhileWorking();
+    void aListingCutBelowAWholeFolder_data();
+    void aListingCutBelowAWholeFolder();
+    void aServerThatClosesAfterEachCommand_data();
+    void aServerThatClosesAfterEachCommand();
     void linkInPlaceOfAFolder();
     void readOnlyLocalFileIsDeleted();
     void vanishedLocalFileIsDone();
@@ -140,6 +147,125 @@ void tst_SyncFaults::faults()
     QCOMPARE(m_world->batch().RunSyncPattern(pattern, upwards), 0);
     QCOMPARE(difference(snapshot(m_world->local()), snapshot(m_server->tree(), "/pub")),
              QStringList());
+}
+
+void tst_SyncFaults::faultsWhileWorking_data()
+{
+    QTest::addColumn<bool>("upwards");
+    QTest::addColumn<Fault>("fault");
+    QTest::newRow("an upload is cut off")
+        << true
+        << Fault([](ScriptedServer &server) { server.on("STOR").first(2).dropAfterBytes(100); });
+    QTest::newRow("an upload is refused")
+        << true
+        << Fault([](ScriptedServer &server) { server.on("STOR", "2.txt").reply(553, "no"); });
+    QTest::newRow("an upload ends with a complaint") << true << Fault([](ScriptedServer &server) {
+        server.on("STOR").nth(2).truncateAfter(100).completion("426 cut\r\n");
+    });
+    QTest::newRow("a download is cut off")
+        << false
+        << Fault([](ScriptedServer &server) { server.on("RETR").first(2).dropAfterBytes(100); });
+    QTest::newRow("a download is reset")
+        << false
+        << Fault([](ScriptedServer &server) { server.on("RETR").nth(2).resetAfterBytes(100); });
+    QTest::newRow("a download is refused")
+        << false
+        << Fault([](ScriptedServer &server) { server.on("RETR").nth(2).reply(550, "no"); });
+    QTest::newRow("a deletion loses the connection")
+        << true
+        << Fault([](ScriptedServer &server) { server.on("DELE").nth(1).dropBeforeReply(); });
+    QTest::newRow("deletions are refused")
+        << true << Fault([](ScriptedServer &server) { server.on("DELE").reply(550, "no"); });
+    QTest::newRow("a folder's removal is refused")
+        << true << Fault([](ScriptedServer &server) { server.on("RMD").reply(550, "no"); });
+    QTest::newRow("a folder's removal loses the connection")
+        << true << Fault([](ScriptedServer &server) { server.on("RMD").nth(1).dropBeforeReply(); });
+}
+
+void tst_SyncFaults::faultsWhileWorking()
+{
+    QFETCH(bool, upwards);
+    QFETCH(Fault, fault);
+    const std::vector<TreeRow> master{{"1.txt", QByteArray(5000, '1')},
+                                      {"2.txt", QByteArray(5000, '2')},
+                                      {"in/3.txt", QByteArray(5000, '3')}};
+    const std::vector<TreeRow> other{{"gone.txt", "nobody needs it"}, {"old/f", "nobody either"}};
+    QVERIFY(makeTree(m_world->local(), upwards ? master : other));
+    makeTree(m_server->tree(), "/pub", upwards ? other : master);
+    start();
+    fault(*m_server);
+    const int status = m_world->batch().RunSyncPattern(pattern, upwards);
+    QVERIFY(status == 0 || status == 1);
+    for (const TreeRow &row : master) {
+        const QByteArray kept = upwards ? snapshot(m_world->local()).at(row.path).bytes
+                                        : m_server->file("/pub/" + row.path);
+        QCOMPARE(kept, row.bytes);
+    }
+    const auto equal = [this] {
+        return difference(snapshot(m_world->local()), snapshot(m_server->tree(), "/pub"));
+    };
+    QVERIFY2(status == 1 || equal().isEmpty(), "a run that says it is done is");
+    m_server->script().clear();
+    m_world->session.CloseInternet();
+    QCOMPARE(m_world->batch().RunSyncPattern(pattern, upwards), 0);
+    QCOMPARE(equal(), QStringList());
+}
+
+void tst_SyncFaults::aListingCutBelowAWholeFolder_data()
+{
+    QTest::addColumn<bool>("upwards");
+    QTest::newRow("up") << true;
+    QTest::newRow("down") << false;
+}
+
+void tst_SyncFaults::aListingCutBelowAWholeFolder()
+{
+    QFETCH(bool, upwards);
+    m_server->makeFolder("/pub");
+    const std::vector<TreeRow> rows{{"old/in/1", "first one"}, {"old/in/2", "second"}};
+    if (upwards)
+        makeTree(m_server->tree(), "/pub", rows);
+    else
+        QVERIFY(makeTree(m_world->local(), rows));
+    start();
+    // Up the third listing is the one of /pub/old/in; down there is only the one of /pub.
+    m_server->on("MLSD").nth(upwards ? 3 : 1).truncateAfter(30).completion("426 cut\r\n");
+    QCOMPARE(m_world->batch().RunSyncPattern(pattern, upwards), 1);
+    for (const TreeRow &row : rows)
+        QVERIFY2(upwards ? m_server->exists("/pub/" + row.path) : localHas(row.path.constData()),
+                 row.path.constData());
+    for (const Outcome &outcome : m_world->person.outcomes())
+        QVERIFY2(outcome.kind == Outcome::Kind::GivenUp || outcome.kind == Outcome::Kind::Skipped,
+                 qPrintable(outcome.from));
+}
+
+void tst_SyncFaults::aServerThatClosesAfterEachCommand_data()
+{
+    QTest::addColumn<bool>("upwards");
+    QTest::addColumn<QByteArray>("verb");
+    for (const char *verb : {"CWD", "MLSD", "EPSV", "STOR", "RETR", "TYPE"}) {
+        for (const bool upwards : {true, false})
+            QTest::newRow(qPrintable(QString::fromLatin1(verb) +
+                                     (upwards ? QStringLiteral(", up") : QStringLiteral(", down"))))
+                << upwards << QByteArray(verb);
+    }
+}
+
+void tst_SyncFaults::aServerThatClosesAfterEachCommand()
+{
+    QFETCH(bool, upwards);
+    QFETCH(QByteArray, verb);
+    QVERIFY(makeTree(m_world->local(), {{"both.txt", "the same"}, {"mine.txt", "my own one"}}));
+    makeTree(m_server->tree(), "/pub", {{"both.txt", "the same"}, {"theirs.txt", "their own"}});
+    start();
+    m_server->on(verb).butDoIt().thenClose();
+    QElapsedTimer time;
+    time.start();
+    const int status = m_world->batch().RunSyncPattern(pattern, upwards);
+    QVERIFY2(status == 0 || status == 1, qPrintable(QString::number(status)));
+    QVERIFY2(time.elapsed() < 60'000, "it ends in time");
+    QVERIFY(localHas("both.txt") && m_server->exists("/pub/both.txt"));
+    QVERIFY(upwards ? localHas("mine.txt") : m_server->exists("/pub/theirs.txt"));
 }
 
 void tst_SyncFaults::linkInPlaceOfAFolder()

@@ -102,7 +102,8 @@ void sfSync::cmRet()
 void sfSync::execute(bool unattended)
 {
     const bool before = m_result == Execution::Done;
-    m_desk.beginOperation();
+    if (!unattended)
+        m_desk.beginOperation();
     setRunning(true);
     m_progress->start(m_review);
     m_execution.setProgress([this](int row, bool finished) { rowProgress(row, finished); });
@@ -187,7 +188,7 @@ void sfSync::tellLeftRows()
 
 void sfSync::cancel()
 {
-    m_desk.requestCancel();
+    m_desk.requestStop();
     m_cancel->setEnabled(false);
     addLine(QStringLiteral("実行中のﾌｧｲﾙが終わりしだい中止します"));
 }
