@@ -10,6 +10,8 @@
 
 #include <cmath>
 
+#include <QSet>
+
 namespace venlo
 {
 
@@ -18,6 +20,7 @@ namespace
 constexpr int maxDepth = 128;
 constexpr int offsetSamples = 3;    // in one directory
 constexpr int allOffsetSamples = 6; // of a site
+constexpr size_t batch = 50; // listings a refresh stores at a time: a commit takes a disk's turn
 constexpr qint64 quarterHour = 900;
 constexpr qint64 widestOffset = 15LL * 3600;
 
@@ -80,14 +83,58 @@ public:
         m_rootIsWhole = m_rootIsWhole || dir == m_root;
         return dir == m_root;
     }
+    /// Keeps what the server said of a directory until it is stored with others; the sub-folders
+    /// to go on with. Of names that differ in letter case only the first fits the cache.
+    [[nodiscard]] QStringList take(const QString &dir, std::optional<Listing> listing,
+                                   const QString &why, bool refused)
+    {
+        QStringList folders;
+        QSet<QString> names;
+        for (const RemoteEntry &entry : listing ? listing->entries : decltype(listing->entries)()) {
+            const auto before = names.size();
+            names.insert(entry.name.toCaseFolded());
+            if (names.size() == before || entry.kind != RemoteEntry::Kind::Folder)
+                continue;
+            folders.append(entry.name);
+            if (entry.rawName != entry.name.toLatin1())
+                m_cache.learnRawPath(remoteChild(dir, entry.name), entry.rawName);
+        }
+        m_heard.push_back({dir, std::move(listing), why, refused});
+        if (m_heard.size() >= batch)
+            store();
+        return folders;
+    }
     void ended()
     {
+        store();
         if (m_rootIsWhole)
             m_cache.m_marks.clear(m_cache.m_session.currentSite(), m_root);
     }
 
 private:
+    struct Heard {
+        QString dir;
+        std::optional<Listing> listing;
+        QString why;
+        bool refused = false;
+    };
+    void store()
+    {
+        Transaction transaction(m_cache.m_database);
+        for (const Heard &heard : m_heard) {
+            QStringList ignored;
+            QString misfits;
+            if (heard.listing)
+                m_cache.storeListing(heard.dir, *heard.listing, ignored, misfits);
+            else
+                m_cache.mark(heard.dir, heard.why, heard.refused);
+        }
+        transaction.commit();
+        m_heard.clear();
+    }
+
     DirectoryCache &m_cache;
+    std::vector<Heard> m_heard;
     QString m_root;
     bool m_rootIsWhole = false;
 };
@@ -138,6 +185,11 @@ DirectoryCache::Loaded DirectoryCache::load(const QString &path, LoadMode mode,
     if (current) {
         refused = false;
         listing = listed(dir, why);
+    }
+    if (m_walk != nullptr) {
+        const bool heard = listing.has_value();
+        subFolders = m_walk->take(dir, std::move(listing), why, refused);
+        return heard ? Loaded::Yes : Loaded::No;
     }
     Transaction transaction(m_database);
     if (mode == Replace)
