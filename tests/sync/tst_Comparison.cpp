@@ -1,5 +1,6 @@
 #include "sync/Comparison.h"
 
+#include "startup/ConsoleFrontEnd.h"
 #include "support/ScriptedServer.h"
 #include "sync/SyncWorld.h"
 
@@ -13,6 +14,22 @@ namespace
 {
 const QString pub = QStringLiteral("/pub");
 const QDateTime noon(QDate(2024, 5, 6), QTime(3, 0, 10), Qt::UTC);
+
+/// Does something while it is asked, as a window event would.
+class AskingDesk : public ConsoleFrontEnd
+{
+public:
+    using ConsoleFrontEnd::ConsoleFrontEnd;
+    bool question(const QString & /*text*/) override
+    {
+        ++questions;
+        if (questions == 1 && asked)
+            asked();
+        return true;
+    }
+    std::function<void()> asked;
+    int questions = 0;
+};
 } // namespace
 
 /// What the work tables hold after a comparison.
@@ -35,6 +52,7 @@ private Q_SLOTS:
     void dayOnlyTimesFarApartStay();
     void checks_data();
     void checks();
+    void aSecondOneMeanwhileDoesNothing();
     void confirmation_data();
     void confirmation();
     void cancelledAtTheQuestion();
@@ -267,8 +285,33 @@ void tst_Comparison::checks_data()
         << web << QStringLiteral("/p?b") << QStringLiteral("/p?b は同期できません")
         << QByteArray("ftSync Err sLph=/web");
     QTest::newRow("the server's text inside the path")
+        << web << QStringLiteral("/pubSERVER/x") << QStringLiteral("/pubSERVER/x は同期できません")
+        << QByteArray("ftSync Err sLph=/web");
+    QTest::newRow("the server text in a deeper name")
         << web << QStringLiteral("/pub/SERVER") << QStringLiteral("/pub/SERVER は同期できません")
         << QByteArray("ftSync Err sLph=/web");
+}
+
+void tst_Comparison::aSecondOneMeanwhileDoesNothing()
+{
+    m_server->makeFolder("/pub");
+    connectAll();
+    ConsolePrinter printer(stdout, stderr);
+    AskingDesk desk(printer, m_world->flags);
+    m_world->flags.batch = false;
+    Comparison comparison(m_world->session, m_world->database, m_world->cache, desk,
+                          m_world->flags);
+    bool second = true;
+    desk.asked = [&] {
+        (void)comparison.ftSync(m_world->local(), QStringLiteral("/other"), true, second);
+    };
+    bool first = false;
+    const ComparisonResult result =
+        comparison.ftSync(m_world->local(), QStringLiteral("/pub"), false, first);
+    QVERIFY(first && result.ok);
+    QVERIFY(!second);
+    QCOMPARE(desk.questions, 1);
+    QCOMPARE(result.pair.sFph, QStringLiteral("/pub"));
 }
 
 void tst_Comparison::checks()
