@@ -136,16 +136,18 @@ int Program::dispatch(const CommandLine &commandLine)
     BatchRunner &runner = m_rooms->batchRunner;
 
     if (verb == QLatin1String("syncup") || verb == QLatin1String("syncdown"))
-        return given < 1 ? missingArgument(commandLine)
-                         : runner.RunSyncPattern(argument(1), verb == QLatin1String("syncup"));
+        return argument(1).isEmpty()
+                   ? missingArgument(commandLine)
+                   : runner.RunSyncPattern(argument(1), verb == QLatin1String("syncup"));
     if (verb == QLatin1String("put") || verb == QLatin1String("get"))
         return given < 4 ? missingArgument(commandLine)
                          : runner.RunTransfer(argument(1), argument(2), argument(3), argument(4),
                                               verb == QLatin1String("put"));
     if (verb == QLatin1String("open"))
-        return given < 1 ? missingArgument(commandLine) : runner.OpenSite(argument(1));
+        return argument(1).isEmpty() ? missingArgument(commandLine) : runner.OpenSite(argument(1));
     if (verb == QLatin1String("openp"))
-        return given < 1 ? missingArgument(commandLine) : runner.OpenPattern(argument(1));
+        return argument(1).isEmpty() ? missingArgument(commandLine)
+                                     : runner.OpenPattern(argument(1));
     if (verb.isEmpty()) {
         m_faces.frontEnd.warn(QStringLiteral("画面を表示できません"));
         return BatchRunner::Unusable;
