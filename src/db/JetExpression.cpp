@@ -137,7 +137,7 @@ JetPiece JetExpression::negation()
 
 JetPiece JetExpression::comparison()
 {
-    const JetPiece left = sum();
+    JetPiece left = sum();
     if (m_lexer.takeWord(QLatin1String("Is")))
         return isNull(left);
     const bool negated = m_lexer.takeWord(QLatin1String("Not"));

@@ -37,6 +37,10 @@ QColor mixed(const QColor &front, const QColor &back, double share)
     return {mix(front.red(), back.red()), mix(front.green(), back.green()),
             mix(front.blue(), back.blue())};
 }
+QPolygonF line(const QList<QPointF> &points)
+{
+    return QPolygonF(points);
+}
 } // namespace
 
 ReviewLook::ReviewLook(const QPalette &palette)
@@ -48,11 +52,10 @@ ReviewLook::ReviewLook(const QPalette &palette)
     folder = style->standardIcon(QStyle::SP_DirIcon);
     file = style->standardIcon(QStyle::SP_FileIcon);
     held = style->standardIcon(QStyle::SP_MessageBoxWarning);
-    done = painted(colour(Action::Add), {QPolygonF({{10, 34}, {26, 50}, {54, 14}})});
-    givenUp = painted(colour(Action::Remove),
-                      {QPolygonF({{14, 14}, {50, 50}}), QPolygonF({{50, 14}, {14, 50}})});
-    running =
-        painted(colour(Action::Overwrite), {QPolygonF({{20, 12}, {46, 32}, {20, 52}, {20, 12}})});
+    done = painted(colour(Action::Add), {line({{10, 34}, {26, 50}, {54, 14}})});
+    givenUp =
+        painted(colour(Action::Remove), {line({{14, 14}, {50, 50}}), line({{50, 14}, {14, 50}})});
+    running = painted(colour(Action::Overwrite), {line({{20, 12}, {46, 32}, {20, 52}, {20, 12}})});
 }
 
 QColor ReviewLook::colour(Action action) const

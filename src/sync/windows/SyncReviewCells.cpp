@@ -31,7 +31,7 @@ Qt::AlignmentFlag alignment(int column)
 QString SyncReviewModel::nameText(int reviewRow) const
 {
     const SyncRow &row = m_review.row(reviewRow);
-    const QString text = m_review.listText(reviewRow);
+    QString text = m_review.listText(reviewRow);
     // Torn out of its folder's rows a name alone no longer says which file it is.
     if (m_sortColumn < 0 || row.folder || row.sPh == QLatin1String("."))
         return text;
