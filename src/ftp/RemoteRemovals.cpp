@@ -41,26 +41,7 @@ bool RemoteRemovals::deleteFiles(const QString &path, const QStringList &names)
     if (!m_context.enter(path, false))
         return false;
     const QString dir = m_context.cache.normalised(path);
-    for (const QString &name : names) {
-        if (name.isEmpty())
-            continue;
-        if (!m_context.mayGoOn())
-            return false;
-        const QString file = remoteChild(dir, name);
-        const auto attempted = deleteOne(dir, name);
-        if (attempted.end == End::Stop)
-            return false;
-        if (attempted.end == End::GivenUp) {
-            m_context.giveUp(QStringLiteral("FtpDeleteFile Err: ") + file +
-                                 QStringLiteral(" Delete"),
-                             file, {}, attempted.error);
-            continue;
-        }
-        m_context.status(file + QStringLiteral(" Delete･･･"));
-        m_context.keepCache(file, [&] { m_context.cache.forgetFile(dir, name); });
-        m_context.done(Outcome::Kind::DeletedRemote, file);
-    }
-    return true;
+    return deleteEach(dir, names, QStringLiteral("FtpDeleteFile Err: "));
 }
 
 bool RemoteRemovals::deletePath(const QString &path)
@@ -149,7 +130,7 @@ bool RemoteRemovals::sjEmpDir(const QString &dir, int depth)
     QString folders;
     QString files;
     namesOf(dir, folders, files);
-    if (!deleteInside(dir, splitNames(files)))
+    if (!deleteEach(dir, splitNames(files), QStringLiteral("sjEmpDir DeleteFile Err: ")))
         return false;
     for (const QString &folder : splitNames(folders)) {
         if (!removeInside(dir, folder, depth))
@@ -174,9 +155,12 @@ void RemoteRemovals::namesOf(const QString &dir, QString &folders, QString &file
     }
 }
 
-bool RemoteRemovals::deleteInside(const QString &dir, const QStringList &files)
+bool RemoteRemovals::deleteEach(const QString &dir, const QStringList &names,
+                                const QString &logWords)
 {
-    for (const QString &name : files) {
+    for (const QString &name : names) {
+        if (name.isEmpty())
+            continue;
         if (!m_context.mayGoOn())
             return false;
         const QString file = remoteChild(dir, name);
@@ -184,9 +168,8 @@ bool RemoteRemovals::deleteInside(const QString &dir, const QStringList &files)
         if (attempted.end == End::Stop)
             return false;
         if (attempted.end == End::GivenUp) {
-            m_context.giveUp(QStringLiteral("sjEmpDir DeleteFile Err: ") + file +
-                                 QStringLiteral(" Delete"),
-                             file, {}, attempted.error);
+            m_context.giveUp(logWords + file + QStringLiteral(" Delete"), file, {},
+                             attempted.error);
             continue;
         }
         m_context.status(file + QStringLiteral(" Delete･･･"));

@@ -26,7 +26,8 @@ public:
 private:
     [[nodiscard]] bool sjEmpDir(const QString &dir, int depth);
     void namesOf(const QString &dir, QString &folders, QString &files);
-    [[nodiscard]] bool deleteInside(const QString &dir, const QStringList &files);
+    [[nodiscard]] bool deleteEach(const QString &dir, const QStringList &names,
+                                  const QString &logWords);
     [[nodiscard]] bool removeInside(const QString &dir, const QString &folder, int depth);
     [[nodiscard]] OperationContext::Attempted deleteOne(const QString &dir, const QString &name);
     [[nodiscard]] OperationContext::Attempted removeOne(const QString &dir, const QString &name);
