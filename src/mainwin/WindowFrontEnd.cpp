@@ -3,6 +3,9 @@
 #include <utility>
 
 #include <QApplication>
+#include <QDir>
+#include <QFileDialog>
+#include <QInputDialog>
 #include <QPushButton>
 
 #include "localpane/sfOwt.h"
@@ -115,6 +118,50 @@ OverwriteAnswer WindowFrontEnd::askOverwrite(const OverwriteQuestion &question)
     return window.cMsg(question);
 }
 
+QString WindowFrontEnd::pickFolder(const QString &start, const QString &title)
+{
+    const PlainCursor cursor;
+    return QDir::toNativeSeparators(
+        QFileDialog::getExistingDirectory(windowInFront(), title, start));
+}
+
+std::optional<QString> WindowFrontEnd::askText(const QString &prompt, const QString &title,
+                                               const QString &proposed)
+{
+    const PlainCursor cursor;
+    QInputDialog dialog(windowInFront());
+    dialog.setObjectName(QStringLiteral("textBox"));
+    dialog.setWindowTitle(title);
+    dialog.setLabelText(prompt);
+    dialog.setTextValue(proposed);
+    dialog.setOkButtonText(QStringLiteral("OK"));
+    dialog.setCancelButtonText(QStringLiteral("ｷｬﾝｾﾙ"));
+    const ModalLimit limit(dialog,
+                           {boxLimit(), [&dialog] { dialog.reject(); }, m_options.interrupted});
+    if (dialog.exec() != QDialog::Accepted)
+        return std::nullopt;
+    return dialog.textValue();
+}
+
+bool WindowFrontEnd::offer(const QString &text, const QString &caption)
+{
+    if (m_flags.batch)
+        m_printer.printError(text);
+    const PlainCursor cursor;
+    QMessageBox box(QMessageBox::Information, QStringLiteral("Venlo FTP"), text, QMessageBox::Ok,
+                    windowInFront());
+    box.setObjectName(QStringLiteral("messageBox"));
+    box.setTextFormat(Qt::PlainText);
+    box.button(QMessageBox::Ok)->setText(QStringLiteral("OK"));
+    const QAbstractButton *more = box.addButton(caption, QMessageBox::ActionRole);
+    box.setDefaultButton(QMessageBox::Ok);
+    box.setEscapeButton(QMessageBox::Ok);
+    const ModalLimit limit(
+        box, {boxLimit(), [&box] { box.button(QMessageBox::Ok)->click(); }, m_options.interrupted});
+    box.exec();
+    return box.clickedButton() == more;
+}
+
 void WindowFrontEnd::showWait(const QString &text)
 {
     if (!m_wait) {
@@ -167,18 +214,28 @@ void WindowFrontEnd::removeStatusTarget(StatusTarget &target)
     std::erase_if(m_statusTargets, [&](const auto &entry) { return entry.second == &target; });
 }
 
+void WindowFrontEnd::addOperationView(OperationView &view)
+{
+    m_views.push_back(&view);
+}
+
+void WindowFrontEnd::removeOperationView(OperationView &view)
+{
+    std::erase(m_views, &view);
+}
+
 void WindowFrontEnd::progress(const TransferProgress &progress)
 {
-    if (m_view != nullptr)
-        m_view->showProgress(progress);
+    for (OperationView *view : m_views)
+        view->showProgress(progress);
 }
 
 void WindowFrontEnd::outcome(const Outcome &outcome)
 {
     m_printer.printOutcome(outcome);
     m_cancelled = m_cancelled || m_stopWanted;
-    if (m_view != nullptr)
-        m_view->showOutcome(outcome);
+    for (OperationView *view : m_views)
+        view->showOutcome(outcome);
 }
 
 void WindowFrontEnd::printResult(const QString &line)
@@ -190,9 +247,9 @@ void WindowFrontEnd::warn(const QString &line)
 {
     m_printer.printError(line);
     setMessageLine(line);
-    if (m_view != nullptr)
-        m_view->showWarning(line);
-    else if (m_warnings.size() < mostWarnings)
+    for (OperationView *view : m_views)
+        view->showWarning(line);
+    if (m_views.empty() && m_warnings.size() < mostWarnings)
         m_warnings += line;
 }
 

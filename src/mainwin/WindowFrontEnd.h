@@ -4,6 +4,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <vector>
 
 #include <QMessageBox>
 
@@ -35,6 +36,10 @@ public:
     void message(const QString &text) override;
     [[nodiscard]] bool question(const QString &text) override;
     [[nodiscard]] bool retryOrCancel(const QString &text) override;
+    [[nodiscard]] QString pickFolder(const QString &start, const QString &title) override;
+    [[nodiscard]] std::optional<QString> askText(const QString &prompt, const QString &title,
+                                                 const QString &proposed) override;
+    [[nodiscard]] bool offer(const QString &text, const QString &caption) override;
     [[nodiscard]] OverwriteAnswer askOverwrite(const OverwriteQuestion &question) override;
     void showWait(const QString &text) override;
     void closeWait() override;
@@ -49,7 +54,8 @@ public:
 
     void addStatusTarget(StatusTarget &target, StatusRank rank) override;
     void removeStatusTarget(StatusTarget &target) override;
-    void setOperationView(OperationView *view) override { m_view = view; }
+    void addOperationView(OperationView &view) override;
+    void removeOperationView(OperationView &view) override;
     void setMessageLineSink(MessageLineSink *sink) override;
     [[nodiscard]] bool stopWanted() const override { return m_stopWanted || cancelled(); }
     void beginOperation() override { m_cancelled = m_stopWanted = false; }
@@ -70,7 +76,7 @@ private:
     Options m_options;
     std::unique_ptr<sfWait> m_wait;
     std::multimap<StatusRank, StatusTarget *> m_statusTargets;
-    OperationView *m_view = nullptr;
+    std::vector<OperationView *> m_views;
     MessageLineSink *m_messageLine = nullptr;
     QString m_messageText;
     QStringList m_warnings;

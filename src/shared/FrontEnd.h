@@ -68,6 +68,8 @@ public:
     [[nodiscard]] virtual bool question(const QString &text) = 0;
     /// A failure with Retry and Cancel; true is Retry.
     [[nodiscard]] virtual bool retryOrCancel(const QString &text) = 0;
+    /// Lets the person pick a folder, starting at an existing one; empty after Cancel.
+    [[nodiscard]] virtual QString pickFolder(const QString &start, const QString &title) = 0;
     /// The overwrite confirmation.
     [[nodiscard]] virtual OverwriteAnswer askOverwrite(const OverwriteQuestion &question) = 0;
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <optional>
+
 #include <QString>
 #include <QStringList>
 
@@ -46,10 +48,17 @@ public:
     /// Status lines go to the showing window of the smallest rank.
     virtual void addStatusTarget(StatusTarget &target, StatusRank rank) = 0;
     virtual void removeStatusTarget(StatusTarget &target) = 0;
-    /// The one view that is told about progress, outcomes and warnings; null for none.
-    virtual void setOperationView(OperationView *view) = 0;
+    /// Every registered view is told about progress, outcomes and warnings.
+    virtual void addOperationView(OperationView &view) = 0;
+    virtual void removeOperationView(OperationView &view) = 0;
     /// Gets the current text at once and every change; null for none.
     virtual void setMessageLineSink(MessageLineSink *sink) = 0;
+
+    /// A line of text from the person, proposed is in the box; nothing after Cancel.
+    [[nodiscard]] virtual std::optional<QString>
+    askText(const QString &prompt, const QString &title, const QString &proposed) = 0;
+    /// A message with OK and a button for one thing more; true is that button.
+    [[nodiscard]] virtual bool offer(const QString &text, const QString &caption) = 0;
 
     void beginOperation() override = 0;
     /// Cancel was pressed: cancelled() is true until the next operation begins.

@@ -35,6 +35,12 @@ bool ConsoleFrontEnd::retryOrCancel(const QString &text)
     return false; // with nobody there the same thing would fail for ever
 }
 
+QString ConsoleFrontEnd::pickFolder(const QString &, const QString &title)
+{
+    m_printer.printError(title + QStringLiteral(" [ｷｬﾝｾﾙ]"));
+    return {};
+}
+
 OverwriteAnswer ConsoleFrontEnd::askOverwrite(const OverwriteQuestion &question)
 {
     const bool ok = answer(QStringLiteral("このﾌｫﾙﾀﾞには既に '") + question.fileName +

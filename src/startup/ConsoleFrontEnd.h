@@ -18,6 +18,7 @@ public:
     void message(const QString &text) override;
     [[nodiscard]] bool question(const QString &text) override;
     [[nodiscard]] bool retryOrCancel(const QString &text) override;
+    [[nodiscard]] QString pickFolder(const QString &start, const QString &title) override;
     [[nodiscard]] OverwriteAnswer askOverwrite(const OverwriteQuestion &question) override;
     void showWait(const QString &text) override;
     void closeWait() override;

@@ -15,6 +15,7 @@ public:
     void message(const QString &) override {}
     bool question(const QString &) override { return false; }
     bool retryOrCancel(const QString &) override { return false; }
+    QString pickFolder(const QString &, const QString &) override { return {}; }
     venlo::OverwriteAnswer askOverwrite(const venlo::OverwriteQuestion &) override { return {}; }
     void showWait(const QString &) override {}
     void closeWait() override {}

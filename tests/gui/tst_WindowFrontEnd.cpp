@@ -229,7 +229,7 @@ void tst_WindowFrontEnd::warnings()
 {
     m_desk->warn(QStringLiteral("一"));
     Window window;
-    m_desk->setOperationView(&window);
+    m_desk->addOperationView(window);
     m_desk->warn(QStringLiteral("二"));
     QCOMPARE(window.lines, QStringList{QStringLiteral("二")});
     QCOMPARE(m_desk->takeWarnings(), QStringList{QStringLiteral("一")});
@@ -240,7 +240,7 @@ void tst_WindowFrontEnd::warnings()
 void tst_WindowFrontEnd::outcomesArePrinted()
 {
     Window window;
-    m_desk->setOperationView(&window);
+    m_desk->addOperationView(window);
     m_desk->outcome(
         {Outcome::Kind::Uploaded, QStringLiteral("C:\\x\\y"), QStringLiteral("/site/y"), {}});
     m_desk->progress({QStringLiteral("y"), 1, 2});

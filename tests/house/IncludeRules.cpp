@@ -26,7 +26,7 @@ const QMap<QString, QStringList> &allowedRooms()
         const QStringList ftp = words("ftp/protocol db") + db;
         const QStringList sync = words("ftp") + ftp;
         const QStringList windows = words("sync") + sync;
-        const QStringList panes = words("sync/windows mainwin/popup") + windows;
+        const QStringList panes = words("sync/windows mainwin/popup views") + windows;
         const QStringList mainwin = words("localpane ftppane") + panes;
         return QMap<QString, QStringList>{
             {QStringLiteral("shared"), {}},
@@ -38,6 +38,7 @@ const QMap<QString, QStringList> &allowedRooms()
             {QStringLiteral("sync"), sync},
             {QStringLiteral("sync/windows"), windows},
             {QStringLiteral("mainwin/popup"), windows},
+            {QStringLiteral("views"), words("shared")},
             {QStringLiteral("localpane"), panes},
             {QStringLiteral("ftppane"), panes},
             {QStringLiteral("mainwin"), mainwin},

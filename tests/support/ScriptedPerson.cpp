@@ -26,6 +26,12 @@ QLatin1String nameOf(ScriptedPerson::What what)
         return QLatin1String("wait window");
     case What::CloseWait:
         return QLatin1String("end of the wait window");
+    case What::PickFolder:
+        return QLatin1String("folder question");
+    case What::AskText:
+        return QLatin1String("text question");
+    case What::Offer:
+        return QLatin1String("offer");
     case What::MessageLine:
         return QLatin1String("message line");
     case What::Status:
@@ -51,22 +57,37 @@ QString describe(ScriptedPerson::What what, const QString &text)
 
 void ScriptedPerson::expectMessage(const QString &text)
 {
-    m_expected.push_back({What::Message, text, false, {}});
+    m_expected.push_back({What::Message, text, false, {}, {}});
 }
 
 void ScriptedPerson::expectQuestion(const QString &text, bool ok)
 {
-    m_expected.push_back({What::Question, text, ok, {}});
+    m_expected.push_back({What::Question, text, ok, {}, {}});
 }
 
 void ScriptedPerson::expectRetryOrCancel(const QString &text, bool retry)
 {
-    m_expected.push_back({What::RetryOrCancel, text, retry, {}});
+    m_expected.push_back({What::RetryOrCancel, text, retry, {}, {}});
 }
 
 void ScriptedPerson::expectOverwrite(const QString &fileName, OverwriteAnswer answer)
 {
-    m_expected.push_back({What::Overwrite, fileName, false, answer});
+    m_expected.push_back({What::Overwrite, fileName, false, answer, {}});
+}
+
+void ScriptedPerson::expectPickFolder(const QString &title, const QString &folder)
+{
+    m_expected.push_back({What::PickFolder, title, false, {}, folder});
+}
+
+void ScriptedPerson::expectAskText(const QString &prompt, const std::optional<QString> &answer)
+{
+    m_expected.push_back({What::AskText, prompt, false, {}, answer});
+}
+
+void ScriptedPerson::expectOffer(const QString &text, bool taken)
+{
+    m_expected.push_back({What::Offer, text, taken, {}, {}});
 }
 
 void ScriptedPerson::allowMessages()
@@ -185,6 +206,27 @@ bool ScriptedPerson::retryOrCancel(const QString &text)
     return expected && expected->yes;
 }
 
+QString ScriptedPerson::pickFolder(const QString &start, const QString &title)
+{
+    m_proposal = start;
+    const auto expected = take(What::PickFolder, title, false);
+    return expected ? expected->answer.value_or(QString()) : QString();
+}
+
+std::optional<QString> ScriptedPerson::askText(const QString &prompt, const QString &,
+                                               const QString &proposed)
+{
+    m_proposal = proposed;
+    const auto expected = take(What::AskText, prompt, false);
+    return expected ? expected->answer : std::nullopt;
+}
+
+bool ScriptedPerson::offer(const QString &text, const QString &)
+{
+    const auto expected = take(What::Offer, text, m_allowMessages);
+    return expected && expected->yes;
+}
+
 OverwriteAnswer ScriptedPerson::askOverwrite(const OverwriteQuestion &question)
 {
     m_overwriteQuestions.push_back(question);
@@ -210,23 +252,57 @@ void ScriptedPerson::closeWait()
 void ScriptedPerson::setMessageLine(const QString &text)
 {
     record(What::MessageLine, text);
+    if (m_messageLine != nullptr)
+        m_messageLine->showMessageLine(text);
+}
+
+void ScriptedPerson::addStatusTarget(StatusTarget &target, StatusRank rank)
+{
+    m_statusTargets.emplace_back(rank, &target);
+    std::stable_sort(m_statusTargets.begin(), m_statusTargets.end(),
+                     [](const auto &left, const auto &right) { return left.first < right.first; });
+}
+
+void ScriptedPerson::removeStatusTarget(StatusTarget &target)
+{
+    std::erase_if(m_statusTargets, [&](const auto &entry) { return entry.second == &target; });
+}
+
+void ScriptedPerson::addOperationView(OperationView &view)
+{
+    m_views.push_back(&view);
+}
+
+void ScriptedPerson::removeOperationView(OperationView &view)
+{
+    std::erase(m_views, &view);
 }
 
 void ScriptedPerson::addStatus(const QString &text)
 {
     record(What::Status, text);
+    for (const auto &[rank, target] : m_statusTargets) {
+        if (target->isShowing()) {
+            target->addLine(text);
+            return;
+        }
+    }
 }
 
 void ScriptedPerson::progress(const TransferProgress &progress)
 {
     m_progresses.push_back(progress);
     record(What::Progress, progress.name);
+    for (OperationView *view : m_views)
+        view->showProgress(progress);
 }
 
 void ScriptedPerson::outcome(const Outcome &outcome)
 {
     m_outcomes.push_back(outcome);
     record(What::Outcome, outcome.from);
+    for (OperationView *view : m_views)
+        view->showOutcome(outcome);
 }
 
 void ScriptedPerson::printResult(const QString &line)

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "shared/FrontEnd.h"
+#include "shared/WindowDesk.h"
 
 #include <QStringList>
 
@@ -18,7 +18,7 @@ namespace venlo::test
 /// comes in the wrong order, and an announced one that never came make verify() fail; a question
 /// nobody announced is answered with the careful answer (Cancel, do not overwrite).
 /// The test owns it. It never shows anything and never waits.
-class ScriptedPerson final : public FrontEnd
+class ScriptedPerson final : public WindowDesk
 {
 public:
     enum class What {
@@ -26,6 +26,9 @@ public:
         Question,
         RetryOrCancel,
         Overwrite,
+        PickFolder,
+        AskText,
+        Offer,
         ShowWait,
         CloseWait,
         MessageLine,
@@ -45,6 +48,11 @@ public:
     void expectQuestion(const QString &text, bool ok);
     void expectRetryOrCancel(const QString &text, bool retry);
     void expectOverwrite(const QString &fileName, OverwriteAnswer answer);
+    /// title is compared; the folder that is picked, empty for Cancel.
+    void expectPickFolder(const QString &title, const QString &folder);
+    /// prompt is compared; nothing for Cancel.
+    void expectAskText(const QString &prompt, const std::optional<QString> &answer);
+    void expectOffer(const QString &text, bool taken);
     /// Messages are recorded, but need not be announced (tests that look at something else).
     void allowMessages();
     /// Every question that is not announced is answered with OK and is no failure.
@@ -88,6 +96,10 @@ public:
     void message(const QString &text) override;
     [[nodiscard]] bool question(const QString &text) override;
     [[nodiscard]] bool retryOrCancel(const QString &text) override;
+    [[nodiscard]] QString pickFolder(const QString &start, const QString &title) override;
+    [[nodiscard]] std::optional<QString> askText(const QString &prompt, const QString &title,
+                                                 const QString &proposed) override;
+    [[nodiscard]] bool offer(const QString &text, const QString &caption) override;
     [[nodiscard]] OverwriteAnswer askOverwrite(const OverwriteQuestion &question) override;
     void showWait(const QString &text) override;
     void closeWait() override;
@@ -98,7 +110,20 @@ public:
     void printResult(const QString &line) override;
     void warn(const QString &line) override;
     [[nodiscard]] bool cancelled() const override { return m_cancelled; }
+    [[nodiscard]] bool stopWanted() const override { return m_cancelled; }
+    void beginOperation() override {} // the test decides when a Cancel is over: resetCancel()
+    void requestCancel() override { m_cancelled = true; }
+    void requestStop() override { m_cancelled = true; }
+    [[nodiscard]] bool mustEnd() const override { return false; }
+    [[nodiscard]] QStringList takeWarnings() override { return {}; }
+    void addStatusTarget(StatusTarget &target, StatusRank rank) override;
+    void removeStatusTarget(StatusTarget &target) override;
+    void addOperationView(OperationView &view) override;
+    void removeOperationView(OperationView &view) override;
+    void setMessageLineSink(MessageLineSink *sink) override { m_messageLine = sink; }
     void yield() override;
+    /// What the last pickFolder started at, the last askText proposed.
+    [[nodiscard]] const QString &proposal() const { return m_proposal; }
 
 private:
     struct Expected {
@@ -106,6 +131,7 @@ private:
         QString text;
         bool yes = false;
         OverwriteAnswer overwrite;
+        std::optional<QString> answer;
     };
     void record(What what, const QString &text);
     /// The announcement that this event meets; nothing, and a failure unless allowed, when none
@@ -119,6 +145,10 @@ private:
     std::vector<OverwriteQuestion> m_overwriteQuestions;
     QStringList m_failures;
     Event m_cancelAt;
+    QString m_proposal;
+    std::vector<std::pair<StatusRank, StatusTarget *>> m_statusTargets;
+    std::vector<OperationView *> m_views;
+    MessageLineSink *m_messageLine = nullptr;
     std::function<void()> m_onYield;
     int m_cancelAfter = 0;
     int m_yields = 0;

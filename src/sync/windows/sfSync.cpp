@@ -43,12 +43,12 @@ sfSync::sfSync(SyncReview &review, Execution &execution, WindowDesk &desk, QWidg
     showCounts();
     place();
     m_desk.addStatusTarget(*this, StatusRank::SyncWindow);
-    m_desk.setOperationView(this);
+    m_desk.addOperationView(*this);
 }
 
 sfSync::~sfSync()
 {
-    m_desk.setOperationView(nullptr);
+    m_desk.removeOperationView(*this);
     m_desk.removeStatusTarget(*this);
 }
 

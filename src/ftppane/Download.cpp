@@ -1,0 +1,1 @@
+#include "ftppane/Download.h"

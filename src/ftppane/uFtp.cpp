@@ -1,0 +1,1 @@
+#include "ftppane/uFtp.h"

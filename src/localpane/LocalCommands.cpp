@@ -1,0 +1,1 @@
+#include "localpane/LocalCommands.h"

@@ -1,0 +1,1 @@
+#include "mainwin/popup/sfMsg.h"

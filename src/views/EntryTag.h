@@ -1,0 +1,14 @@
+#pragma once
+
+namespace venlo
+{
+
+/// What a tree node or a list row stands for.
+enum class EntryTag {
+    FD, ///< a folder
+    FL, ///< a file (rows only)
+    DM, ///< placeholder child "?" of a folder that was not read yet (nodes only)
+    NW  ///< just made in the view, its name is being edited
+};
+
+} // namespace venlo

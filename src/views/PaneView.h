@@ -1,0 +1,95 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+
+#include <QPoint>
+#include <QTreeView>
+
+class QMimeData;
+
+namespace venlo
+{
+
+class NameEditor;
+
+/// What a pane's own keys ask for.
+enum class PaneKey { Delete, Rename, Refresh, Parent, Cut, Copy, Paste };
+
+/// What a view asks its pane about drags. Indexes are those of the view's model; an invalid one is
+/// the empty space.
+class DragPartner
+{
+public:
+    virtual ~DragPartner() = default;
+    /// What dragging the selection carries; null starts no drag.
+    [[nodiscard]] virtual std::unique_ptr<QMimeData> dragData(const QTreeView &from) = 0;
+    [[nodiscard]] virtual Qt::DropActions dragActions() const = 0;
+    /// A drag that this view started has ended with that action.
+    virtual void dragEnded(Qt::DropAction action) = 0;
+    /// What a drop here would do, IgnoreAction for nothing; also marks the target.
+    [[nodiscard]] virtual Qt::DropAction dragOver(const QTreeView &view, const QModelIndex &under,
+                                                  const QDropEvent &event) = 0;
+    virtual void dragLeft(const QTreeView &view) = 0;
+    /// Carries a drop out; the action that is answered to the drag's source. event.mimeData() does
+    /// not outlive the call.
+    [[nodiscard]] virtual Qt::DropAction dropped(const QTreeView &view, const QModelIndex &under,
+                                                 const QDropEvent &event) = 0;
+};
+
+/// A pane's tree or list: keys, the popup menu, label editing and drags as both panes have them.
+/// Editing starts only by edit() (F2, a menu entry, a new entry), never by a click. Double click
+/// and Enter are entered(); the tree expands by its own arrows and keys only.
+class PaneView : public QTreeView
+{
+    Q_OBJECT
+
+public:
+    enum class Kind { Tree, List };
+    explicit PaneView(Kind kind, QWidget *parent = nullptr);
+    ~PaneView() override;
+
+    void setDragPartner(DragPartner *partner) { m_partner = partner; }
+
+    /// The name editor: accept returns false to keep it open (the pane has said why); abandoned is
+    /// called after Escape or when the view loses the entry. Unchanged text counts as entered.
+    using Accept = std::function<bool(const QModelIndex &index, const QString &text)>;
+    using Abandoned = std::function<void(const QModelIndex &index)>;
+    void setNameEditing(Accept accept, Abandoned abandoned);
+    void editName(const QModelIndex &index);
+    [[nodiscard]] bool editingName() const;
+    /// A menu is open, a name is edited or a drag is on: the watch and refills wait.
+    [[nodiscard]] bool inHand() const;
+
+    /// Shows the sort arrow of a column (counted from 0), none for -1.
+    void showSort(int column, Qt::SortOrder order);
+
+Q_SIGNALS:
+    void entered(const QModelIndex &index);
+    /// at: global position; from the menu key, the current item's.
+    void menuWanted(const QPoint &at);
+    void keyWanted(venlo::PaneKey key);
+    /// The click on a list's heading, column counted from 0.
+    void headingClicked(int column);
+    /// The current item changed or was clicked again by a person or by setCurrentIndex.
+    void chosen(const QModelIndex &index);
+
+protected:
+    void keyPressEvent(QKeyEvent *event) override;
+    void mouseDoubleClickEvent(QMouseEvent *event) override;
+    void contextMenuEvent(QContextMenuEvent *event) override;
+    void startDrag(Qt::DropActions supported) override;
+    void dragEnterEvent(QDragEnterEvent *event) override;
+    void dragMoveEvent(QDragMoveEvent *event) override;
+    void dragLeaveEvent(QDragLeaveEvent *event) override;
+    void dropEvent(QDropEvent *event) override;
+
+private:
+    Kind m_kind;
+    DragPartner *m_partner = nullptr;
+    NameEditor *m_editor;
+    bool m_dragging = false;
+    bool m_menuOpen = false;
+};
+
+} // namespace venlo
