@@ -41,7 +41,7 @@ Result<QByteArray> CurrentDirectory::lookUp(const QString &parent, const QString
     const auto listing = client.list();
     if (!listing)
         return listing.error();
-    for (const RemoteEntry &entry : listing.value().entries) {
+    for (const ListedEntry &entry : listing.value().entries) {
         if (entry.name == leaf)
             return entry.rawName;
     }

@@ -90,10 +90,10 @@ public:
     {
         QStringList folders;
         QSet<QString> names;
-        for (const RemoteEntry &entry : listing ? listing->entries : decltype(listing->entries)()) {
+        for (const ListedEntry &entry : listing ? listing->entries : decltype(listing->entries)()) {
             const auto before = names.size();
             names.insert(entry.name.toCaseFolded());
-            if (names.size() == before || entry.kind != RemoteEntry::Kind::Folder)
+            if (names.size() == before || entry.kind != ListedEntry::Kind::Folder)
                 continue;
             folders.append(entry.name);
             if (entry.rawName != entry.name.toLatin1())
@@ -238,8 +238,8 @@ QString DirectoryCache::addRows(const QString &dir, const Listing &listing, QStr
     const auto table = m_database.openTable(m_session.currentSite());
     const int localOffset = presentLocalOffset();
     QStringList misfits;
-    for (const RemoteEntry &entry : listing.entries) {
-        const bool folder = entry.kind == RemoteEntry::Kind::Folder;
+    for (const ListedEntry &entry : listing.entries) {
+        const bool folder = entry.kind == ListedEntry::Kind::Folder;
         const double day = listingDay(wallClockOf(entry, m_session.listOffset), localOffset);
         const QVariant raw =
             entry.rawName == entry.name.toUtf8() ? QVariant() : QVariant(entry.rawName);
@@ -264,8 +264,8 @@ void DirectoryCache::learnOffset(const QString &dir, const Listing &listing)
     if (m_session.listOffset || !m_session.client().hasMdtm())
         return;
     int asked = 0;
-    for (const RemoteEntry &entry : listing.entries) {
-        if (entry.kind != RemoteEntry::Kind::File || entry.dayOnly || !entry.time.isValid())
+    for (const ListedEntry &entry : listing.entries) {
+        if (entry.kind != ListedEntry::Kind::File || entry.dayOnly || !entry.time.isValid())
             continue;
         if (++asked > offsetSamples || m_offsetSamples >= allOffsetSamples)
             return;
@@ -338,7 +338,7 @@ std::optional<double> DirectoryCache::refineTime(const QString &dir, const QStri
     const auto utc = m_session.client().modificationTime(path);
     if (!utc)
         return std::nullopt;
-    RemoteEntry entry;
+    ListedEntry entry;
     entry.time = utc.value();
     entry.utc = true;
     const double day = listingDay(wallClockOf(entry, std::nullopt), presentLocalOffset());

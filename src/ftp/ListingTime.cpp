@@ -16,7 +16,7 @@ constexpr qint64 highWordUnit = 4'294'967'295;
 constexpr qint64 lowWordUnit = 4'294'967'296;
 } // namespace
 
-QDateTime wallClockOf(const RemoteEntry &entry, std::optional<qint64> listOffset)
+QDateTime wallClockOf(const ListedEntry &entry, std::optional<qint64> listOffset)
 {
     if (!entry.time.isValid())
         return {};

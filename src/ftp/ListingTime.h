@@ -7,13 +7,13 @@
 namespace venlo
 {
 
-struct RemoteEntry;
+struct ListedEntry;
 
 /// A listing's time as the wall clock the layers above expect, as Qt::UTC digits: UTC times become
 /// local wall clock; a server's wall clock is moved by its offset to UTC first where that is known
 /// (seconds, UTC minus wall clock) and stands as it is otherwise. Invalid for an entry without
 /// time.
-[[nodiscard]] QDateTime wallClockOf(const RemoteEntry &entry, std::optional<qint64> listOffset);
+[[nodiscard]] QDateTime wallClockOf(const ListedEntry &entry, std::optional<qint64> listOffset);
 
 /// Day count (days since 1899-12-30) of a listing's wall clock. The wall clock is taken as UTC,
 /// turned into local time (localOffset seconds east of UTC) and moved back by nine hours, whatever

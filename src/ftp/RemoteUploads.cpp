@@ -56,7 +56,7 @@ bool mayHaveStored(const Error &error, bool moved)
 /// Day count of the wall clock a listing would show for a time.
 double dayOfUtc(const QDateTime &utc)
 {
-    RemoteEntry entry;
+    ListedEntry entry;
     entry.time = utc;
     entry.utc = true;
     return listingDay(wallClockOf(entry, std::nullopt), presentLocalOffset());

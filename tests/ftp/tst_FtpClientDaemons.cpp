@@ -149,7 +149,7 @@ void tst_FtpClientDaemons::everyOperation()
     QVERIFY(listing);
     QVERIFY2(listing.value().whole, qPrintable(listing.value().why));
     QStringList names;
-    for (const RemoteEntry &entry : listing.value().entries)
+    for (const ListedEntry &entry : listing.value().entries)
         names.append(entry.name + QLatin1Char(' ') + QString::number(entry.size));
     names.sort();
     QCOMPARE(names, QStringList({QStringLiteral("empty.txt 0"),
@@ -200,7 +200,7 @@ void tst_FtpClientDaemons::names()
     for (const QByteArray &name : std::as_const(names)) {
         const auto &entries = listing.value().entries;
         const bool shown = std::any_of(entries.begin(), entries.end(),
-                                       [&](const RemoteEntry &e) { return e.rawName == name; });
+                                       [&](const ListedEntry &e) { return e.rawName == name; });
         QVERIFY2(shown, name.constData());
         QCOMPARE(f.get(name), "content of " + name);
         QVERIFY2(f.client.removeFile(name), name.constData());

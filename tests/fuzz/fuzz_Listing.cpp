@@ -15,7 +15,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     for (const QByteArray &line : bytes.mid(1).split('\n'))
         parser.addLine(line);
     const venlo::Listing listing = parser.take();
-    for (const venlo::RemoteEntry &entry : listing.entries) {
+    for (const venlo::ListedEntry &entry : listing.entries) {
         promise(!entry.rawName.isEmpty() && entry.rawName != "." && entry.rawName != "..");
         promise(!entry.rawName.contains('/') && !entry.rawName.contains('\0') &&
                 !entry.rawName.contains('\r'));

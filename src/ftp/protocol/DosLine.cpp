@@ -78,10 +78,10 @@ ListedLine readDosLine(const QByteArray &line)
     const QTime clock = readClock(fields.at(1));
     if (line.startsWith(' ') || !date.isValid() || !clock.isValid())
         return std::nullopt;
-    RemoteEntry entry;
+    ListedEntry entry;
     entry.time = QDateTime(date, clock, Qt::UTC);
     if (fields.at(2) == "<DIR>") {
-        entry.kind = RemoteEntry::Kind::Folder;
+        entry.kind = ListedEntry::Kind::Folder;
         entry.rawName = folderName(fields.behind(2)).toByteArray();
     } else if (const auto size = readSize(fields.at(2))) {
         entry.size = *size;

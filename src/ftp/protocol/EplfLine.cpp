@@ -9,10 +9,10 @@ namespace
 constexpr qint64 lastSecond = 253402300799; ///< the end of the year 9999
 
 /// False when the fact contradicts its form. Facts of other kinds are passed over.
-bool takeFact(QByteArrayView fact, RemoteEntry &entry)
+bool takeFact(QByteArrayView fact, ListedEntry &entry)
 {
     if (fact == "/")
-        entry.kind = RemoteEntry::Kind::Folder;
+        entry.kind = ListedEntry::Kind::Folder;
     if (fact.isEmpty() || (fact.front() != 's' && fact.front() != 'm'))
         return true;
     const auto number = parseNumber(fact.sliced(1));
@@ -34,7 +34,7 @@ ListedLine readEplfLine(const QByteArray &line)
     const qsizetype tab = line.indexOf('\t');
     if (!line.startsWith('+') || tab < 0 || tab + 1 == line.size())
         return std::nullopt;
-    RemoteEntry entry;
+    ListedEntry entry;
     entry.utc = true;
     const QByteArrayView facts = QByteArrayView(line).sliced(1, tab - 1);
     for (qsizetype from = 0; from < facts.size();) {
@@ -44,7 +44,7 @@ ListedLine readEplfLine(const QByteArray &line)
             return std::nullopt;
         from = end + 1;
     }
-    if (entry.kind == RemoteEntry::Kind::Folder)
+    if (entry.kind == ListedEntry::Kind::Folder)
         entry.size = 0;
     entry.rawName = line.mid(tab + 1);
     return entry;

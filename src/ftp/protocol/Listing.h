@@ -10,7 +10,7 @@ namespace venlo
 {
 
 /// One entry of a directory listing.
-struct RemoteEntry {
+struct ListedEntry {
     enum class Kind { File, Folder, Link };
     QByteArray rawName; ///< the bytes as received, which address the entry
     QString name;       ///< decoded, see NameCodec
@@ -25,7 +25,7 @@ struct RemoteEntry {
 
 /// A directory listing and whether it can be relied on.
 struct Listing {
-    std::vector<RemoteEntry> entries;
+    std::vector<ListedEntry> entries;
     bool whole = false; ///< opening and completion reply, clean end of data, every line understood
     QString why;        ///< why it is not whole, empty otherwise
     bool fromMlsd = false;

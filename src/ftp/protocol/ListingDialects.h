@@ -12,7 +12,7 @@ namespace venlo
 
 /// What a dialect makes of one line: nothing when the line is not of its form, otherwise an entry
 /// whose name is still the bytes only (rawName), neither judged nor decoded.
-using ListedLine = std::optional<RemoteEntry>;
+using ListedLine = std::optional<ListedEntry>;
 
 /// The long format of Unix servers and those that imitate it. Server's wall clock.
 [[nodiscard]] ListedLine readUnixLine(const QByteArray &line, QDate serverToday);
@@ -23,7 +23,7 @@ using ListedLine = std::optional<RemoteEntry>;
 
 /// An MLSD line (RFC 3659, 7), UTC.
 struct MlsdLine {
-    RemoteEntry entry;
+    ListedEntry entry;
     bool self = false; ///< the listed directory itself or its parent
 };
 [[nodiscard]] std::optional<MlsdLine> readMlsdLine(const QByteArray &line);

@@ -83,7 +83,7 @@ void ListingParser::addMlsd(const QByteArray &line)
         accept(std::move(read->entry));
 }
 
-void ListingParser::accept(RemoteEntry entry)
+void ListingParser::accept(ListedEntry entry)
 {
     if (isSelfOrParent(entry.rawName))
         return;

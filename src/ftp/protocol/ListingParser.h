@@ -37,7 +37,7 @@ public:
 private:
     void addList(const QByteArray &line);
     void addMlsd(const QByteArray &line);
-    void accept(RemoteEntry entry);
+    void accept(ListedEntry entry);
     void refuseLine(const QByteArray &line);
     void doubt(const QString &why);
 

@@ -11,7 +11,7 @@ namespace
 {
 /// The facts of one line, as far as they are of use here.
 struct Facts {
-    std::optional<RemoteEntry::Kind> kind;
+    std::optional<ListedEntry::Kind> kind;
     bool self = false;
     std::optional<qint64> size;
     bool folderSize = false;
@@ -22,11 +22,11 @@ void takeType(const QByteArray &type, Facts &facts)
 {
     facts.self = type == "cdir" || type == "pdir";
     if (facts.self || type == "dir")
-        facts.kind = RemoteEntry::Kind::Folder;
+        facts.kind = ListedEntry::Kind::Folder;
     else if (type.startsWith("os.unix=slink") || type.startsWith("os.unix=symlink"))
-        facts.kind = RemoteEntry::Kind::Link;
+        facts.kind = ListedEntry::Kind::Link;
     else
-        facts.kind = RemoteEntry::Kind::File; // devices and the like, too
+        facts.kind = ListedEntry::Kind::File; // devices and the like, too
 }
 
 /// False when the fact contradicts its form. A time that is none leaves the entry without one.
@@ -64,7 +64,7 @@ std::optional<MlsdLine> readMlsdLine(const QByteArray &line)
     }
     // Without a type it is the kind of size that tells what the entry is; without both nobody does.
     if (!facts.kind && facts.size)
-        facts.kind = facts.folderSize ? RemoteEntry::Kind::Folder : RemoteEntry::Kind::File;
+        facts.kind = facts.folderSize ? ListedEntry::Kind::Folder : ListedEntry::Kind::File;
     if (!facts.kind)
         return std::nullopt;
     MlsdLine read;
@@ -73,7 +73,7 @@ std::optional<MlsdLine> readMlsdLine(const QByteArray &line)
     read.entry.kind = *facts.kind;
     read.entry.time = facts.modified;
     read.entry.utc = true;
-    read.entry.size = *facts.kind == RemoteEntry::Kind::Folder ? 0 : facts.size.value_or(0);
+    read.entry.size = *facts.kind == ListedEntry::Kind::Folder ? 0 : facts.size.value_or(0);
     return read;
 }
 

@@ -80,11 +80,11 @@ ListedLine readUnixLine(const QByteArray &line, QDate serverToday)
         const QByteArrayView shown = fields.nameBehind(date->lastField);
         if (shown.isEmpty())
             return std::nullopt;
-        RemoteEntry entry;
+        ListedEntry entry;
         entry.rawName = (type == 'l' ? linkName(shown, *size) : shown).toByteArray();
-        entry.kind = type == 'd'   ? RemoteEntry::Kind::Folder
-                     : type == 'l' ? RemoteEntry::Kind::Link
-                                   : RemoteEntry::Kind::File;
+        entry.kind = type == 'd'   ? ListedEntry::Kind::Folder
+                     : type == 'l' ? ListedEntry::Kind::Link
+                                   : ListedEntry::Kind::File;
         entry.time = date->time;
         entry.dayOnly = date->dayOnly;
         entry.size = type == 'd' ? 0 : *size;

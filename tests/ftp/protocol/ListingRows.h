@@ -28,7 +28,7 @@ inline Listing parseLines(ListingParser::Source source, const QList<QByteArray> 
 /// What one line means. time is "yyyy-MM-ddThh:mm:ss[.zzz]", empty for an entry without a time.
 struct ExpectedEntry {
     QByteArray name;
-    RemoteEntry::Kind kind = RemoteEntry::Kind::File;
+    ListedEntry::Kind kind = ListedEntry::Kind::File;
     QByteArray time;
     qint64 size = 0;
     bool dayOnly = false;
@@ -51,7 +51,7 @@ inline void compareRow(const Listing &listing, bool utc)
     QFETCH(ExpectedEntry, expected);
     QVERIFY2(listing.whole, qPrintable(listing.why));
     QCOMPARE(listing.entries.size(), std::size_t(1));
-    const RemoteEntry &entry = listing.entries.front();
+    const ListedEntry &entry = listing.entries.front();
     QCOMPARE(entry.rawName, expected.name);
     QCOMPARE(static_cast<int>(entry.kind), static_cast<int>(expected.kind));
     QCOMPARE(entry.time.toString(Qt::ISODateWithMs).toLatin1(),

@@ -106,7 +106,7 @@ void ListingMutations::listings()
         const Listing listing =
             parseLines(mlsd ? ListingParser::Source::Mlsd : ListingParser::Source::List, lines);
         std::size_t kept = 0;
-        for (const RemoteEntry &entry : listing.entries) {
+        for (const ListedEntry &entry : listing.entries) {
             for (const char bad : {'/', '\0', '\r', '\n'})
                 QVERIFY2(!entry.rawName.contains(bad), entry.rawName.toPercentEncoding());
             for (const char16_t bad : {u'/', u'\0', u'\r', u'\n'})
@@ -116,7 +116,7 @@ void ListingMutations::listings()
                     entry.name != QStringLiteral(".."));
             QVERIFY(!mlsd || !entry.rawName.startsWith('.'));
             QVERIFY(entry.size >= 0);
-            QVERIFY(entry.kind != RemoteEntry::Kind::Folder || entry.size == 0);
+            QVERIFY(entry.kind != ListedEntry::Kind::Folder || entry.size == 0);
             kept += static_cast<std::size_t>(entry.rawName.size());
         }
         QVERIFY(kept <= arrived);

@@ -23,9 +23,9 @@ private Q_SLOTS:
     void notAnMlsdEntry();
 };
 
-constexpr auto file = RemoteEntry::Kind::File;
-constexpr auto folder = RemoteEntry::Kind::Folder;
-constexpr auto linked = RemoteEntry::Kind::Link;
+constexpr auto file = ListedEntry::Kind::File;
+constexpr auto folder = ListedEntry::Kind::Folder;
+constexpr auto linked = ListedEntry::Kind::Link;
 
 void OtherListings::dos_data()
 {

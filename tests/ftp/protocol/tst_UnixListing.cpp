@@ -30,9 +30,9 @@ private:
     }
 };
 
-constexpr auto file = RemoteEntry::Kind::File;
-constexpr auto folder = RemoteEntry::Kind::Folder;
-constexpr auto linked = RemoteEntry::Kind::Link;
+constexpr auto file = ListedEntry::Kind::File;
+constexpr auto folder = ListedEntry::Kind::Folder;
+constexpr auto linked = ListedEntry::Kind::Link;
 
 /// A line of a 1,000-byte file with this date and name.
 QByteArray dated(const QByteArray &date, const QByteArray &name = "name")

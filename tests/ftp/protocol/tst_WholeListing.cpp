@@ -187,7 +187,7 @@ void WholeListing::aNameThatDecodesToTheParentIsRefused()
     // A byte order mark, overlong points and an overlong slash must not vanish into "..".
     for (const char *bytes : {"\xef\xbb\xbf..", "\xc0\xae\xc0\xae", "..\xc0\xaf"}) {
         const Listing listing = parseLines(listSource, {listed(bytes)});
-        for (const RemoteEntry &entry : listing.entries) {
+        for (const ListedEntry &entry : listing.entries) {
             QVERIFY(entry.name != QStringLiteral(".."));
             QVERIFY(!entry.name.contains(QLatin1Char('/')));
         }
