@@ -1,7 +1,7 @@
 #include "ftp/DownloadJournal.h"
 
-#include "ftp/TemporaryName.h"
 #include "platform/Files.h"
+#include "platform/TemporaryName.h"
 
 #include <QDir>
 #include <QFileInfo>

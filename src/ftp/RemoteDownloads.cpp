@@ -4,8 +4,8 @@
 #include "ftp/LocalPath.h"
 #include "ftp/ProgressThrottle.h"
 #include "ftp/TemporaryFile.h"
-#include "ftp/TemporaryName.h"
 #include "platform/FileNames.h"
+#include "platform/TemporaryName.h"
 #include "shared/RemotePath.h"
 
 #include <QFileInfo>

@@ -5,7 +5,7 @@
 #include "ftp/LocalPath.h"
 #include "ftp/ProgressThrottle.h"
 #include "ftp/Session.h"
-#include "ftp/TemporaryName.h"
+#include "platform/TemporaryName.h"
 #include "shared/RemotePath.h"
 
 #include <algorithm>

@@ -1,8 +1,8 @@
 #include "ftp/TemporaryFile.h"
 
 #include "ftp/LocalPath.h"
-#include "ftp/TemporaryName.h"
 #include "platform/Files.h"
+#include "platform/TemporaryName.h"
 
 #include <QFileInfo>
 

@@ -7,7 +7,7 @@
 
 #include "db/Database.h"
 #include "db/DisplayFormat.h"
-#include "ftp/TemporaryName.h"
+#include "platform/TemporaryName.h"
 #include "shared/FrontEnd.h"
 #include "sync/ComparisonWork.h"
 #include "sync/FoldCase.h"

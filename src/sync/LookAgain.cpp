@@ -5,7 +5,7 @@
 #include <QHash>
 
 #include "db/DisplayFormat.h"
-#include "ftp/TemporaryName.h"
+#include "platform/TemporaryName.h"
 #include "sync/LocalFolder.h"
 #include "sync/SyncReview.h"
 

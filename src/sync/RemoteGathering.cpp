@@ -8,7 +8,7 @@
 #include "db/DisplayFormat.h"
 #include "ftp/DirectoryCache.h"
 #include "ftp/ErrorLog.h"
-#include "ftp/TemporaryName.h"
+#include "platform/TemporaryName.h"
 #include "shared/FrontEnd.h"
 #include "shared/RemotePath.h"
 #include "sync/ComparisonWork.h"

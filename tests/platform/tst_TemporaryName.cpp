@@ -1,6 +1,6 @@
 // Names of unfinished downloads, and how what a killed program left behind goes.
 #include "ftp/DownloadJournal.h"
-#include "ftp/TemporaryName.h"
+#include "platform/TemporaryName.h"
 
 #include <QDir>
 #include <QFile>

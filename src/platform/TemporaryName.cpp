@@ -1,4 +1,4 @@
-#include "ftp/TemporaryName.h"
+#include "platform/TemporaryName.h"
 
 #include <algorithm>
 
