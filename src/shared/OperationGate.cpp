@@ -10,7 +10,7 @@ namespace venlo
 OperationGate::Turn::~Turn()
 {
     if (m_gate != nullptr)
-        m_gate->end();
+        m_gate->end(m_reach);
 }
 
 OperationGate::OperationGate(FrontEnd &frontEnd, QObject *parent)
@@ -23,24 +23,24 @@ void OperationGate::setLock(Lock lock)
     m_lock = std::move(lock);
 }
 
-OperationGate::Turn OperationGate::begin()
+OperationGate::Turn OperationGate::begin(Reach reach)
 {
     if (m_busy)
         return {};
-    // Busy before the lock is asked for: waiting for it lets events run.
+    // Busy before the lock is asked for: waiting for it lets events run, and can be cancelled.
     m_busy = true;
     m_frontEnd.beginOperation();
-    if (m_lock.acquire && !m_lock.acquire()) {
-        m_busy = false;
+    Q_EMIT busyChanged(true);
+    if (reach == Reach::Server && m_lock.acquire && !m_lock.acquire()) {
+        end(Reach::Disk);
         return {};
     }
-    Q_EMIT busyChanged(true);
-    return Turn(*this);
+    return {*this, reach};
 }
 
-void OperationGate::end()
+void OperationGate::end(Reach reach)
 {
-    if (m_lock.release)
+    if (reach == Reach::Server && m_lock.release)
         m_lock.release();
     m_busy = false;
     Q_EMIT busyChanged(false);

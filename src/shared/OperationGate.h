@@ -17,7 +17,10 @@ class OperationGate : public QObject
     Q_OBJECT
 
 public:
-    /// What a turn needs besides: both may be empty. acquire says why when it refuses.
+    /// What an operation uses: the server and the store, which other processes share, or only the
+    /// disk.
+    enum class Reach { Server, Disk };
+    /// What a turn that reaches the server needs besides. acquire says why when it refuses.
     struct Lock {
         std::function<bool()> acquire;
         std::function<void()> release;
@@ -28,14 +31,18 @@ public:
     {
     public:
         Turn() = default;
-        explicit Turn(OperationGate &gate) : m_gate(&gate) {}
-        Turn(Turn &&other) noexcept : m_gate(other.m_gate) { other.m_gate = nullptr; }
+        Turn(OperationGate &gate, Reach reach) : m_gate(&gate), m_reach(reach) {}
+        Turn(Turn &&other) noexcept : m_gate(other.m_gate), m_reach(other.m_reach)
+        {
+            other.m_gate = nullptr;
+        }
         Turn &operator=(Turn &&) = delete;
         ~Turn();
         [[nodiscard]] explicit operator bool() const { return m_gate != nullptr; }
 
     private:
         OperationGate *m_gate = nullptr;
+        Reach m_reach = Reach::Server;
     };
 
     explicit OperationGate(FrontEnd &frontEnd, QObject *parent = nullptr);
@@ -43,14 +50,14 @@ public:
 
     /// A turn, empty when an operation runs or the lock refuses. A Cancel of an earlier operation
     /// no longer counts.
-    [[nodiscard]] Turn begin();
+    [[nodiscard]] Turn begin(Reach reach = Reach::Server);
     [[nodiscard]] bool busy() const { return m_busy; }
 
 Q_SIGNALS:
     void busyChanged(bool busy);
 
 private:
-    void end();
+    void end(Reach reach);
 
     FrontEnd &m_frontEnd;
     Lock m_lock;

@@ -1,22 +1,29 @@
 #include "startup/Program.h"
 
+#include <chrono>
 #include <exception>
+#include <optional>
 #include <utility>
 
 #include <QFileInfo>
+#include <QRect>
 
 #include "db/Database.h"
 #include "ftp/DirectoryCache.h"
 #include "ftp/ErrorLog.h"
 #include "ftp/RemoteOperations.h"
 #include "ftp/Session.h"
+#include "mainwin/MainRooms.h"
+#include "mainwin/MainSettings.h"
 #include "platform/Process.h"
 #include "shared/Flags.h"
 #include "shared/FrontEnd.h"
+#include "shared/OperationGate.h"
 #include "startup/CommandLine.h"
 #include "startup/ProgramName.h"
 #include "startup/RunLock.h"
 #include "startup/settings/SettingsFile.h"
+#include "startup/settings/ShellHelpers.h"
 #include "startup/settings/UserDataFolder.h"
 #include "sync/BatchRunner.h"
 #include "sync/Comparison.h"
@@ -24,12 +31,16 @@
 #include "sync/PairWorker.h"
 #include "sync/PlainPatternHost.h"
 #include "sync/SyncRunner.h"
+#include "sync/WindowHost.h"
 
 namespace venlo
 {
 
 namespace
 {
+/// How long a person waits for the turn of another process before being told.
+constexpr std::chrono::seconds windowPatience(10);
+
 QString userDataFolder(const QString &baseName, FrontEnd &frontEnd)
 {
     UserDataFolder folder(ProgramPlaces::ofThisProgram(baseName), frontEnd);
@@ -37,11 +48,24 @@ QString userDataFolder(const QString &baseName, FrontEnd &frontEnd)
     return folder.userDataFolder();
 }
 
+/// Where the help pages are; empty for those installed with the program.
+QString helpAddress()
+{
+    return QStringLiteral(VENLO_HELP_ADDRESS);
+}
+
 /// The verbs that use the work tables and caches; the others only show a window.
 bool works(const QString &verb)
 {
     return verb == QLatin1String("syncup") || verb == QLatin1String("syncdown") ||
            verb == QLatin1String("put") || verb == QLatin1String("get");
+}
+
+/// A part of a verb runs nothing, so nothing is made for it.
+bool usesWindow(const QString &verb)
+{
+    return works(verb) || verb.isEmpty() || verb == QLatin1String("open") ||
+           verb == QLatin1String("openp");
 }
 } // namespace
 
@@ -58,8 +82,9 @@ struct Program::Rooms {
           plainPatterns(database, session, faces.frontEnd),
           syncRunner(comparison, worker, faces.reviewHost ? *faces.reviewHost : consoleReview,
                      database, faces.frontEnd, flags),
-          batchRunner({faces.frontEnd, flags, database, session, cache, operations, syncRunner,
-                       faces.patternHost ? *faces.patternHost : plainPatterns, faces.windowHost})
+          gate(faces.frontEnd),
+          shell(ProgramPlaces::ofThisProgram(programBaseName(executableBaseName())), folder,
+                helpAddress(), faces.frontEnd)
     {
     }
 
@@ -77,7 +102,9 @@ struct Program::Rooms {
     ConsoleReviewHost consoleReview;
     PlainPatternHost plainPatterns;
     SyncRunner syncRunner;
-    BatchRunner batchRunner;
+    OperationGate gate;
+    ShellHelpers shell;
+    std::optional<BatchRunner> batchRunner;
 };
 
 Program::Program(Faces faces, Flags &flags) : m_faces(std::move(faces)), m_flags(flags) {}
@@ -119,6 +146,54 @@ int Program::prepare(const CommandLine &commandLine)
         m_launchRecord = LaunchRecord::read(commandLine.launchRecordPath);
         m_flags.launchLayout = m_launchRecord.usable();
     }
+    if (usesWindow(commandLine.verb))
+        makeWindow();
+    Rooms &rooms = *m_rooms;
+    rooms.batchRunner.emplace(BatchRunner::Rooms{
+        m_faces.frontEnd, m_flags, rooms.database, rooms.session, rooms.cache, rooms.operations,
+        rooms.syncRunner, m_window.patternHost ? *m_window.patternHost : rooms.plainPatterns,
+        m_window.windowHost});
+    return BatchRunner::Ok;
+}
+
+/// What the windows do with the server takes a run's turn each time: an unattended run of another
+/// process must not meet a cache that changes under it, nor the other way round.
+void Program::makeWindow()
+{
+    if (!m_faces.makeWindow)
+        return;
+    Rooms &rooms = *m_rooms;
+    rooms.gate.setLock({[&rooms, this, held = rooms.turn.isHeld()] {
+                            if (held || rooms.turn.acquire(windowPatience))
+                                return true;
+                            if (!m_faces.frontEnd.cancelled())
+                                m_faces.frontEnd.message(QStringLiteral(
+                                    "他の実行が終わるのを待って もう一度実行して下さい"));
+                            return false;
+                        },
+                        [&rooms, held = rooms.turn.isHeld()] {
+                            if (!held)
+                                rooms.turn.release();
+                        }});
+    LaunchLayout launch;
+    launch.window =
+        QRect(m_launchRecord.left, m_launchRecord.top, m_launchRecord.width, m_launchRecord.height);
+    launch.Root = m_launchRecord.root;
+    launch.ActPh = m_launchRecord.actPh;
+    m_window = m_faces.makeWindow({*m_faces.desk, m_flags, rooms.gate, rooms.settings,
+                                   rooms.database, rooms.session, rooms.cache, rooms.operations,
+                                   rooms.syncRunner, rooms.shell, rooms.errorLog.path()},
+                                  launch);
+}
+
+int Program::showWindow()
+{
+    if (m_window.windowHost == nullptr) {
+        m_faces.frontEnd.warn(QStringLiteral("画面を表示できません"));
+        return BatchRunner::Unusable;
+    }
+    m_window.windowHost->showMainWindow({});
+    m_window.stay();
     return BatchRunner::Ok;
 }
 
@@ -131,9 +206,27 @@ int Program::missingArgument(const CommandLine &commandLine)
 int Program::dispatch(const CommandLine &commandLine)
 {
     const QString &verb = commandLine.verb;
+    if (verb.isEmpty())
+        return showWindow();
+    int status = BatchRunner::NotCarriedOut;
+    {
+        // So that closing a window that shows meanwhile cancels first.
+        const auto turn = m_rooms->gate.begin();
+        if (turn)
+            status = runVerb(commandLine);
+    }
+    const bool opens = verb == QLatin1String("open") || verb == QLatin1String("openp");
+    if (opens && status == BatchRunner::Ok)
+        m_window.stay();
+    return status;
+}
+
+int Program::runVerb(const CommandLine &commandLine)
+{
+    const QString &verb = commandLine.verb;
     const auto argument = [&](int number) { return commandLine.arguments.value(number); };
     const auto given = commandLine.arguments.size() - 1;
-    BatchRunner &runner = m_rooms->batchRunner;
+    BatchRunner &runner = *m_rooms->batchRunner;
 
     if (verb == QLatin1String("syncup") || verb == QLatin1String("syncdown"))
         return argument(1).isEmpty()
@@ -148,10 +241,6 @@ int Program::dispatch(const CommandLine &commandLine)
     if (verb == QLatin1String("openp"))
         return argument(1).isEmpty() ? missingArgument(commandLine)
                                      : runner.OpenPattern(argument(1));
-    if (verb.isEmpty()) {
-        m_faces.frontEnd.warn(QStringLiteral("画面を表示できません"));
-        return BatchRunner::Unusable;
-    }
     // A part of a verb ("sync", "up") runs nothing and says nothing.
     return BatchRunner::Unusable;
 }

@@ -13,22 +13,33 @@ namespace venlo
 class FrontEnd;
 class PatternHost;
 class ReviewHost;
+class WindowDesk;
 class WindowHost;
 struct CommandLine;
 struct Flags;
+struct LaunchLayout;
+struct MainRooms;
 
 /// Everything there is one of: settings, database, session, cache, operations, and the runners
 /// over them. Built once by main; hands out references and owns nothing that shows a window.
 class Program
 {
 public:
-    /// How the program meets a person: the hosts are null where there is no window, which leaves
-    /// the plain ones. prepared is called once the start-up is over and the command begins.
+    /// The main window as the program uses it.
+    struct MainWindow {
+        PatternHost *patternHost = nullptr;
+        WindowHost *windowHost = nullptr;
+        std::function<void()> stay = nullptr; ///< returns when the window was closed
+    };
+    /// Makes the main window, not shown; called once the database is open.
+    using WindowMaker = std::function<MainWindow(const MainRooms &, const LaunchLayout &)>;
+    /// How the program meets a person: without a review host or a window the plain ones do.
+    /// prepared is called once the start-up is over and the command begins.
     struct Faces {
         FrontEnd &frontEnd;
         ReviewHost *reviewHost = nullptr;
-        PatternHost *patternHost = nullptr;
-        WindowHost *windowHost = nullptr;
+        WindowDesk *desk = nullptr;       ///< the front end again, where makeWindow is given
+        WindowMaker makeWindow = nullptr; ///< null where no window can be shown
         std::function<void()> prepared = nullptr;
     };
 
@@ -49,7 +60,11 @@ private:
 
     /// Ok, or the exit status of a run that cannot begin; the person knows why.
     [[nodiscard]] int prepare(const CommandLine &commandLine);
+    void makeWindow();
     [[nodiscard]] int dispatch(const CommandLine &commandLine);
+    [[nodiscard]] int runVerb(const CommandLine &commandLine);
+    /// Shows the main window and stays until it is closed.
+    [[nodiscard]] int showWindow();
     [[nodiscard]] int missingArgument(const CommandLine &commandLine);
     /// The shut-down routine: settings saved, session and database closed.
     void EndProgram();
@@ -58,6 +73,7 @@ private:
     Flags &m_flags;
     LaunchRecord m_launchRecord;
     std::unique_ptr<Rooms> m_rooms;
+    MainWindow m_window;
 };
 
 } // namespace venlo

@@ -28,6 +28,8 @@ QString RunLock::path(const QString &userDataFolder)
 
 bool RunLock::acquire(std::chrono::milliseconds limit)
 {
+    if (m_file->isLocked())
+        return true;
     if (m_file->tryLock(0))
         return true;
     if (m_file->error() == QLockFile::LockFailedError && wait(limit))
@@ -35,6 +37,16 @@ bool RunLock::acquire(std::chrono::milliseconds limit)
     m_frontEnd.warn(m_file->fileName() +
                     QStringLiteral(" : 他の実行が終わらないので実行しませんでした"));
     return false;
+}
+
+bool RunLock::isHeld() const
+{
+    return m_file->isLocked();
+}
+
+void RunLock::release()
+{
+    m_file->unlock();
 }
 
 bool RunLock::wait(std::chrono::milliseconds limit)

@@ -27,6 +27,10 @@ public:
     /// limit, was cancelled, or the folder cannot be written.
     [[nodiscard]] bool acquire(std::chrono::milliseconds limit = std::chrono::minutes(1));
 
+    [[nodiscard]] bool isHeld() const;
+    /// Ends a turn that was acquired.
+    void release();
+
     /// The file that stands in the folder during a run.
     [[nodiscard]] static QString path(const QString &userDataFolder);
 

@@ -94,7 +94,7 @@ int BatchRunner::OpenSite(const QString &site)
     ConnectSite(site, ok);
     if (!ok)
         return m_siteKnown ? NotCarriedOut : Unusable;
-    m_rooms.window->showMainWindow();
+    m_rooms.window->showMainWindow(site);
     return Ok;
 }
 
@@ -106,7 +106,7 @@ int BatchRunner::OpenPattern(const QString &sSync)
     }
     const WaitScope wait(m_rooms.frontEnd, startingText());
     (void)m_rooms.patternHost.SyncPtn(sSync);
-    m_rooms.window->showMainWindow();
+    m_rooms.window->showMainWindow({});
     return Ok;
 }
 

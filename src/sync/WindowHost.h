@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QString>
+
 namespace venlo
 {
 
@@ -9,7 +11,8 @@ class WindowHost
 public:
     virtual ~WindowHost() = default;
     /// Shows the main window (modeless) and brings it to the foreground.
-    virtual void showMainWindow() = 0;
+    /// connectedSite: the site that the session was connected to meanwhile, empty for none.
+    virtual void showMainWindow(const QString &connectedSite) = 0;
 };
 
 } // namespace venlo

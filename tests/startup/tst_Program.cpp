@@ -94,7 +94,10 @@ int tst_Program::run(const QString &line, std::function<void()> action)
 {
     StandIn host(std::move(action));
     m_program =
-        std::make_unique<Program>(Program::Faces{*m_person, nullptr, &host, nullptr,
+        std::make_unique<Program>(Program::Faces{*m_person, nullptr, m_person.get(),
+                                                 [&host](const MainRooms &, const LaunchLayout &) {
+                                                     return Program::MainWindow{&host};
+                                                 },
                                                  [this] { m_steps += QStringLiteral("prepared"); }},
                                   m_flags);
     return m_program->Main(CommandLine::parse(line));

@@ -19,7 +19,11 @@ const QDateTime noon(QDate(2024, 5, 6), QTime(3, 0, 10), Qt::UTC);
 class CountingWindow : public WindowHost
 {
 public:
-    void showMainWindow() override { ++shown; }
+    void showMainWindow(const QString &connectedSite) override
+    {
+        ++shown;
+        site = connectedSite;
+    }
     int shown = 0;
 };
 } // namespace

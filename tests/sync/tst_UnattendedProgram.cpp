@@ -63,7 +63,10 @@ void tst_UnattendedProgram::init()
 int tst_UnattendedProgram::run(const QString &line, std::function<void()> action)
 {
     StandIn host(std::move(action));
-    Program program({*m_person, nullptr, &host, nullptr, nullptr}, m_flags);
+    Program program(
+        {*m_person, nullptr, m_person.get(),
+         [&host](const MainRooms &, const LaunchLayout &) { return Program::MainWindow{&host}; }},
+        m_flags);
     return program.Main(CommandLine::parse(line));
 }
 
