@@ -5,7 +5,11 @@
 namespace venlo
 {
 
-enum class SpecialFolder { ApplicationData, MyDocuments };
+enum class SpecialFolder {
+    ApplicationData,
+    MyDocuments,
+    SendTo ///< shortcuts the desktop offers files to; the user's applications where there is none
+};
 
 /// Path of a special folder of the user, native separators, no trailing one.
 [[nodiscard]] QString FsGtSpFld(SpecialFolder folder);

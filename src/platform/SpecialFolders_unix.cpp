@@ -16,6 +16,20 @@ QString settingsPath()
            QStringLiteral("/VenloTools.ini");
 }
 
+QString folderOf(SpecialFolder folder)
+{
+    switch (folder) {
+    case SpecialFolder::ApplicationData:
+        return QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation);
+    case SpecialFolder::MyDocuments:
+        return QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
+    case SpecialFolder::SendTo:
+        return QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) +
+               QStringLiteral("/applications");
+    }
+    return {};
+}
+
 QString inPathSection(const QString &key)
 {
     return QStringLiteral("Path/") + key;
@@ -24,10 +38,7 @@ QString inPathSection(const QString &key)
 
 QString FsGtSpFld(SpecialFolder folder)
 {
-    const auto location = folder == SpecialFolder::ApplicationData
-                              ? QStandardPaths::GenericDataLocation
-                              : QStandardPaths::DocumentsLocation;
-    return QDir::cleanPath(QStandardPaths::writableLocation(location));
+    return QDir::cleanPath(folderOf(folder));
 }
 
 QString programSetting(const QString &key)

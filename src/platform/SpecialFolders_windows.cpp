@@ -16,15 +16,26 @@ QString registryPath()
 {
     return QStringLiteral("HKEY_CURRENT_USER\\Software\\VenloTools\\Path");
 }
+
+const KNOWNFOLDERID &idOf(SpecialFolder folder)
+{
+    switch (folder) {
+    case SpecialFolder::ApplicationData:
+        return FOLDERID_RoamingAppData;
+    case SpecialFolder::SendTo:
+        return FOLDERID_SendTo;
+    case SpecialFolder::MyDocuments:
+        break;
+    }
+    return FOLDERID_Documents;
+}
 } // namespace
 
 QString FsGtSpFld(SpecialFolder folder)
 {
-    const KNOWNFOLDERID &id =
-        folder == SpecialFolder::ApplicationData ? FOLDERID_RoamingAppData : FOLDERID_Documents;
     wchar_t *found = nullptr;
     QString path;
-    if (SUCCEEDED(SHGetKnownFolderPath(id, KF_FLAG_DEFAULT, nullptr, &found)))
+    if (SUCCEEDED(SHGetKnownFolderPath(idOf(folder), KF_FLAG_DEFAULT, nullptr, &found)))
         path = QString::fromWCharArray(found);
     CoTaskMemFree(found);
     while (path.endsWith(QLatin1Char('\\')))

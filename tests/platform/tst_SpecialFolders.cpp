@@ -39,6 +39,7 @@ void tst_SpecialFolders::noTrailingSeparator_data()
     QTest::addColumn<SpecialFolder>("folder");
     QTest::newRow("application data") << SpecialFolder::ApplicationData;
     QTest::newRow("documents") << SpecialFolder::MyDocuments;
+    QTest::newRow("send to") << SpecialFolder::SendTo;
 }
 
 void tst_SpecialFolders::noTrailingSeparator()
@@ -78,6 +79,8 @@ void tst_SpecialFolders::settingIsKept()
 void tst_SpecialFolders::environmentMovesFolders()
 {
     QCOMPARE(FsGtSpFld(SpecialFolder::ApplicationData), m_home.filePath(QStringLiteral("data")));
+    QCOMPARE(FsGtSpFld(SpecialFolder::SendTo),
+             m_home.filePath(QStringLiteral("data/applications")));
 }
 
 void tst_SpecialFolders::settingLiesInTheConfigFolder()

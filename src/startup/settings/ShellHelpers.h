@@ -14,13 +14,18 @@ class FrontEnd;
 class ShellHelpers
 {
 public:
-    /// userDataFolder ends with a separator. helpAddress: base address of the help pages, ends with
-    /// "/"; empty for the manual installed with the program.
+    /// userDataFolder ends with a separator. helpAddress: base address of the help pages; empty for
+    /// the manual installed with the program.
     ShellHelpers(ProgramPlaces places, QString userDataFolder, QString helpAddress,
                  FrontEnd &frontEnd);
 
-    /// Opens a help page; without "." in the name it is an ".htm" page.
+    /// The base address that this build was configured with (VENLO_HELP_ADDRESS), mostly empty.
+    [[nodiscard]] static QString builtHelpAddress();
+
+    /// Opens a help page; without "." in the name it is an ".htm" page. The page is opened through
+    /// a shortcut file in the user data folder, as an HTML file is.
     void W_Help(const QString &page);
+    /// Opens an HTML file through a shortcut in "Wrk", which is made when it is missing.
     void W_HtmView(const QString &path);
     /// Puts a shortcut to the program where the desktop's "send to" looks, and says where.
     void W_SendTo();
@@ -31,6 +36,8 @@ public:
     void BrowseFolder(QString &path, QString &title);
 
 private:
+    [[nodiscard]] QString helpBase() const;
+
     ProgramPlaces m_places;
     QString m_userDataFolder;
     QString m_helpAddress;
