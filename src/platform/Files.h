@@ -1,5 +1,7 @@
 #pragma once
 
+#include <functional>
+
 #include <QDateTime>
 #include <QString>
 
@@ -28,5 +30,8 @@ bool setModifiedTime(const QString &path, const QDateTime &time);
 
 /// Deletes a folder with everything in it, never following a link. why gets the system's words.
 [[nodiscard]] bool removeFolderTree(const QString &path, QString &why);
+/// The same, asking before every entry whether to go on; why stays empty when it was told not to.
+[[nodiscard]] bool removeFolderTree(const QString &path, QString &why,
+                                    const std::function<bool()> &goOn);
 
 } // namespace venlo

@@ -50,7 +50,9 @@ constexpr int openFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
 class FolderRemoval
 {
 public:
-    /// Empties the folder; errno tells the reason of a failure.
+    explicit FolderRemoval(const std::function<bool()> &goOn) : m_goOn(goOn) {}
+
+    /// Empties the folder; errno tells the reason of a failure, 0 when it was told to stop.
     [[nodiscard]] bool empty(const char *path)
     {
         if (!enter(open(path, openFlags), QByteArray()))
@@ -105,6 +107,10 @@ private:
             const QByteArray name(entry->d_name);
             if (name == "." || name == "..")
                 continue;
+            if (m_goOn && !m_goOn()) {
+                errno = 0;
+                return false;
+            }
             struct stat status = {};
             if (fstatat(m_here.fd(), name.constData(), &status, AT_SYMLINK_NOFOLLOW) != 0)
                 return false;
@@ -137,30 +143,37 @@ private:
         return unlinkat(parent, name.constData(), AT_REMOVEDIR) == 0;
     }
 
+    const std::function<bool()> &m_goOn;
     Folder m_here;
     std::vector<Level> m_levels;
 };
 
-bool removeAll(const QByteArray &path)
+bool removeAll(const QByteArray &path, const std::function<bool()> &goOn)
 {
     struct stat status = {};
     if (lstat(path.constData(), &status) != 0)
         return false;
     if (S_ISLNK(status.st_mode))
         return unlink(path.constData()) == 0;
-    return FolderRemoval().empty(path.constData()) && rmdir(path.constData()) == 0;
+    return FolderRemoval(goOn).empty(path.constData()) && rmdir(path.constData()) == 0;
 }
 } // namespace
 
 bool removeFolderTree(const QString &path, QString &why)
 {
+    return removeFolderTree(path, why, {});
+}
+
+bool removeFolderTree(const QString &path, QString &why, const std::function<bool()> &goOn)
+{
     QByteArray name = QFile::encodeName(path);
     while (name.size() > 1 && name.endsWith('/')) // "link/" would mean what the link points at
         name.chop(1);
     errno = EINVAL;
-    if (name != "/" && removeAll(name))
+    if (name != "/" && removeAll(name, goOn))
         return true;
-    why = QString::fromLocal8Bit(std::system_category().message(errno).c_str());
+    if (errno != 0)
+        why = QString::fromLocal8Bit(std::system_category().message(errno).c_str());
     return false;
 }
 

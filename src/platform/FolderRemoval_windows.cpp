@@ -40,7 +40,8 @@ struct Level {
 };
 
 /// Deletes the files and links of a folder and appends its folders to the work list.
-bool deleteFiles(const std::wstring &folder, std::vector<Level> &work)
+bool deleteFiles(const std::wstring &folder, std::vector<Level> &work,
+                 const std::function<bool()> &goOn)
 {
     WIN32_FIND_DATAW entry = {};
     const HANDLE search = FindFirstFileW((folder + L"\\*").c_str(), &entry);
@@ -51,6 +52,11 @@ bool deleteFiles(const std::wstring &folder, std::vector<Level> &work)
         const std::wstring name = entry.cFileName;
         if (name == L"." || name == L"..")
             continue;
+        if (goOn && !goOn()) {
+            FindClose(search);
+            SetLastError(ERROR_CANCELLED);
+            return false;
+        }
         const std::wstring path = folder + L"\\" + name;
         if (isFolder(entry.dwFileAttributes) && !isLink(entry.dwFileAttributes))
             work.push_back({path, entry.dwFileAttributes, false});
@@ -63,7 +69,7 @@ bool deleteFiles(const std::wstring &folder, std::vector<Level> &work)
     return ok && error == ERROR_NO_MORE_FILES;
 }
 
-bool removeAll(const std::wstring &path)
+bool removeAll(const std::wstring &path, const std::function<bool()> &goOn)
 {
     const DWORD attributes = GetFileAttributesW(path.c_str());
     if (attributes == INVALID_FILE_ATTRIBUTES)
@@ -80,7 +86,7 @@ bool removeAll(const std::wstring &path)
             continue;
         }
         work.back().listed = true;
-        if (!deleteFiles(level.path, work))
+        if (!deleteFiles(level.path, work, goOn))
             return false;
     }
     return true;
@@ -89,11 +95,17 @@ bool removeAll(const std::wstring &path)
 
 bool removeFolderTree(const QString &path, QString &why)
 {
+    return removeFolderTree(path, why, {});
+}
+
+bool removeFolderTree(const QString &path, QString &why, const std::function<bool()> &goOn)
+{
     SetLastError(ERROR_INVALID_PARAMETER);
-    if (!path.isEmpty() && !QDir(path).isRoot() && removeAll(longPath(path)))
+    if (!path.isEmpty() && !QDir(path).isRoot() && removeAll(longPath(path), goOn))
         return true;
     const auto error = static_cast<int>(GetLastError());
-    why = QString::fromLocal8Bit(std::system_category().message(error).c_str());
+    if (error != ERROR_CANCELLED)
+        why = QString::fromLocal8Bit(std::system_category().message(error).c_str());
     return false;
 }
 

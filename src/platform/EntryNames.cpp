@@ -1,0 +1,28 @@
+#include "platform/EntryNames.h"
+
+#include "platform/EntryCopy.h"
+#include "platform/FilesystemPath.h"
+
+namespace venlo
+{
+
+bool makeFolder(const QString &path, QString &why)
+{
+    std::error_code error;
+    if (std::filesystem::create_directory(filesystemPath(path), error))
+        return true;
+    // A folder that is there already is no error of the call, but none was made.
+    why = systemWords(error ? error : std::make_error_code(std::errc::file_exists));
+    return false;
+}
+
+bool giveName(const QString &from, const QString &to, QString &why)
+{
+    std::error_code error;
+    if (renameEntry(filesystemPath(from), filesystemPath(to), false, error))
+        return true;
+    why = systemWords(error);
+    return false;
+}
+
+} // namespace venlo

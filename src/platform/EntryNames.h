@@ -1,0 +1,14 @@
+#pragma once
+
+#include <QString>
+
+namespace venlo
+{
+
+/// Makes one folder; why gets the system's words when it refuses, also when the name is taken.
+[[nodiscard]] bool makeFolder(const QString &path, QString &why);
+
+/// Gives a file or folder another name in its file system. Never replaces anything.
+[[nodiscard]] bool giveName(const QString &from, const QString &to, QString &why);
+
+} // namespace venlo
