@@ -128,10 +128,10 @@ bool SyncWorld::warned(const QString &part) const
     return !person.warnings().filter(part).isEmpty();
 }
 
-BatchRunner SyncWorld::batch(WindowHost *window)
+BatchRunner SyncWorld::batch(PatternHost &patterns, WindowHost *window)
 {
     return BatchRunner(
-        {person, flags, database, session, cache, operations, runner, patternHost, window});
+        {person, flags, database, session, cache, operations, runner, patterns, window});
 }
 
 } // namespace venlo::test

@@ -49,7 +49,9 @@ public:
     [[nodiscard]] QByteArray errorLogText() const;
     [[nodiscard]] bool warned(const QString &part) const;
 
-    [[nodiscard]] BatchRunner batch(WindowHost *window = nullptr);
+    /// patterns: instead of the plain pattern host.
+    [[nodiscard]] BatchRunner batch(PatternHost &patterns, WindowHost *window = nullptr);
+    [[nodiscard]] BatchRunner batch() { return batch(patternHost); }
 
 private:
     QTemporaryDir m_data;

@@ -1,6 +1,7 @@
 #include "sync/BatchRunner.h"
 
 #include "support/ScriptedServer.h"
+#include "sync/PatternHosts.h"
 #include "sync/SyncWorld.h"
 #include "sync/WindowHost.h"
 
@@ -25,6 +26,7 @@ public:
         site = connectedSite;
     }
     int shown = 0;
+    QString site;
 };
 } // namespace
 
@@ -67,13 +69,21 @@ private:
     [[nodiscard]] QString resultText(bool upwards, const char *end) const;
 
     std::unique_ptr<ScriptedServer> m_server;
+    [[nodiscard]] BatchRunner batch(WindowHost *window = nullptr)
+    {
+        return m_world->batch(m_hosts->host(), window);
+    }
+
     std::unique_ptr<SyncWorld> m_world;
+    std::unique_ptr<PatternHosts> m_hosts;
 };
 
 void tst_BatchRunner::init()
 {
     m_server = std::make_unique<ScriptedServer>();
     m_world = std::make_unique<SyncWorld>();
+    m_hosts = PatternHosts::make(*m_world);
+    m_world->person.clear();
     m_server->makeFolder("/pub");
 }
 
@@ -81,6 +91,7 @@ void tst_BatchRunner::cleanup()
 {
     QCOMPARE(m_world->person.openWaits(), 0);
     QVERIFY2(!m_world->flags.unattendedTransfer, "whoever starts it clears the flag");
+    m_hosts.reset();
     m_world.reset();
     m_server.reset();
 }
@@ -110,14 +121,14 @@ void tst_BatchRunner::upThenNothingToDo()
     m_server->put("/pub/gone.txt", "gone");
     m_server->put("/pub/gone/x", "gone");
     start();
-    QCOMPARE(m_world->batch().RunSyncPattern(pattern, true), 0);
+    QCOMPARE(batch().RunSyncPattern(pattern, true), 0);
     QCOMPARE(difference(snapshot(m_world->local()), snapshot(m_server->tree(), "/pub")),
              QStringList());
     QCOMPARE(m_world->person.results(), QStringList{resultText(true, " の同期は実行されました")});
     QCOMPARE(m_world->person.outcomes(Outcome::Kind::Uploaded).size(), size_t(2));
     m_world->person.clear();
     m_world->session.CloseInternet();
-    QCOMPARE(m_world->batch().RunSyncPattern(pattern, true), 0);
+    QCOMPARE(batch().RunSyncPattern(pattern, true), 0);
     QCOMPARE(m_world->person.results(),
              QStringList{resultText(true, " の同期は実行されませんでした")});
     QVERIFY(m_world->person.outcomes().empty());
@@ -130,13 +141,13 @@ void tst_BatchRunner::down()
     m_server->put("/pub/new/deep/b.txt", "hello b", noon);
     m_server->makeFolder("/pub/empty");
     start();
-    QCOMPARE(m_world->batch().RunSyncPattern(pattern, false), 0);
+    QCOMPARE(batch().RunSyncPattern(pattern, false), 0);
     QCOMPARE(
         difference(snapshot(m_server->tree(), "/pub"), snapshot(m_world->local()), Times::Minutes),
         QStringList());
     QCOMPARE(m_world->person.results(), QStringList{resultText(false, " の同期は実行されました")});
     m_world->session.CloseInternet();
-    QCOMPARE(m_world->batch().RunSyncPattern(pattern, false), 0);
+    QCOMPARE(batch().RunSyncPattern(pattern, false), 0);
     QCOMPARE(m_world->person.results().last(), resultText(false, " の同期は実行されませんでした"));
 }
 
@@ -146,7 +157,7 @@ void tst_BatchRunner::withoutTheBatchFlagNothingRunsUnseen()
     start();
     m_world->flags.batch = false;
     m_world->person.allowQuestions();
-    QCOMPARE(m_world->batch().RunSyncPattern(pattern, true), 1);
+    QCOMPARE(batch().RunSyncPattern(pattern, true), 1);
     QVERIFY(!m_server->exists("/pub/a.txt"));
     QCOMPARE(m_world->person.results(),
              QStringList{resultText(true, " の同期は実行できませんでした")});
@@ -156,8 +167,8 @@ void tst_BatchRunner::withoutTheBatchFlagNothingRunsUnseen()
 void tst_BatchRunner::unknownPattern()
 {
     start();
-    QCOMPARE(m_world->batch().RunSyncPattern(QStringLiteral("none"), true), 2);
-    QCOMPARE(m_world->batch().RunSyncPattern(QStringLiteral("it's"), true), 2);
+    QCOMPARE(batch().RunSyncPattern(QStringLiteral("none"), true), 2);
+    QCOMPARE(batch().RunSyncPattern(QStringLiteral("it's"), true), 2);
     QVERIFY(m_world->person.messages().contains(QStringLiteral("同期ﾊﾟﾀｰﾝの登録を確認して下さい")));
     QCOMPARE(m_server->connections(), 0);
 }
@@ -169,7 +180,7 @@ void tst_BatchRunner::anEmptyPatternNameDoesNothing()
     QVERIFY(m_world->patternHost.SyncPtn(QString()).state == ShownPattern::State::Unknown);
     QVERIFY(m_world->person.messages().isEmpty());
     QCOMPARE(m_server->connections(), 0);
-    QCOMPARE(m_world->batch().RunSyncPattern(QString(), true), 2);
+    QCOMPARE(batch().RunSyncPattern(QString(), true), 2);
 }
 
 void tst_BatchRunner::patternWithoutFolders_data()
@@ -185,7 +196,7 @@ void tst_BatchRunner::patternWithoutFolders()
     write({{"a.txt", "hello a"}});
     start();
     m_world->database.run(QStringLiteral("Update msSync Set ?=''"), {column});
-    QCOMPARE(m_world->batch().RunSyncPattern(pattern, true), 1);
+    QCOMPARE(batch().RunSyncPattern(pattern, true), 1);
     QVERIFY(
         m_world->person.results().last().endsWith(QStringLiteral(" の同期は実行されませんでした")));
     QCOMPARE(m_server->count("MLSD"), 0);
@@ -195,7 +206,7 @@ void tst_BatchRunner::unknownSite()
 {
     start();
     m_world->database.run(QStringLiteral("Update msSync Set sName='other'"));
-    QCOMPARE(m_world->batch().RunSyncPattern(pattern, true), 2);
+    QCOMPARE(batch().RunSyncPattern(pattern, true), 2);
     QCOMPARE(m_server->connections(), 0);
 }
 
@@ -204,7 +215,7 @@ void tst_BatchRunner::wrongPassword()
     write({{"a.txt", "hello a"}});
     start();
     m_world->database.run(QStringLiteral("Update msSite Set sPwd='wrong'"));
-    QCOMPARE(m_world->batch().RunSyncPattern(pattern, true), 1);
+    QCOMPARE(batch().RunSyncPattern(pattern, true), 1);
     QCOMPARE(m_world->person.results(),
              QStringList{resultText(true, " の同期は実行できませんでした")});
     QVERIFY(m_world->errorLogText().contains("InternetConnect"));
@@ -215,7 +226,7 @@ void tst_BatchRunner::rowsGivenUpAreStatusOne()
     write({{"a.txt", "hello a"}, {"b.txt", "hello b"}});
     start();
     m_server->on("STOR", "a.txt").reply(550, "no");
-    QCOMPARE(m_world->batch().RunSyncPattern(pattern, true), 1);
+    QCOMPARE(batch().RunSyncPattern(pattern, true), 1);
     QVERIFY(m_server->exists("/pub/b.txt"));
     QVERIFY(m_world->errorLogText().contains("FtpPutFile Err:"));
     QCOMPARE(m_world->person.results(), QStringList{resultText(true, " の同期は実行されました")});
@@ -228,7 +239,7 @@ void tst_BatchRunner::refusedFolderIsStatusOne()
     m_server->put("/pub/ok", "ok ok");
     start();
     m_server->on("CWD", "/pub/shut").reply(550, "no");
-    QCOMPARE(m_world->batch().RunSyncPattern(pattern, false), 1);
+    QCOMPARE(batch().RunSyncPattern(pattern, false), 1);
     QVERIFY(QFile::exists(m_world->local() + QStringLiteral("/shut/mine")));
     QVERIFY(!QFile::exists(m_world->local() + QStringLiteral("/free")));
     QVERIFY(QFile::exists(m_world->local() + QStringLiteral("/ok")));
@@ -238,12 +249,12 @@ void tst_BatchRunner::dotNamesOfADownloadAreStatusZero()
 {
     write({{".htaccess", "mine"}, {"old/.keep", "mine"}, {"old/f", "mine"}});
     start();
-    QCOMPARE(m_world->batch().RunSyncPattern(pattern, false), 1);
+    QCOMPARE(batch().RunSyncPattern(pattern, false), 1);
     QVERIFY(QFile::exists(m_world->local() + QStringLiteral("/.htaccess")));
     QVERIFY(QFile::exists(m_world->local() + QStringLiteral("/old/f")));
     QVERIFY(m_world->warned(QStringLiteral(".keep")));
     QVERIFY(QFile::remove(m_world->local() + QStringLiteral("/old/.keep")));
-    QCOMPARE(m_world->batch().RunSyncPattern(pattern, false), 0);
+    QCOMPARE(batch().RunSyncPattern(pattern, false), 0);
     QVERIFY(QFile::exists(m_world->local() + QStringLiteral("/.htaccess")));
     QVERIFY(!QFile::exists(m_world->local() + QStringLiteral("/old")));
 }
@@ -254,7 +265,7 @@ void tst_BatchRunner::theServersRootSaysSo()
     m_server->put("/pub/theirs.txt", "theirs");
     start();
     m_world->registerPattern(QStringLiteral("root"), QStringLiteral("/"));
-    QCOMPARE(m_world->batch().RunSyncPattern(QStringLiteral("root"), true), 1);
+    QCOMPARE(batch().RunSyncPattern(QStringLiteral("root"), true), 1);
     QVERIFY(m_server->exists("/top.txt"));
     QVERIFY(m_server->exists("/whole/x"));
     QVERIFY(m_server->exists("/pub/theirs.txt"));
@@ -268,10 +279,10 @@ void tst_BatchRunner::theNamedRowsOptionsCount()
     m_server->put("/pub/same.txt", QByteArray(100, 'r'), noon);
     start();
     m_world->registerPattern(QStringLiteral("all"), pub, true, false);
-    QCOMPARE(m_world->batch().RunSyncPattern(pattern, true), 0);
+    QCOMPARE(batch().RunSyncPattern(pattern, true), 0);
     QCOMPARE(m_server->file("/pub/same.txt"), QByteArray(100, 'r'));
     m_world->session.CloseInternet();
-    QCOMPARE(m_world->batch().RunSyncPattern(QStringLiteral("all"), true), 0);
+    QCOMPARE(batch().RunSyncPattern(QStringLiteral("all"), true), 0);
     QCOMPARE(m_server->file("/pub/same.txt"), QByteArray(100, 'l'));
 }
 
@@ -293,7 +304,7 @@ void tst_BatchRunner::cacheIsRefreshedOnlyUpwards()
     m_server->put("/pub/same.txt", QByteArray(100, 'l'), noon);
     start();
     m_world->database.run(QStringLiteral("Update msSite Set bSvDb=?"), {kept});
-    QCOMPARE(m_world->batch().RunSyncPattern(pattern, upwards), 0);
+    QCOMPARE(batch().RunSyncPattern(pattern, upwards), 0);
     QTEST(m_server->count("MLSD"), "listings");
 }
 
@@ -301,9 +312,8 @@ void tst_BatchRunner::put()
 {
     write({{"a.txt", "hello a"}, {"日本 語.txt", "hello b"}, {"c.txt", "hello c"}});
     start();
-    QCOMPARE(m_world->batch().RunTransfer(m_world->local() + QLatin1Char('/'),
-                                          QStringLiteral("site"), pub,
-                                          QStringLiteral("a.txt,日本 語.txt"), true),
+    QCOMPARE(batch().RunTransfer(m_world->local() + QLatin1Char('/'), QStringLiteral("site"), pub,
+                                 QStringLiteral("a.txt,日本 語.txt"), true),
              0);
     QCOMPARE(m_server->file("/pub/a.txt"), QByteArray("hello a"));
     QCOMPARE(m_server->file("/pub/日本 語.txt"), QByteArray("hello b"));
@@ -315,8 +325,8 @@ void tst_BatchRunner::putOfAMissingFile()
 {
     write({{"a.txt", "hello a"}});
     start();
-    QCOMPARE(m_world->batch().RunTransfer(m_world->local(), QStringLiteral("site"), pub,
-                                          QStringLiteral("a.txt,none.txt"), true),
+    QCOMPARE(batch().RunTransfer(m_world->local(), QStringLiteral("site"), pub,
+                                 QStringLiteral("a.txt,none.txt"), true),
              1);
     QVERIFY(!m_server->exists("/pub/a.txt"));
     QCOMPARE(m_world->person.warnings(),
@@ -328,8 +338,8 @@ void tst_BatchRunner::putOfAnOlderFile()
     write({{"a.txt", "hello a", noon}});
     m_server->put("/pub/a.txt", "newer", noon.addDays(1));
     start();
-    QCOMPARE(m_world->batch().RunTransfer(m_world->local(), QStringLiteral("site"), pub,
-                                          QStringLiteral("a.txt"), true),
+    QCOMPARE(batch().RunTransfer(m_world->local(), QStringLiteral("site"), pub,
+                                 QStringLiteral("a.txt"), true),
              0);
     QCOMPARE(m_server->file("/pub/a.txt"), QByteArray("newer"));
     QCOMPARE(m_world->person.outcomes(Outcome::Kind::Skipped).size(), size_t(1));
@@ -340,9 +350,9 @@ void tst_BatchRunner::get()
     m_server->put("/pub/a.txt", "hello a");
     m_server->put("/pub/b c.txt", "hello b");
     start();
-    QCOMPARE(m_world->batch().RunTransfer(m_world->local() + QStringLiteral("/new/er"),
-                                          QStringLiteral("site"), pub,
-                                          QStringLiteral("a.txt,b c.txt"), false),
+    QCOMPARE(batch().RunTransfer(m_world->local() + QStringLiteral("/new/er"),
+                                 QStringLiteral("site"), pub, QStringLiteral("a.txt,b c.txt"),
+                                 false),
              0);
     QVERIFY(QFile::exists(m_world->local() + QStringLiteral("/new/er/b c.txt")));
     QCOMPARE(m_world->person.outcomes(Outcome::Kind::Downloaded).size(), size_t(2));
@@ -352,8 +362,8 @@ void tst_BatchRunner::getOfAMissingFile()
 {
     m_server->put("/pub/a.txt", "hello a");
     start();
-    QCOMPARE(m_world->batch().RunTransfer(m_world->local(), QStringLiteral("site"), pub,
-                                          QStringLiteral("none.txt,a.txt"), false),
+    QCOMPARE(batch().RunTransfer(m_world->local(), QStringLiteral("site"), pub,
+                                 QStringLiteral("none.txt,a.txt"), false),
              1);
     QVERIFY(QFile::exists(m_world->local() + QStringLiteral("/a.txt")));
     QVERIFY(!QFile::exists(m_world->local() + QStringLiteral("/none.txt")));
@@ -363,8 +373,8 @@ void tst_BatchRunner::getOfAMissingFile()
 void tst_BatchRunner::transferToAnUnknownSite()
 {
     start();
-    QCOMPARE(m_world->batch().RunTransfer(m_world->local(), QStringLiteral("none"), pub,
-                                          QStringLiteral("a.txt"), true),
+    QCOMPARE(batch().RunTransfer(m_world->local(), QStringLiteral("none"), pub,
+                                 QStringLiteral("a.txt"), true),
              2);
     QVERIFY(m_world->warned(QStringLiteral("noneからは接続先の登録情報が取得できません")));
     QCOMPARE(m_server->connections(), 0);
@@ -373,8 +383,7 @@ void tst_BatchRunner::transferToAnUnknownSite()
 void tst_BatchRunner::transferWithoutASite()
 {
     start();
-    QCOMPARE(m_world->batch().RunTransfer(m_world->local(), QString(), pub, QStringLiteral("a.txt"),
-                                          false),
+    QCOMPARE(batch().RunTransfer(m_world->local(), QString(), pub, QStringLiteral("a.txt"), false),
              2);
     QVERIFY(m_world->warned(QStringLiteral("接続先の登録名が指定されていません")));
 }
@@ -382,8 +391,8 @@ void tst_BatchRunner::transferWithoutASite()
 void tst_BatchRunner::openNeedsAWindow()
 {
     start();
-    QCOMPARE(m_world->batch().OpenSite(QStringLiteral("site")), 2);
-    QCOMPARE(m_world->batch().OpenPattern(pattern), 2);
+    QCOMPARE(batch().OpenSite(QStringLiteral("site")), 2);
+    QCOMPARE(batch().OpenPattern(pattern), 2);
     QCOMPARE(m_world->person.warnings().size(), 2);
     QCOMPARE(m_server->connections(), 0);
 }
@@ -392,17 +401,19 @@ void tst_BatchRunner::openShowsTheWindow()
 {
     start();
     CountingWindow window;
-    BatchRunner batch = m_world->batch(&window);
-    QCOMPARE(batch.OpenSite(QStringLiteral("none")), 2);
+    BatchRunner runner = batch(&window);
+    QCOMPARE(runner.OpenSite(QStringLiteral("none")), 2);
     QCOMPARE(window.shown, 0);
-    QCOMPARE(batch.OpenSite(QStringLiteral("site")), 0);
+    QCOMPARE(runner.OpenSite(QStringLiteral("site")), 0);
     QCOMPARE(window.shown, 1);
+    QCOMPARE(window.site, QStringLiteral("site"));
     QVERIFY(m_world->session.connected());
     m_world->session.CloseInternet();
-    QCOMPARE(batch.OpenPattern(pattern), 0);
+    QCOMPARE(runner.OpenPattern(pattern), 0);
     QCOMPARE(window.shown, 2);
+    QCOMPARE(window.site, QString());
     QVERIFY(m_world->session.connected());
 }
 
-QTEST_GUILESS_MAIN(tst_BatchRunner)
+QTEST_MAIN(tst_BatchRunner) // with a window where the pattern host is one
 #include "tst_BatchRunner.moc"
