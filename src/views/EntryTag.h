@@ -1,5 +1,7 @@
 #pragma once
 
+#include <Qt>
+
 namespace venlo
 {
 
@@ -10,5 +12,8 @@ enum class EntryTag {
     DM, ///< placeholder child "?" of a folder that was not read yet (nodes only)
     NW  ///< just made in the view, its name is being edited
 };
+
+/// The role under which both models give an entry's tag as a number.
+inline constexpr int entryTagRole = Qt::UserRole;
 
 } // namespace venlo

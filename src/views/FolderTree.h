@@ -84,7 +84,10 @@ private:
     [[nodiscard]] Node *nodeOf(const QModelIndex &index) const;
     [[nodiscard]] QModelIndex indexOf(const Node &node) const;
     [[nodiscard]] std::unique_ptr<Node> makeNode(Node &parent, const Entry &entry);
+    [[nodiscard]] static Entry placeholderEntry();
+    void remember(Node &node);
     void forget(const Node &node);
+    [[nodiscard]] QVariant icon(Node &node) const;
 
     QChar m_separator;
     KeyCounter m_keys;

@@ -3,9 +3,11 @@
 #include <functional>
 #include <memory>
 
+#include <QPersistentModelIndex>
 #include <QPoint>
 #include <QTreeView>
 
+class QDrag;
 class QMimeData;
 
 namespace venlo
@@ -48,6 +50,7 @@ public:
     enum class Kind { Tree, List };
     explicit PaneView(Kind kind, QWidget *parent = nullptr);
     ~PaneView() override;
+    void setModel(QAbstractItemModel *model) override;
 
     void setDragPartner(DragPartner *partner) { m_partner = partner; }
 
@@ -71,25 +74,53 @@ Q_SIGNALS:
     void keyWanted(venlo::PaneKey key);
     /// The click on a list's heading, column counted from 0.
     void headingClicked(int column);
-    /// The current item changed or was clicked again by a person or by setCurrentIndex.
+    /// The current item changed or was clicked again by a person or by setCurrentIndex; not when it
+    /// moves because its entry is removed. The selection is up to date by then.
     void chosen(const QModelIndex &index);
 
 protected:
     void keyPressEvent(QKeyEvent *event) override;
+    void mousePressEvent(QMouseEvent *event) override;
     void mouseDoubleClickEvent(QMouseEvent *event) override;
     void contextMenuEvent(QContextMenuEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
     void startDrag(Qt::DropActions supported) override;
     void dragEnterEvent(QDragEnterEvent *event) override;
     void dragMoveEvent(QDragMoveEvent *event) override;
     void dragLeaveEvent(QDragLeaveEvent *event) override;
     void dropEvent(QDropEvent *event) override;
+    void currentChanged(const QModelIndex &current, const QModelIndex &previous) override;
+    void rowsAboutToBeRemoved(const QModelIndex &parent, int first, int last) override;
+    void closeEditor(QWidget *editor, QAbstractItemDelegate::EndEditHint hint) override;
+
+    /// Runs a drag to its end. Tests that cannot hold a mouse button put their own in its place.
+    [[nodiscard]] virtual Qt::DropAction runDrag(QDrag &drag, Qt::DropActions actions);
 
 private:
+    class Hold;
+    void setUpTree();
+    void setUpList();
+    void announce();
+    [[nodiscard]] bool commandKey(const QKeyEvent &event);
+    void enterCurrent();
+    void openMenuAtCurrent();
+    void openMenu(const QPoint &at);
+    void answer(QDragMoveEvent &event);
+    [[nodiscard]] QModelIndex entryAt(const QPoint &at) const;
+    [[nodiscard]] bool dragsSomething() const;
+
     Kind m_kind;
     DragPartner *m_partner = nullptr;
     NameEditor *m_editor;
+    QMetaObject::Connection m_removal;
     bool m_dragging = false;
+    bool m_dragOver = false; ///< a drag, ours or another's, hangs above the view
     bool m_menuOpen = false;
+    bool m_removing = false; ///< the model is taking rows out
+    int m_holds = 0;         ///< while above 0, chosen() waits
+    bool m_chosenWaits = false;
+    QPersistentModelIndex m_currentAtPress;
+    QPersistentModelIndex m_doubleClicked;
 };
 
 } // namespace venlo

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <functional>
-#include <optional>
+#include <memory>
 #include <vector>
 
 #include <QAbstractTableModel>
@@ -44,6 +44,7 @@ public:
     using LateSource = std::function<QString(const Row &row)>;
 
     explicit RowList(Layout layout, QObject *parent = nullptr);
+    ~RowList() override;
 
     void clear();
     /// Adds rows in one step, each at its place in the sort order. False when the keys ran out:
@@ -51,8 +52,8 @@ public:
     [[nodiscard]] bool append(std::vector<Row> rows);
     void remove(std::vector<int> rows);
 
-    [[nodiscard]] int count() const { return static_cast<int>(m_rows.size()); }
-    [[nodiscard]] const Row &row(int row) const { return m_rows.at(static_cast<size_t>(row)); }
+    [[nodiscard]] int count() const { return static_cast<int>(m_items.size()); }
+    [[nodiscard]] const Row &row(int row) const;
     /// Text of a cell; reads a late column.
     [[nodiscard]] QString text(int row, int column) const;
     /// Changes a cell; the row keeps its place until the next sort.
@@ -84,12 +85,28 @@ public:
     [[nodiscard]] Qt::ItemFlags flags(const QModelIndex &index) const override;
 
 private:
-    [[nodiscard]] bool before(const Row &left, const Row &right) const;
-    void readLate() const;
+    /// A row with its present place and the order in which it came.
+    struct Item;
+    using Items = std::vector<std::unique_ptr<Item>>;
+
+    [[nodiscard]] Item &at(int row) const { return *m_items[static_cast<size_t>(row)]; }
+    [[nodiscard]] QString textOf(Item &item, int column) const;
+    [[nodiscard]] QVariant icon(Item &item) const;
+    [[nodiscard]] bool before(Item &left, Item &right) const;
+    void renumber(size_t from = 0);
+    [[nodiscard]] Items makeItems(std::vector<Row> rows);
+    void insertAtEnd(Items items);
+    void insertRuns(Items items, const std::vector<size_t> &places);
+    void insertAndMerge(Items items);
+    void removeRange(int first, int last);
+    void reorder(const std::function<void(Items &)> &arrange);
 
     Layout m_layout;
     KeyCounter m_keys;
-    mutable std::vector<Row> m_rows;
+    Items m_items;
+    int m_arrived = 0;
+    QHash<QString, Item *> m_byKey;
+    QMultiHash<QString, Item *> m_byName;
     IconSource m_iconSource;
     LateSource m_lateSource;
     int m_sortColumn = -1;
