@@ -22,7 +22,6 @@ private Q_SLOTS:
     void helpPages_data();
     void helpPages();
     void installedManual();
-    void addressOfTheBuild();
     void helpEndsQuietly_data();
     void helpEndsQuietly();
     void htmlFile();
@@ -105,11 +104,6 @@ void tst_ShellHelpers::installedManual()
     helpers().W_Help(QStringLiteral("Main"));
     const QString page = path(QStringLiteral("program/apData/help/main.htm"));
     QCOMPARE(m_desktop->lastCall(QStringLiteral("xdg-open")), QStringList{page});
-}
-
-void tst_ShellHelpers::addressOfTheBuild()
-{
-    QCOMPARE(ShellHelpers::builtHelpAddress(), QStringLiteral(VENLO_HELP_ADDRESS));
 }
 
 void tst_ShellHelpers::helpEndsQuietly_data()

@@ -38,11 +38,6 @@ ShellHelpers::ShellHelpers(ProgramPlaces places, QString userDataFolder, QString
 {
 }
 
-QString ShellHelpers::builtHelpAddress()
-{
-    return QStringLiteral(VENLO_HELP_ADDRESS);
-}
-
 QString ShellHelpers::helpBase() const
 {
     if (m_helpAddress.isEmpty())

@@ -19,9 +19,6 @@ public:
     ShellHelpers(ProgramPlaces places, QString userDataFolder, QString helpAddress,
                  FrontEnd &frontEnd);
 
-    /// The base address that this build was configured with (VENLO_HELP_ADDRESS), mostly empty.
-    [[nodiscard]] static QString builtHelpAddress();
-
     /// Opens a help page; without "." in the name it is an ".htm" page. The page is opened through
     /// a shortcut file in the user data folder, as an HTML file is.
     void W_Help(const QString &page);
