@@ -1,9 +1,9 @@
 #pragma once
 
 #include <map>
-#include <memory>
 
 #include <QString>
+#include <QStringList>
 #include <QWidget>
 
 class QAction;
@@ -26,7 +26,8 @@ public:
     explicit pfFtp(Database &database, QWidget *parent = nullptr);
     ~pfFtp() override;
 
-    /// Rebuilds the submenu of the registered patterns from the database.
+    /// Rebuilds the submenu of the registered patterns from the database; keeps the old one when
+    /// the database cannot be read.
     void SetSyncMn();
     /// Enables or disables the entry of "TREE" with the index 6.
     void bCanPast(bool enabled);
@@ -39,6 +40,8 @@ public:
     void setPickIndex(int index) { m_pickIndex = index; }
     /// "Fold", "Ftp", "Else", or the pattern's name.
     [[nodiscard]] QString pickGroup() const { return m_pickGroup; }
+    /// True when the last pick was a pattern, whatever its name.
+    [[nodiscard]] bool pickedPattern() const { return m_pickedPattern; }
 
     /// Pops a menu up at a global position and waits until it is gone.
     void popUp(Menu menu, const QPoint &at);
@@ -48,13 +51,16 @@ public:
     [[nodiscard]] QMenu *mnSync() const { return m_sync; }
 
 private:
-    void pick(const QString &group, int index);
+    void pick(const QString &group, int index, bool pattern);
+    void addSyncMenu();
+    void showPatterns(const QStringList &names);
 
     Database &m_database;
     std::map<Menu, QMenu *> m_menus;
     QMenu *m_sync = nullptr;
     int m_pickIndex = -1;
     QString m_pickGroup;
+    bool m_pickedPattern = false;
 };
 
 } // namespace venlo

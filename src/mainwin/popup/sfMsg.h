@@ -12,8 +12,9 @@ namespace venlo
 {
 
 /// The message window of a remote operation: what is being moved, how far it has come, Cancel, and
-/// below them the status lines. Modeless; lives between cOn and cOff. Closing it by hand only hides
-/// it, the operation goes on.
+/// below them the status lines. Modeless, and takes no focus when it comes up; lives between cOn
+/// and cOff. Closing it by hand only hides it, the operation goes on. Draws its progress ten times
+/// a second at most, however often it is told.
 class sfMsg : public QDialog, public StatusTarget, public OperationView
 {
     Q_OBJECT
@@ -39,8 +40,15 @@ public:
 
     void reject() override;
 
+protected:
+    void closeEvent(QCloseEvent *event) override;
+
 private:
     struct Parts;
+    void build();
+    void cancel();
+    void draw();
+
     WindowDesk &m_desk;
     std::unique_ptr<Parts> m_parts;
     QListWidget *m_list; ///< ltMsg
