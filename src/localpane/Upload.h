@@ -5,6 +5,8 @@
 #include <QString>
 #include <QStringList>
 
+#include "shared/NameList.h"
+
 namespace venlo
 {
 
@@ -22,7 +24,28 @@ public:
     /// remoteDir: normal form. False when the session was lost or the person cancelled.
     [[nodiscard]] bool run(const QStringList &localPaths, const QString &remoteDir);
 
+    /// What one folder holds of an upload.
+    struct Group {
+        QString folder;
+        QStringList folders;     ///< names
+        QList<UploadLine> files; ///< with texts as the person saw them
+    };
+    /// One folder's part: its folders, the message text, its files.
+    [[nodiscard]] bool run(const Group &group, const QString &remoteDir);
+    /// A whole folder tree; no message text.
+    [[nodiscard]] bool runFolder(const QString &folder, const QString &remoteDir);
+
+    /// An entry's line as it is on the disk now.
+    [[nodiscard]] static UploadLine lineFor(const QString &path);
+
 private:
+    [[nodiscard]] bool runGroup(const Group &group, const QString &remoteDir);
+    [[nodiscard]] QList<Group> groupsOf(const QStringList &localPaths);
+    /// False, after a status line, for what must not be uploaded.
+    [[nodiscard]] bool mayGo(const QString &path);
+    [[nodiscard]] static QString textFor(const QString &folder, const QString &remoteDir);
+    [[nodiscard]] static qint64 bytesOf(const Group &group);
+
     RemoteOperations &m_operations;
     sfMsg &m_window;
     std::function<void(const QString &)> m_say;

@@ -39,7 +39,8 @@ public:
     explicit uFile(Rooms rooms, QWidget *parent = nullptr);
     ~uFile() override;
 
-    /// Opens the pane on a folder: shows its root in the tree and walks to it.
+    /// Opens the pane on a folder, which becomes the root of the tree. Behind a CR may follow a
+    /// folder below it that is to be shown instead of the root itself.
     void cOn(const QString &folder);
     /// Restores a saved layout: walks to the folder (left out when it does not lie below the root),
     /// sets the column widths ("w0,w1,…") and the height of the tree.
@@ -52,6 +53,8 @@ public:
     void ReFresh();
     /// Shows the folder of a pattern. False, after a message, when it does not exist.
     bool SetSync(const QString &folder);
+    /// The folder that SetSync was last given.
+    [[nodiscard]] QString syncMark() const;
     /// Key of the path's icon, "ICON:" and the icon's number.
     [[nodiscard]] QString trIcnToPic(const QString &path);
     /// The history of shown roots as one text, each with "," in front.

@@ -1,0 +1,180 @@
+#include "localpane/FolderReader.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <system_error>
+
+#include <QDir>
+#include <QDirIterator>
+#include <QFileInfo>
+
+#include "ftp/LocalPath.h"
+#include "localpane/FolderPaths.h"
+#include "platform/FileLook.h"
+#include "shared/FrontEnd.h"
+
+namespace venlo
+{
+
+namespace
+{
+namespace fs = std::filesystem;
+
+Error unreadable(const QString &path, const std::error_code &error)
+{
+    return {ErrorClass::Local,
+            path + QStringLiteral(" : ") + QString::fromLocal8Bit(error.message().c_str()), 0};
+}
+
+/// Visits every entry; visit returns false to end early.
+template <typename Visit>
+std::error_code visitEntries(const QString &path, Visit visit)
+{
+    std::error_code error;
+    fs::directory_iterator item(QDir(path).filesystemPath(), error);
+    const fs::directory_iterator end;
+    while (!error && item != end) {
+        if (!visit(*item))
+            break;
+        item.increment(error);
+    }
+    return error;
+}
+
+QString nameOf(const fs::directory_entry &item)
+{
+    return QFileInfo(item.path()).fileName();
+}
+
+bool isFolder(const fs::directory_entry &item)
+{
+    std::error_code error;
+    return item.is_directory(error) && !error;
+}
+
+DiskEntry describe(const fs::directory_entry &item)
+{
+    const QFileInfo info(item.path());
+    DiskEntry entry;
+    entry.name = info.fileName();
+    entry.folder = isFolder(item);
+    entry.viewOnly = isOddName(entry.name);
+    if (entry.name.contains(QChar(QChar::ReplacementCharacter))) {
+        // Only the raw path finds it.
+        std::error_code error;
+        const auto size = entry.folder ? 0 : item.file_size(error);
+        entry.size = error ? 0 : static_cast<qint64>(size);
+        return entry;
+    }
+    entry.link = info.isSymbolicLink() || info.isJunction();
+    entry.hidden = info.isHidden();
+    entry.size = entry.folder || !info.isFile() ? 0 : info.size();
+    entry.modified = info.lastModified();
+    entry.created = info.birthTime();
+    if (!entry.created.isValid())
+        entry.created = entry.modified;
+    entry.letters = attributeLetters(info);
+    return entry;
+}
+
+bool hasSubFolders(const fs::path &folder)
+{
+    std::error_code error;
+    fs::directory_iterator item(folder, error);
+    for (const fs::directory_iterator end; !error && item != end; item.increment(error)) {
+        if (isFolder(*item) && !isOddName(nameOf(*item)))
+            return true;
+    }
+    return false;
+}
+} // namespace
+
+bool isOddName(const QString &name)
+{
+    const bool separates = std::any_of(name.begin(), name.end(), [](QChar c) {
+        return c == QLatin1Char('\r') || c == QLatin1Char('\n') || c == QLatin1Char('\t');
+    });
+    return separates || name.contains(QChar(QChar::ReplacementCharacter)) || !name.isValidUtf16();
+}
+
+QString extensionOf(const QString &name)
+{
+    const qsizetype dot = name.lastIndexOf(QLatin1Char('.'));
+    return dot < 0 ? QString() : name.mid(dot + 1);
+}
+
+bool passesFilter(const QString &name, const QString &filter)
+{
+    return filter.isEmpty() || filter == QLatin1String("*.*") ||
+           filter.contains(extensionOf(name), Qt::CaseInsensitive);
+}
+
+Result<std::vector<DiskEntry>> readFolder(const QString &path)
+{
+    std::vector<DiskEntry> entries;
+    const std::error_code error = visitEntries(path, [&](const fs::directory_entry &item) {
+        entries.push_back(describe(item));
+        return true;
+    });
+    if (error)
+        return unreadable(path, error);
+    return entries;
+}
+
+Result<std::vector<SubFolder>> readSubFolders(const QString &path)
+{
+    std::vector<SubFolder> folders;
+    const std::error_code error = visitEntries(path, [&](const fs::directory_entry &item) {
+        if (!isFolder(item))
+            return true;
+        const QFileInfo info(item.path());
+        if (!isOddName(info.fileName()))
+            folders.push_back({info.fileName(), info.isHidden(), hasSubFolders(item.path())});
+        return true;
+    });
+    if (error)
+        return unreadable(path, error);
+    std::sort(folders.begin(), folders.end(), [](const SubFolder &left, const SubFolder &right) {
+        const int order = left.name.compare(right.name, Qt::CaseInsensitive);
+        return order < 0 || (order == 0 && left.name < right.name);
+    });
+    return folders;
+}
+
+std::optional<QStringList> fileNames(FrontEnd &frontEnd, const QString &folder,
+                                     const QString &filter)
+{
+    if (!folderExists(folder)) {
+        frontEnd.message(folder + QStringLiteral("  が存在しません"));
+        return std::nullopt;
+    }
+    QStringList names;
+    const std::error_code error = visitEntries(folder, [&](const fs::directory_entry &item) {
+        const QString name = nameOf(item);
+        if (!isFolder(item) && !isOddName(name) && passesFilter(name, filter))
+            names.append(name);
+        return true;
+    });
+    if (error) {
+        frontEnd.message(unreadable(folder, error).words);
+        return std::nullopt;
+    }
+    return names;
+}
+
+qint64 bytesBelow(const QString &folder)
+{
+    constexpr int most = 20'000; // entries that are looked through without a wait one notices
+    qint64 bytes = 0;
+    int seen = 0;
+    QDirIterator item(folder, QDir::Files | QDir::NoDotAndDotDot, QDirIterator::Subdirectories);
+    while (item.hasNext()) {
+        item.next();
+        if (++seen > most)
+            return -1;
+        bytes += item.fileInfo().size();
+    }
+    return bytes;
+}
+
+} // namespace venlo

@@ -1,0 +1,88 @@
+// How the local pane keeps itself current with the disk.
+#include <utility>
+
+#include <QScopedValueRollback>
+
+#include "localpane/FolderPaths.h"
+#include "localpane/uFileParts.h"
+#include "shared/OperationGate.h"
+#include "shared/WindowDesk.h"
+
+namespace venlo
+{
+
+bool uFile::Parts::busy() const
+{
+    return busyCount > 0 || rooms.gate.busy() || treeView->inHand() || listView->inHand();
+}
+
+void uFile::Parts::tick()
+{
+    if (busyCount > 0 || looking)
+        return;
+    // What a drag hovers over opens while the drag is on.
+    expandHovered();
+    if (busy() || listFill->filling())
+        return;
+    settled = true;
+    const QScopedValueRollback<bool> scope(looking, true);
+    look();
+}
+
+void uFile::Parts::expandHovered()
+{
+    const QModelIndex node = nodes->node(std::exchange(expandKey, QString()));
+    if (node.isValid() && !treeView->isExpanded(node))
+        treeView->expand(node);
+}
+
+void uFile::Parts::look()
+{
+    const QString root = treeFill->root();
+    if (!root.isEmpty()) {
+        if (!folderExists(root)) {
+            vanished(root);
+            return;
+        }
+        if (treeFill->changed())
+            treeFill->refill();
+    }
+    const QString folder = listFill->folder();
+    if (folder.isEmpty())
+        return;
+    if (!folderExists(folder))
+        vanished(folder);
+    else if (listFill->changed())
+        listFill->FillList(folder);
+}
+
+void uFile::Parts::vanished(const QString &folder)
+{
+    const QScopedValueRollback<bool> scope(looking, true);
+    const QString root = treeFill->root();
+    const QString nearest = nearestExisting(folder);
+    rooms.desk.message(folder + QStringLiteral(" が存在しません"));
+    bool inside = false;
+    static_cast<void>(namesBelow(root, nearest, inside));
+    if (!inside || !treeFill->GoToPath(nearest)) {
+        ShowRoot(nearest);
+        return;
+    }
+    treeFill->readNode(treeView->currentIndex());
+    listFill->FillList(nearest);
+}
+
+/// Beginning anew helps only when keys were spent on more than what is shown: not when the first
+/// folders that a new pane shows already take all of them.
+void uFile::Parts::keysOut(bool quietly)
+{
+    if (ranOut)
+        return;
+    ranOut = settled;
+    if (!quietly)
+        rooms.desk.message(QStringLiteral("項目の番号を使い切ったため､表示できない項目があります"));
+    if (ranOut)
+        QMetaObject::invokeMethod(&q, &uFile::keysRanOut, Qt::QueuedConnection);
+}
+
+} // namespace venlo
