@@ -26,17 +26,21 @@ MainWorld::MainWorld()
 
 MainWorld::~MainWorld() = default;
 
-ffMain &MainWorld::open(bool shown, const LaunchLayout &launch)
+MainRooms MainWorld::rooms()
 {
-    window.reset();
     settings = std::make_unique<yIni>(person);
     bool loaded = false;
     settings->GetTxt(settingsPath(), loaded);
     if (!loaded)
         qFatal("the settings do not load");
-    window = std::make_unique<ffMain>(MainRooms{person, flags, gate, *settings, database, session,
-                                                cache, operations, runner, shell, errorLog.path()},
-                                      launch);
+    return {person, flags,      gate,   *settings, database,       session,
+            cache,  operations, runner, shell,     errorLog.path()};
+}
+
+ffMain &MainWorld::open(bool shown, const LaunchLayout &launch)
+{
+    window.reset();
+    window = std::make_unique<ffMain>(rooms(), launch);
     if (shown) {
         window->showMainWindow({});
         if (!QTest::qWaitForWindowExposed(window.get()))

@@ -22,6 +22,8 @@ public:
 
     /// Makes the window (an earlier one goes first) with the settings as they stand in the file.
     ffMain &open(bool shown = true, const LaunchLayout &launch = {});
+    /// What a main window gets; loads the settings.
+    [[nodiscard]] MainRooms rooms();
     /// Closes it as a person does, which saves the settings.
     void close();
 
