@@ -49,7 +49,8 @@ bool ownFolder(const QString &path)
     mkdir(name.constData(), privateMode);
     struct stat status = {};
     return lstat(name.constData(), &status) == 0 && S_ISDIR(status.st_mode) &&
-           status.st_uid == geteuid() && access(name.constData(), W_OK | X_OK) == 0;
+           status.st_uid == geteuid() &&
+           faccessat(AT_FDCWD, name.constData(), W_OK | X_OK, AT_EACCESS) == 0;
 }
 
 bool prepare(const QString &bin)
@@ -91,7 +92,7 @@ std::optional<Bin> binFor(const QString &path)
         prepare(data + QStringLiteral("/Trash")))
         return Bin{data + QStringLiteral("/Trash"), QString()};
     const QString top = topFolder(folder, *device);
-    const QString user = QString::number(getuid());
+    const QString user = QString::number(geteuid());
     const QDir at(top);
     if (isSharedBin(at.filePath(QStringLiteral(".Trash"))) &&
         prepare(at.filePath(QStringLiteral(".Trash/") + user)))
@@ -140,6 +141,10 @@ bool hasRecycleBin(const QString &path)
 
 bool moveToRecycleBin(const QString &path, std::error_code &why)
 {
+    if (!deviceOf(path)) {
+        why = {errno, std::generic_category()};
+        return false;
+    }
     const auto bin = binFor(path);
     if (!bin) {
         why = std::make_error_code(std::errc::not_supported);

@@ -14,6 +14,17 @@ namespace venlo
 
 namespace fs = std::filesystem;
 
+namespace
+{
+/// What is gone already needs none; its turn will say so.
+bool hasPlaceInBin(const QString &path)
+{
+    std::error_code error;
+    return hasRecycleBin(path) ||
+           fs::symlink_status(filesystemPath(path), error).type() == fs::file_type::not_found;
+}
+} // namespace
+
 ShellFileWorker::ShellFileWorker(const ShellFileOrder &order, ShellFileWatcher &watcher)
     : m_order(order), m_watcher(watcher), m_flow(order, watcher)
 {
@@ -69,7 +80,7 @@ bool ShellFileWorker::mayDelete(const QStringList &paths, bool forGood)
 
 void ShellFileWorker::deleteAll()
 {
-    const bool forGood = !std::all_of(m_order.from.begin(), m_order.from.end(), hasRecycleBin);
+    const bool forGood = !std::all_of(m_order.from.begin(), m_order.from.end(), hasPlaceInBin);
     if (!mayDelete(m_order.from, forGood))
         return;
     qsizetype left = m_order.from.size();
@@ -77,7 +88,7 @@ void ShellFileWorker::deleteAll()
         m_flow.setItemsLeft(--left);
         if (!m_flow.begin(filesystemPath(path)))
             return;
-        deleteOne(path, !forGood || hasRecycleBin(path));
+        deleteOne(path, !forGood || hasPlaceInBin(path));
         if (m_flow.stopped())
             return;
     }

@@ -1,3 +1,10 @@
+#include <QtGlobal>
+
+#ifdef Q_OS_UNIX
+#include <sys/stat.h>
+#endif
+
+#include <QDir>
 #include <QFileInfo>
 #include <QGuiApplication>
 #include <QImage>
@@ -27,6 +34,7 @@ private Q_SLOTS:
     void letters_data();
     void letters();
     void typeNameReadsNoFile();
+    void pipesAreNotWaitedFor();
 #endif
 
 private:
@@ -158,6 +166,15 @@ void tst_FileLook::typeNameReadsNoFile()
     page.write("<!DOCTYPE html><html><body></body></html>");
     page.close();
     QCOMPARE(fileTypeName(page.fileName()), fileTypeName(file(QStringLiteral("a.txt"))));
+}
+
+/// Reading a pipe that nobody writes to would never end.
+void tst_FileLook::pipesAreNotWaitedFor()
+{
+    const QString path = m_folder.filePath(QStringLiteral("pipe"));
+    QCOMPARE(::mkfifo(QFile::encodeName(path).constData(), S_IRUSR | S_IWUSR), 0);
+    QVERIFY(!fileIcon(path).icon.isNull());
+    QVERIFY(!fileTypeName(path).isEmpty());
 }
 #endif
 
