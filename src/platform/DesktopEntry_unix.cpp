@@ -98,8 +98,7 @@ QString entryFile(const QString &id)
 {
     QString relative = id;
     for (;;) {
-        const QString found =
-            QStandardPaths::locate(QStandardPaths::ApplicationsLocation, relative);
+        QString found = QStandardPaths::locate(QStandardPaths::ApplicationsLocation, relative);
         const qsizetype dash = relative.indexOf(QLatin1Char('-'));
         if (!found.isEmpty() || dash < 0)
             return found;
@@ -153,7 +152,7 @@ QString firstUsable(const QStringList &files, const QString &group, const QStrin
     for (const QString &file : files) {
         const QString ids = desktopFileValue(file, group, mimeType);
         for (const QString &id : ids.split(QLatin1Char(';'), Qt::SkipEmptyParts)) {
-            const QString exec = usableExec(id.trimmed());
+            QString exec = usableExec(id.trimmed());
             if (!exec.isEmpty())
                 return exec;
         }
@@ -201,7 +200,7 @@ QString execOfMimeHandler(const QString &mimeType)
     const QStringList groups = {QStringLiteral("Default Applications"),
                                 QStringLiteral("Added Associations")};
     for (const QString &group : groups) {
-        const QString exec = firstUsable(files, group, mimeType);
+        QString exec = firstUsable(files, group, mimeType);
         if (!exec.isEmpty())
             return exec;
     }
