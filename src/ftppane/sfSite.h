@@ -1,18 +1,18 @@
 #pragma once
 
-#include <memory>
+#include <array>
 
-#include <QDialog>
+#include "sync/windows/RegistryForm.h"
+
+class QPushButton;
 
 namespace venlo
 {
 
-class Database;
-class FrontEnd;
-
 /// The dialog in which FTP sites are registered, edited and deleted. Renaming or deleting a site is
-/// carried over to the patterns that name it.
-class sfSite : public QDialog
+/// carried over to the patterns that name it. The password is stored as it was typed and shown only
+/// while its reveal button is down.
+class sfSite : public RegistryForm
 {
     Q_OBJECT
 
@@ -23,9 +23,29 @@ public:
     /// Loads the list and shows the dialog modally.
     void Act();
 
+protected:
+    void pickEntry(const QString &name) override;
+    void registerEntry() override;
+    void updateEntry(const QString &oldName) override;
+    void deleteEntry(const QString &name) override;
+    void clearBoxes() override;
+    [[nodiscard]] QString nothingSelected() const override;
+
 private:
-    struct Parts;
-    std::unique_ptr<Parts> m_parts;
+    enum Box { Name = 0, Server = 1, User = 2, Password = 3, Memo = 4 };
+    void build();
+    void addPassword();
+    void fill();
+    [[nodiscard]] QString text(Box box) const;
+    [[nodiscard]] QVariantList values() const;
+    [[nodiscard]] bool nameIsSound();
+    void tellStored();
+
+    std::array<QLineEdit *, 5> m_boxes{}; ///< txSite
+    QLineEdit *m_proxy = nullptr;         ///< txPxy
+    QCheckBox *m_passive = nullptr;       ///< chPsv
+    QCheckBox *m_keeps = nullptr;         ///< chSvDb
+    QPushButton *m_reveal = nullptr;
 };
 
 } // namespace venlo
