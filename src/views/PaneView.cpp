@@ -193,6 +193,16 @@ void PaneView::rowsAboutToBeRemoved(const QModelIndex &parent, int first, int la
     QTreeView::rowsAboutToBeRemoved(parent, first, last);
 }
 
+QItemSelectionModel::SelectionFlags PaneView::selectionCommand(const QModelIndex &index,
+                                                               const QEvent *event) const
+{
+    const QItemSelectionModel::SelectionFlags command = QTreeView::selectionCommand(index, event);
+    // A tree always has its folder: neither empty space nor Ctrl takes it away.
+    const bool takesAway = !index.isValid() || command.testFlag(QItemSelectionModel::Deselect) ||
+                           command.testFlag(QItemSelectionModel::Toggle);
+    return m_kind == Kind::Tree && takesAway ? QItemSelectionModel::NoUpdate : command;
+}
+
 void PaneView::closeEditor(QWidget *editor, QAbstractItemDelegate::EndEditHint hint)
 {
     // The view wants to close it because the current item moved on: that is a lost focus.

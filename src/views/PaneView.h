@@ -3,6 +3,7 @@
 #include <functional>
 #include <memory>
 
+#include <QItemSelectionModel>
 #include <QPersistentModelIndex>
 #include <QPoint>
 #include <QTreeView>
@@ -91,6 +92,8 @@ protected:
     void dropEvent(QDropEvent *event) override;
     void currentChanged(const QModelIndex &current, const QModelIndex &previous) override;
     void rowsAboutToBeRemoved(const QModelIndex &parent, int first, int last) override;
+    [[nodiscard]] QItemSelectionModel::SelectionFlags
+    selectionCommand(const QModelIndex &index, const QEvent *event) const override;
     void closeEditor(QWidget *editor, QAbstractItemDelegate::EndEditHint hint) override;
 
     /// Runs a drag to its end. Tests that cannot hold a mouse button put their own in its place.

@@ -57,10 +57,6 @@ void PaneView::answer(QDragMoveEvent &event)
         event.setDropAction(action);
         event.accept();
     }
-    const int margin = autoScrollMargin();
-    if (hasAutoScroll() &&
-        !viewport()->rect().adjusted(margin, margin, -margin, -margin).contains(at))
-        startAutoScroll();
 }
 
 void PaneView::dragEnterEvent(QDragEnterEvent *event)
@@ -80,20 +76,23 @@ void PaneView::dragEnterEvent(QDragEnterEvent *event)
 
 void PaneView::dragMoveEvent(QDragMoveEvent *event)
 {
+    QTreeView::dragMoveEvent(event); // scrolls at the edges
     answer(*event);
 }
 
-void PaneView::dragLeaveEvent(QDragLeaveEvent * /*event*/)
+void PaneView::dragLeaveEvent(QDragLeaveEvent *event)
 {
+    QTreeView::dragLeaveEvent(event);
     m_dragOver = false;
-    stopAutoScroll();
     if (m_partner)
         m_partner->dragLeft(*this);
 }
 
 void PaneView::dropEvent(QDropEvent *event)
 {
-    stopAutoScroll();
+    // Ends the scrolling; the view's own drop would go to the model.
+    QDragLeaveEvent left;
+    QTreeView::dragLeaveEvent(&left);
     if (!m_partner) {
         event->ignore();
         return;

@@ -132,7 +132,7 @@ int RowList::columnCount(const QModelIndex &parent) const
 
 QVariant RowList::data(const QModelIndex &index, int role) const
 {
-    if (!checkIndex(index, CheckIndexOption::IndexIsValid))
+    if (!index.isValid() || index.model() != this || index.row() >= count())
         return {};
     Item &item = at(index.row());
     const auto &right = m_layout.rightAligned;
@@ -188,7 +188,7 @@ QVariant RowList::headerData(int section, Qt::Orientation orientation, int role)
 
 Qt::ItemFlags RowList::flags(const QModelIndex &index) const
 {
-    if (!checkIndex(index, CheckIndexOption::IndexIsValid))
+    if (!index.isValid() || index.model() != this || index.row() >= count())
         return Qt::ItemIsDropEnabled;
     Qt::ItemFlags flags =
         Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemIsDropEnabled | Qt::ItemNeverHasChildren;
