@@ -57,8 +57,8 @@ public:
     void setICbSvr(int index);
     /// Shows a session that was connected elsewhere: selects the site and shows its start path.
     void showConnected(const QString &site);
-    /// Selects the site, connects where needed and goes to the path; an empty path only connects. False when it could not be
-    /// connected or a part of the path is missing; the person knows why.
+    /// Selects the site, connects where needed and goes to the path; an empty path only connects.
+    /// False when it could not be connected or a part of the path is missing; the person knows why.
     bool SetSync(const QString &site, const QString &remotePath);
     /// Full path of the selected node, server text first; empty when none is selected.
     [[nodiscard]] QString FsFllPh() const;

@@ -61,7 +61,8 @@ QString roomOf(const QString &path)
 
 bool worksWithoutWindows(const QString &room)
 {
-    return !allowedRooms()[room].contains(QStringLiteral("sync")) &&
+    return room != QLatin1String("views") &&
+           !allowedRooms()[room].contains(QStringLiteral("sync")) &&
            !allowedRooms()[room].contains(QStringLiteral("mainwin"));
 }
 
