@@ -21,7 +21,7 @@ LocalShell::LocalShell(LocalViews &views, WindowDesk &desk, OperationGate &gate)
 
 bool LocalShell::run(const ShellFileOrder &order)
 {
-    const OperationGate::Turn turn = m_gate.begin();
+    const OperationGate::Turn turn = m_gate.begin(OperationGate::Reach::Disk);
     if (!turn)
         return false;
     m_views.setBusy(true);
