@@ -13,6 +13,7 @@
 
 #include <QFile>
 #include <QFileInfo>
+#include <QScopeGuard>
 
 namespace venlo
 {
@@ -299,6 +300,9 @@ Result<bool> RemoteUploads::sendOnce(const Item &item)
     const QByteArray raw = m_context.cache.rawName(item.dir, item.name);
     ProgressThrottle meter(m_context.frontEnd, item.name, before.size);
     bool moved = false;
+    UnfinishedUploads &unfinished = m_context.cache.unfinished();
+    unfinished.sending(m_context.session.currentSite(), item.dir, item.name);
+    const auto settled = qScopeGuard([&unfinished] { unfinished.settled(); });
     const auto stored = m_context.session.client().store(raw, file, [&](qint64 done) {
         moved = moved || done > 0;
         meter.moved(done);

@@ -1,7 +1,11 @@
 #include "ftp/UnfinishedUploads.h"
 
+#include <QFileInfo>
+#include <QStringList>
+
 #include "db/Database.h"
 #include "db/Store.h"
+#include "platform/Files.h"
 #include "shared/RemotePath.h"
 
 namespace venlo
@@ -19,16 +23,63 @@ void UnfinishedUploads::makeTable()
     m_made = true;
 }
 
+bool UnfinishedUploads::openNote()
+{
+    if (m_note.isOpen())
+        return true;
+    m_note.setFileName(QFileInfo(m_database.path()).path() + QStringLiteral("/Upload.note"));
+    if (!m_note.open(QIODevice::ReadWrite | QIODevice::Unbuffered))
+        return false;
+    (void)makePrivateFile(m_note.fileName());
+    return true;
+}
+
+/// Without a note a killed upload is not known for one; that is no reason not to upload.
+void UnfinishedUploads::sending(const QString &site, const QString &dir, const QString &name)
+{
+    recover();
+    if (!openNote() || !m_note.seek(0))
+        return;
+    const QByteArray text =
+        QStringList{site, dir, name, QString()}.join(QLatin1Char('\n')).toUtf8();
+    m_note.write(text);
+    m_note.resize(text.size());
+    m_sending = true;
+}
+
+void UnfinishedUploads::settled()
+{
+    m_sending = false;
+    if (m_note.isOpen())
+        m_note.resize(0);
+}
+
+void UnfinishedUploads::recover()
+{
+    if (m_sending || !openNote() || m_note.size() == 0 || !m_note.seek(0))
+        return;
+    const QStringList parts = QString::fromUtf8(m_note.readAll()).split(QLatin1Char('\n'));
+    // Three texts and the end; less was cut off while it was written, before anything was sent.
+    if (parts.size() == 4)
+        store(parts.at(0), parts.at(1), parts.at(2));
+    settled();
+}
+
 void UnfinishedUploads::begin(const QString &site, const QString &dir, const QString &name)
 {
     if (noted(site, dir, name))
         return;
+    store(site, dir, name);
+    m_known.insert({dir, name});
+}
+
+void UnfinishedUploads::store(const QString &site, const QString &dir, const QString &name)
+{
     makeTable();
     m_database.store().exec(
         QStringLiteral("INSERT OR REPLACE INTO \"unfinished uploads\" (site, dir, name) "
                        "VALUES (?, ?, ?)"),
         {site, dir, name});
-    m_known.insert({dir, name});
 }
 
 void UnfinishedUploads::end(const QString &site, const QString &dir, const QString &name)
@@ -56,6 +107,7 @@ bool UnfinishedUploads::noted(const QString &site, const QString &dir, const QSt
 std::vector<std::pair<QString, QString>> UnfinishedUploads::under(const QString &site,
                                                                   const QString &dir)
 {
+    recover();
     // To look needs no table, and makes none.
     if (m_database.store().table(QStringLiteral("unfinished uploads")) == nullptr)
         return {};

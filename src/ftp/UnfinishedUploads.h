@@ -3,6 +3,7 @@
 #include <utility>
 #include <vector>
 
+#include <QFile>
 #include <QSet>
 #include <QString>
 
@@ -15,11 +16,18 @@ class Database;
 /// The remnant on the server is newer than the local file and may be nearly as large: nothing in a
 /// listing tells it from a good copy. Emptying a cache leaves the notes alone; a confirmed upload
 /// or deletion of the file removes its note.
+///
+/// The upload in hand is noted in a small file beside the database ("Upload.note") for as long as
+/// it runs: a commit a file would double the time of small files, and a killed process loses
+/// nothing that it wrote. The next use takes such a note into the database.
 class UnfinishedUploads
 {
 public:
     explicit UnfinishedUploads(Database &database);
 
+    /// The upload in hand; settled() once it is complete, noted or known not to have begun.
+    void sending(const QString &site, const QString &dir, const QString &name);
+    void settled();
     void begin(const QString &site, const QString &dir, const QString &name);
     /// Costs nothing when there is no note.
     void end(const QString &site, const QString &dir, const QString &name);
@@ -31,8 +39,14 @@ public:
 
 private:
     void makeTable();
+    [[nodiscard]] bool openNote();
+    /// Takes over what a killed process was sending.
+    void recover();
+    void store(const QString &site, const QString &dir, const QString &name);
 
     Database &m_database;
+    QFile m_note;
+    bool m_sending = false; ///< the note is this process's own
     bool m_made = false;
     QString m_site; ///< whose notes are known
     QSet<std::pair<QString, QString>> m_known;
