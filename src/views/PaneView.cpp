@@ -1,74 +1,14 @@
 #include "views/PaneView.h"
 
 #include "views/NameEditor.h"
+#include "views/PaneHold.h"
+#include "views/SortArrowStyle.h"
 
-#include <algorithm>
-#include <optional>
-
-#include <QContextMenuEvent>
 #include <QHeaderView>
-#include <QKeyEvent>
 #include <QMouseEvent>
-#include <QPointer>
-#include <QScopedValueRollback>
 
 namespace venlo
 {
-
-namespace
-{
-
-/// The command of a key, nothing for any other.
-std::optional<PaneKey> paneKey(const QKeyEvent &event)
-{
-    const int key = event.key();
-    if (event.modifiers() == Qt::ControlModifier && key == Qt::Key_X)
-        return PaneKey::Cut;
-    if (event.modifiers() == Qt::ControlModifier && key == Qt::Key_C)
-        return PaneKey::Copy;
-    if (event.modifiers() == Qt::ControlModifier && key == Qt::Key_V)
-        return PaneKey::Paste;
-    if ((event.modifiers() & ~Qt::KeypadModifier) != Qt::NoModifier)
-        return std::nullopt;
-    switch (key) {
-    case Qt::Key_Delete:
-        return PaneKey::Delete;
-    case Qt::Key_F2:
-        return PaneKey::Rename;
-    case Qt::Key_F5:
-        return PaneKey::Refresh;
-    case Qt::Key_Backspace:
-        return PaneKey::Parent;
-    default:
-        return std::nullopt;
-    }
-}
-
-bool isMenuKey(const QKeyEvent &event)
-{
-    return event.key() == Qt::Key_Menu ||
-           (event.key() == Qt::Key_F10 && event.modifiers() == Qt::ShiftModifier);
-}
-
-} // namespace
-
-/// Keeps chosen() back until the view is through with a click or a key: in the middle of one the
-/// selection is still the old one, and whoever listens may change the model.
-class PaneView::Hold
-{
-public:
-    explicit Hold(PaneView &view) : m_view(&view) { ++view.m_holds; }
-    Hold(const Hold &) = delete;
-    Hold &operator=(const Hold &) = delete;
-    ~Hold()
-    {
-        if (m_view && --m_view->m_holds == 0 && m_view->m_chosenWaits)
-            m_view->announce();
-    }
-
-private:
-    QPointer<PaneView> m_view;
-};
 
 PaneView::PaneView(Kind kind, QWidget *parent)
     : QTreeView(parent), m_kind(kind), m_editor(new NameEditor(this))
@@ -118,6 +58,7 @@ void PaneView::setUpList()
     setItemsExpandable(false);
     setSelectionMode(ExtendedSelection);
     setAllColumnsShowFocus(true);
+    header()->setStyle(new SortArrowStyle(header()));
     header()->setSectionsMovable(false);
     header()->setSectionsClickable(true);
     header()->setStretchLastSection(false);
@@ -212,51 +153,6 @@ void PaneView::closeEditor(QWidget *editor, QAbstractItemDelegate::EndEditHint h
         m_editor->enter();
 }
 
-void PaneView::keyPressEvent(QKeyEvent *event)
-{
-    // Keys that the name editor has no use for come up here: they are no commands then.
-    if (editingName()) {
-        event->accept();
-        return;
-    }
-    if (commandKey(*event)) {
-        event->accept();
-        return;
-    }
-    const Hold hold(*this);
-    QTreeView::keyPressEvent(event);
-}
-
-bool PaneView::commandKey(const QKeyEvent &event)
-{
-    if (isMenuKey(event)) {
-        openMenuAtCurrent();
-        return true;
-    }
-    const bool plain = (event.modifiers() & ~Qt::KeypadModifier) == Qt::NoModifier;
-    if (plain && (event.key() == Qt::Key_Return || event.key() == Qt::Key_Enter)) {
-        enterCurrent();
-        return true;
-    }
-    // The view would expand all below, reading a whole disk or server.
-    if (m_kind == Kind::Tree && event.key() == Qt::Key_Asterisk) {
-        expand(currentIndex());
-        return true;
-    }
-    if (const std::optional<PaneKey> key = paneKey(event)) {
-        Q_EMIT keyWanted(*key);
-        return true;
-    }
-    return false;
-}
-
-void PaneView::enterCurrent()
-{
-    const QModelIndex current = currentIndex().siblingAtColumn(0);
-    if (current.isValid())
-        Q_EMIT entered(current);
-}
-
 void PaneView::mousePressEvent(QMouseEvent *event)
 {
     // The focus went with the click, and with it the name was entered; a refused one has the focus
@@ -267,6 +163,7 @@ void PaneView::mousePressEvent(QMouseEvent *event)
         event->accept();
         return;
     }
+    m_pressed = event->button();
     m_currentAtPress = currentIndex().siblingAtColumn(0);
     const Hold hold(*this);
     QTreeView::mousePressEvent(event);
@@ -282,44 +179,6 @@ void PaneView::mouseDoubleClickEvent(QMouseEvent *event)
     const QModelIndex index = m_doubleClicked;
     if (event->button() == Qt::LeftButton && index.isValid())
         Q_EMIT entered(index.siblingAtColumn(0));
-}
-
-void PaneView::contextMenuEvent(QContextMenuEvent *event)
-{
-    event->accept();
-    if (editingName())
-        return;
-    if (event->reason() == QContextMenuEvent::Keyboard) {
-        openMenuAtCurrent();
-        return;
-    }
-    const QModelIndex under = entryAt(event->pos());
-    if (under.isValid() && !selectionModel()->isSelected(under))
-        setCurrentIndex(under);
-    else if (!under.isValid() && m_kind == Kind::List)
-        clearSelection(); // what is asked for there goes to the folder
-    openMenu(event->globalPos());
-}
-
-void PaneView::openMenuAtCurrent()
-{
-    const QModelIndex current = currentIndex().siblingAtColumn(0);
-    QPoint at(0, 0);
-    if (current.isValid()) {
-        scrollTo(current);
-        const QRect rect = visualRect(current).intersected(viewport()->rect());
-        at = QPoint(rect.left() + std::min(rect.width() / 2, rect.height()), rect.center().y());
-    }
-    openMenu(viewport()->mapToGlobal(at));
-}
-
-void PaneView::openMenu(const QPoint &at)
-{
-    const QPointer<PaneView> self = this;
-    m_menuOpen = true;
-    Q_EMIT menuWanted(at);
-    if (self)
-        m_menuOpen = false;
 }
 
 void PaneView::resizeEvent(QResizeEvent *event)

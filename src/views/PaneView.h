@@ -80,6 +80,7 @@ Q_SIGNALS:
     void chosen(const QModelIndex &index);
 
 protected:
+    bool event(QEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
     void mousePressEvent(QMouseEvent *event) override;
     void mouseDoubleClickEvent(QMouseEvent *event) override;
@@ -116,6 +117,7 @@ private:
     DragPartner *m_partner = nullptr;
     NameEditor *m_editor;
     QMetaObject::Connection m_removal;
+    Qt::MouseButton m_pressed = Qt::NoButton;
     bool m_dragging = false;
     bool m_dragOver = false; ///< a drag, ours or another's, hangs above the view
     bool m_menuOpen = false;

@@ -21,7 +21,8 @@ bool PaneView::dragsSomething() const
 
 void PaneView::startDrag(Qt::DropActions /*supported*/)
 {
-    if (!m_partner || editingName() || !dragsSomething())
+    // The right button asks for the menu: a hand that shakes must not move files.
+    if (m_pressed != Qt::LeftButton || !m_partner || editingName() || !dragsSomething())
         return;
     std::unique_ptr<QMimeData> carried = m_partner->dragData(*this);
     if (!carried)

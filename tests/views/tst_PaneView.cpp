@@ -1,9 +1,11 @@
+#include <QAction>
 #include <QApplication>
 #include <QContextMenuEvent>
 #include <QHeaderView>
 #include <QScrollBar>
 #include <QSignalSpy>
 #include <QTest>
+#include <QWindow>
 
 #include "views/PaneFixture.h"
 
@@ -19,6 +21,7 @@ private Q_SLOTS:
     void cleanup();
     void commandKeys_data();
     void commandKeys();
+    void keysComeBeforeShortcuts();
     void keysWithOtherModifiers();
     void enterKeys();
     void enterWithoutCurrent();
@@ -29,6 +32,7 @@ private Q_SLOTS:
     void doubleClickOnTheArrow();
     void headings();
     void sortArrow();
+    void sortArrowPointsUpWhenAscending();
     void chosenByClicks();
     void chosenByKeys();
     void chosenSeesTheSelection();
@@ -96,6 +100,18 @@ void tst_PaneView::commandKeys()
         QCOMPARE(wanted.constFirst().constFirst().value<PaneKey>(), command);
         QVERIFY(!view->editingName());
     }
+}
+
+void tst_PaneView::keysComeBeforeShortcuts()
+{
+    QAction action(&m_pane->window);
+    action.setShortcut(QKeySequence(Qt::Key_F5));
+    m_pane->window.addAction(&action);
+    QSignalSpy triggered(&action, &QAction::triggered);
+    QSignalSpy wanted(m_pane->list, &PaneView::keyWanted);
+    QTest::keyClick(m_pane->window.windowHandle(), Qt::Key_F5);
+    QCOMPARE(wanted.size(), 1);
+    QCOMPARE(triggered.size(), 0);
 }
 
 void tst_PaneView::keysWithOtherModifiers()
@@ -202,6 +218,32 @@ void tst_PaneView::sortArrow()
     m_pane->list->showSort(-1, Qt::AscendingOrder);
     QVERIFY(!header->isSortIndicatorShown());
     QCOMPARE(m_pane->rows.sortColumn(), -1);
+}
+
+void tst_PaneView::sortArrowPointsUpWhenAscending()
+{
+    QWidget *const header = m_pane->list->header()->viewport();
+    m_pane->list->showSort(-1, Qt::AscendingOrder);
+    const QImage without = header->grab().toImage();
+    // Pixels that the arrow changes in each line of the picture.
+    const auto widths = [&](Qt::SortOrder order) {
+        m_pane->list->showSort(1, order);
+        const QImage with = header->grab().toImage();
+        std::vector<int> lines;
+        for (int y = 0; y < with.height(); ++y) {
+            int width = 0;
+            for (int x = 0; x < with.width(); ++x)
+                width += with.pixel(x, y) != without.pixel(x, y) ? 1 : 0;
+            if (width > 0)
+                lines.push_back(width);
+        }
+        return lines;
+    };
+    const std::vector<int> up = widths(Qt::AscendingOrder);
+    const std::vector<int> down = widths(Qt::DescendingOrder);
+    QVERIFY(up.size() > 1 && down.size() > 1);
+    QVERIFY(up.front() < up.back());
+    QVERIFY(down.front() > down.back());
 }
 
 void tst_PaneView::chosenByClicks()

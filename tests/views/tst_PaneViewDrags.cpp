@@ -86,6 +86,7 @@ private Q_SLOTS:
     void init();
     void cleanup();
     void dragStarts();
+    void rightButtonDragsNothing();
     void nothingToDrag();
     void viewOnlyRowsStay();
     void noPartner();
@@ -99,7 +100,7 @@ private Q_SLOTS:
     void scrollsAtTheEdge();
 
 private:
-    void dragRow(int row);
+    void dragRow(int row, Qt::MouseButton button = Qt::LeftButton);
     [[nodiscard]] bool enter(const QPoint &at);
     /// The action that was answered, IgnoreAction when the move was not accepted.
     [[nodiscard]] Qt::DropAction move(const QPoint &at);
@@ -124,18 +125,18 @@ void tst_PaneViewDrags::cleanup()
     m_pane.reset();
 }
 
-void tst_PaneViewDrags::dragRow(int row)
+void tst_PaneViewDrags::dragRow(int row, Qt::MouseButton button)
 {
     QWidget *const viewport = m_pane->list->viewport();
     const QPoint from = Fixture::middle(*m_pane->list, m_pane->row(row));
-    QTest::mousePress(viewport, Qt::LeftButton, {}, from);
+    QTest::mousePress(viewport, button, {}, from);
     const QPoint far(from.x() + 3 * QApplication::startDragDistance(), from.y());
     for (const QPoint &at : {far, far + QPoint(2, 0)}) {
-        QMouseEvent moved(QEvent::MouseMove, at, viewport->mapToGlobal(at), Qt::NoButton,
-                          Qt::LeftButton, Qt::NoModifier);
+        QMouseEvent moved(QEvent::MouseMove, at, viewport->mapToGlobal(at), Qt::NoButton, button,
+                          Qt::NoModifier);
         QApplication::sendEvent(viewport, &moved);
     }
-    QTest::mouseRelease(viewport, Qt::LeftButton, {}, far);
+    QTest::mouseRelease(viewport, button, {}, far);
 }
 
 bool tst_PaneViewDrags::enter(const QPoint &at)
@@ -169,6 +170,13 @@ void tst_PaneViewDrags::dragStarts()
     QCOMPARE(m_pane->list->offered, Qt::DropActions(Qt::CopyAction | Qt::MoveAction));
     QVERIFY(m_pane->list->inHandWhile);
     QVERIFY(!m_pane->list->inHand());
+}
+
+void tst_PaneViewDrags::rightButtonDragsNothing()
+{
+    dragRow(1, Qt::RightButton);
+    QCOMPARE(m_partner.calls, QStringList());
+    QVERIFY(m_pane->list->carried.isNull());
 }
 
 void tst_PaneViewDrags::nothingToDrag()
