@@ -3,55 +3,24 @@
 #include "db/DisplayFormat.h"
 #include "ftp/ListingTime.h"
 #include "ftp/LocalPath.h"
-#include "ftp/ProgressThrottle.h"
 #include "ftp/Session.h"
 #include "platform/TemporaryName.h"
 #include "shared/RemotePath.h"
 
 #include <algorithm>
-#include <array>
 
 #include <QFile>
 #include <QFileInfo>
-#include <QScopeGuard>
 
 namespace venlo
 {
 
 namespace
 {
-constexpr int maxChanges = 5;
-
 /// Lock files of databases belong to this machine.
 bool isLockFile(const QString &name)
 {
     return name.endsWith(QLatin1String(".ldb"), Qt::CaseInsensitive);
-}
-
-/// Size and time of a file, to see whether it changed.
-struct Stamp {
-    qint64 size = -1;
-    QDateTime modified;
-
-    explicit Stamp(const QString &path)
-    {
-        const QFileInfo info(path);
-        if (info.exists()) {
-            size = info.size();
-            modified = info.lastModified();
-        }
-    }
-    bool operator==(const Stamp &) const = default;
-};
-
-/// Whether an upload that failed may have touched the file on the server. Bytes can leave before
-/// the server says no; the replies below never come behind the opening one (RFC 959, 5.4).
-bool mayHaveStored(const Error &error, bool moved)
-{
-    constexpr std::array before{500, 501, 502, 503, 504, 530, 532, 553};
-    if (error.kind != ErrorClass::Refused)
-        return true;
-    return moved && std::find(before.begin(), before.end(), error.replyCode) == before.end();
 }
 
 /// Day count of the wall clock a listing would show for a time.
@@ -258,94 +227,6 @@ Result<void> RemoteUploads::askOnce(const Item &item, std::optional<Existing> &e
     else if (size.error().replyCode != noSuchFile)
         existing = Existing(); // it may be there, and nothing tells
     return {};
-}
-
-void RemoteUploads::noteUnfinished(const Item &item)
-{
-    m_context.keepCache(item.remote, [&] {
-        m_context.cache.unfinished().begin(m_context.session.currentSite(), item.dir, item.name);
-    });
-}
-
-Result<void> RemoteUploads::send(const Item &item)
-{
-    for (int change = 0; change < maxChanges; ++change) {
-        const auto unchanged = sendOnce(item);
-        if (!unchanged)
-            return unchanged.error();
-        if (unchanged.value())
-            return {};
-        m_context.note(QStringLiteral("%1 changed while it was sent").arg(item.path));
-        if (!m_context.mayGoOn()) {
-            noteUnfinished(item);
-            return Error{ErrorClass::Cancelled, {}, 0};
-        }
-    }
-    noteUnfinished(item);
-    return Error{ErrorClass::Local, QStringLiteral("送信中にﾌｧｲﾙが変更されました"), 0};
-}
-
-/// The value tells whether the file is the one that was sent.
-Result<bool> RemoteUploads::sendOnce(const Item &item)
-{
-    // Opening anything else than a file may wait for ever.
-    if (!QFileInfo(item.path).isFile())
-        return Error{ErrorClass::Local, QStringLiteral("ﾌｧｲﾙがありません"), 0};
-    QFile file(item.path);
-    const Stamp before(item.path);
-    if (!file.open(QIODevice::ReadOnly))
-        return Error{ErrorClass::Local, file.errorString(), 0};
-    if (auto current = m_context.stepInto(item.dir); !current)
-        return current.error();
-    const QByteArray raw = m_context.cache.rawName(item.dir, item.name);
-    ProgressThrottle meter(m_context.frontEnd, item.name, before.size);
-    bool moved = false;
-    UnfinishedUploads &unfinished = m_context.cache.unfinished();
-    unfinished.sending(m_context.session.currentSite(), item.dir, item.name);
-    const auto settled = qScopeGuard([&unfinished] { unfinished.settled(); });
-    const auto stored = m_context.session.client().store(raw, file, [&](qint64 done) {
-        moved = moved || done > 0;
-        meter.moved(done);
-    });
-    if (!stored) {
-        if (mayHaveStored(stored.error(), moved))
-            noteUnfinished(item);
-        // A file that is being rewritten may break off under the reader's hands.
-        if (stored.error().kind == ErrorClass::Local && before != Stamp(item.path))
-            return false;
-        return stored.error();
-    }
-    meter.finished(stored.value());
-    const bool unchanged = stored.value() == before.size && before == Stamp(item.path);
-    if (!unchanged)
-        return false;
-    if (auto set = setTime(item, raw, file); !set)
-        return set.error();
-    return before == Stamp(item.path);
-}
-
-/// Gives the stored file its local time, so that both compare equal afterwards. What the server
-/// refuses stays as it is; a connection that broke here leaves it unknown, and the file goes again.
-Result<void> RemoteUploads::setTime(const Item &item, const QByteArray &raw, QFile &file)
-{
-    FtpClient &client = m_context.session.client();
-    if (!client.canSetTime())
-        return {};
-    auto set =
-        client.setModificationTime(raw, file.fileTime(QFileDevice::FileModificationTime).toUTC());
-    if (set || set.error().kind == ErrorClass::Lost)
-        return set;
-    m_context.note(QStringLiteral("time of %1 not set: %2").arg(item.remote, set.error().words));
-    return {};
-}
-
-void RemoteUploads::sent(const Item &item)
-{
-    m_context.keepCache(item.remote, [&] {
-        m_context.cache.unfinished().end(m_context.session.currentSite(), item.dir, item.name);
-        m_context.cache.caAddFile(item.path, item.dir, item.name);
-    });
-    m_context.done(Outcome::Kind::Uploaded, item.path, item.remote);
 }
 
 void RemoteUploads::leaveOut(const Item &item)
