@@ -73,6 +73,14 @@ public:
     void type(const QString &text);
     /// A key as xdotool names it: "Return", "ctrl+v", "shift+F10".
     void key(const QString &name, int times = 1);
+    /// Presses Tab until the widget has the focus; StepFailed when it never gets it.
+    void tabTo(const QString &widget);
+    /// Picks an entry of the popup menu that shows by the arrow keys.
+    void pickByKeys(const QStringList &captions);
+    /// Gives the active window that size, as pulling at its corner does.
+    void resizeWindow(int width, int height);
+    /// The window manager's key for closing the active window.
+    void closeWindow() { key(QStringLiteral("alt+F4")); }
     /// Pulls with the left button; keys ("shift") are held while it is released.
     void drag(const QPoint &from, const QPoint &to, const QString &heldKey = {});
     /// Runs while the button is still down, above the target.

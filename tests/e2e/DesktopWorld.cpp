@@ -65,7 +65,13 @@ void DesktopWorld::makeUserData() const
     createInitialDatabase(file);
 }
 
-void DesktopWorld::registerSite(const QString &name, const QString &server) const
+void DesktopWorld::registerSite(const QString &name) const
+{
+    registerSite(name, m_daemon->server(), m_daemon->user(), m_daemon->password());
+}
+
+void DesktopWorld::registerSite(const QString &name, const QString &server, const QString &user,
+                                const QString &password) const
 {
     makeUserData();
     ScriptedPerson person;
@@ -75,7 +81,7 @@ void DesktopWorld::registerSite(const QString &name, const QString &server) cons
     Q_ASSERT(ok);
     database.openTable(QStringLiteral("msSite"))
         ->add(columns({"sName", "sSvr", "sUsr", "sPwd", "sPxy", "bPsv", "bSvDb"}),
-              {name, server, m_daemon->user(), m_daemon->password(), QString(), -1, 0});
+              {name, server, user, password, QString(), -1, 0});
 }
 
 void DesktopWorld::registerPattern(const QString &name, const QString &site,

@@ -35,8 +35,9 @@ public:
     [[nodiscard]] QString userData() const;
 
     /// As an earlier run of the program would have left it.
-    void registerSite(const QString &name) const { registerSite(name, m_daemon->server()); }
-    void registerSite(const QString &name, const QString &server) const;
+    void registerSite(const QString &name) const;
+    void registerSite(const QString &name, const QString &server, const QString &user,
+                      const QString &password) const;
     void registerPattern(const QString &name, const QString &site, const QString &remote) const;
     /// The window at the top left with that size, the local pane on the local folder.
     void writeLayout(int width, int height) const;

@@ -4,6 +4,7 @@
 #include <QAbstractItemView>
 #include <QApplication>
 #include <QComboBox>
+#include <QMenu>
 #include <QThread>
 #include <QWidget>
 
@@ -15,6 +16,8 @@ namespace venlo::test
 
 namespace
 {
+constexpr int mostPresses = 40;
+constexpr int settleTime = 40; // ms until a key has had its effect
 constexpr int dragSteps = 12;
 constexpr int dragStart = 14; // pixels, beyond what still counts as a click
 
@@ -129,6 +132,48 @@ void DesktopPerson::key(const QString &name, int times)
 {
     xdotool({QStringLiteral("key"), QStringLiteral("--delay"), QStringLiteral("25"),
              QStringLiteral("--repeat"), number(times), name});
+}
+
+void DesktopPerson::tabTo(const QString &widget)
+{
+    const auto reached = [&] {
+        const QWidget &wanted = shownWidget(widget);
+        const QWidget *focus = QApplication::focusWidget();
+        return focus != nullptr && (focus == &wanted || wanted.isAncestorOf(focus));
+    };
+    for (int presses = 0; presses < mostPresses; ++presses) {
+        if (look(reached))
+            return;
+        key(QStringLiteral("Tab"));
+        QThread::msleep(settleTime);
+    }
+    throw StepFailed{QStringLiteral("Tab never reaches ") + widget};
+}
+
+void DesktopPerson::pickByKeys(const QStringList &captions)
+{
+    for (const QString &caption : captions) {
+        const QPoint shows = steady(caption, [&] { return placeOfEntry(caption); });
+        Q_UNUSED(shows)
+        const auto active = [&] {
+            const auto *menu = qobject_cast<QMenu *>(QApplication::activePopupWidget());
+            const QAction *entry = menu != nullptr ? menu->activeAction() : nullptr;
+            return entry != nullptr && plainCaption(entry->text()) == caption;
+        };
+        for (int presses = 0; !look(active); ++presses) {
+            if (presses == mostPresses)
+                throw StepFailed{QStringLiteral("the arrow keys never reach ") + caption};
+            key(QStringLiteral("Down"));
+            QThread::msleep(settleTime);
+        }
+        key(QStringLiteral("Return"));
+    }
+}
+
+void DesktopPerson::resizeWindow(int width, int height)
+{
+    xdotool({QStringLiteral("getactivewindow"), QStringLiteral("windowsize"),
+             QStringLiteral("--sync"), number(width), number(height)});
 }
 
 /// Small steps, for programs look where the pointer is on its way.
