@@ -12,6 +12,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <functional>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -39,6 +40,11 @@ public:
     void caLoadDir(const QString &dir, LoadMode mode, QString &names, bool &ok);
     /// Refreshes the whole subtree from the server.
     void caRefresh(const QString &dir);
+    /// Called after each directory of a refresh with the number of those listed so far.
+    void setRefreshReport(std::function<void(int directories)> report)
+    {
+        m_refreshReport = std::move(report);
+    }
     [[nodiscard]] QString caSubFolds(const QString &dir);
     [[nodiscard]] QString caFileNames(const QString &dir);
     void caDirList(const QString &dir, QString &folderLines, QString &fileLines);
@@ -143,6 +149,7 @@ private:
     QHash<QString, QByteArray> m_rawPaths; ///< bytes of paths that are not plain ASCII; no guesses
     int m_offsetSamples = 0;
     Walk *m_walk = nullptr; ///< the refresh in hand
+    std::function<void(int)> m_refreshReport;
 };
 
 } // namespace venlo

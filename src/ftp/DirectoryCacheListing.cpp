@@ -100,6 +100,9 @@ public:
                 m_cache.learnRawPath(remoteChild(dir, entry.name), entry.rawName);
         }
         m_heard.push_back({dir, std::move(listing), why, refused});
+        ++m_asked;
+        if (m_cache.m_refreshReport)
+            m_cache.m_refreshReport(m_asked);
         if (m_heard.size() >= batch)
             store();
         return folders;
@@ -136,6 +139,7 @@ private:
     DirectoryCache &m_cache;
     std::vector<Heard> m_heard;
     QString m_root;
+    int m_asked = 0; ///< directories that were listed, or could not be
     bool m_rootIsWhole = false;
 };
 

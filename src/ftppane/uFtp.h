@@ -68,6 +68,8 @@ public:
     [[nodiscard]] QString FsSvr() const;
     /// Reads the shown folder from the cache again and redraws tree and list.
     void ReFresh();
+    /// True while a change is carried out whose refusal this pane says itself.
+    [[nodiscard]] bool tellsRefusals() const;
     [[nodiscard]] int TrvHi() const;
     void setTrvHi(int height);
     /// Widths of the list's columns, joined by ",".

@@ -1,0 +1,274 @@
+#include "ftppane/RemoteBrowser.h"
+
+#include <utility>
+
+#include <QElapsedTimer>
+
+#include "db/DbError.h"
+#include "ftp/DirectoryCache.h"
+#include "ftppane/OperationScopes.h"
+#include "ftppane/RemoteRows.h"
+#include "shared/Flags.h"
+#include "shared/NameList.h"
+#include "shared/RemotePath.h"
+#include "shared/WindowDesk.h"
+#include "views/PaneView.h"
+
+namespace venlo
+{
+
+namespace
+{
+constexpr int showEvery = 200; // ms between two looks at a slow reading
+} // namespace
+
+RemoteBrowser::RemoteBrowser(Rooms rooms, Views views, QObject *parent)
+    : QObject(parent), m_rooms(rooms), m_nodes(views.nodes), m_tree(views.tree), m_rows(views.rows),
+      m_list(views.list)
+{
+}
+
+QString RemoteBrowser::dirOf(const QModelIndex &node) const
+{
+    const QString path = m_nodes.path(node);
+    const auto slash = path.indexOf(QLatin1Char('/'));
+    return slash < 0 ? QStringLiteral("/") : normalisedRemoteDir(path.mid(slash));
+}
+
+void RemoteBrowser::clear()
+{
+    const FlagScope busy(m_busy);
+    ++m_fill;
+    m_shown = QPersistentModelIndex();
+    m_nodes.clear();
+    m_rows.clear();
+    Q_EMIT noted(QString());
+}
+
+void RemoteBrowser::tolerant(const std::function<void()> &ask)
+{
+    try {
+        ask();
+        return;
+    } catch (const DbError &error) {
+        m_misfits = error.words();
+    }
+    ask();
+}
+
+void RemoteBrowser::sayMisfits()
+{
+    const QString words = std::exchange(m_misfits, {});
+    if (!words.isEmpty())
+        m_rooms.desk.message(words);
+}
+
+bool RemoteBrowser::isDoubtful(const QString &dir) const
+{
+    if (!m_rooms.session.connected())
+        return true;
+    for (const auto &mark : m_rooms.cache.incompleteUnder(dir)) {
+        if (mark.dir.compare(dir, Qt::CaseInsensitive) == 0)
+            return true;
+    }
+    return false;
+}
+
+QStringList RemoteBrowser::subFolders(const QString &dir)
+{
+    QString names;
+    if (m_rooms.desk.cancelled()) {
+        QString files;
+        m_rooms.cache.cachedNames(dir, names, files);
+    } else {
+        tolerant([&] { names = m_rooms.cache.caSubFolds(dir); });
+    }
+    return splitNames(names);
+}
+
+bool RemoteBrowser::mayHaveSubFolders(const QString &dir)
+{
+    if (m_rooms.desk.cancelled() || !m_rooms.session.connected()) {
+        QString folders;
+        QString files;
+        m_rooms.cache.cachedNames(dir, folders, files);
+        return !folders.isEmpty() || files.isEmpty() || isDoubtful(dir);
+    }
+    bool has = false;
+    tolerant([&] { has = m_rooms.cache.caHasSub(dir); });
+    return has || isDoubtful(dir);
+}
+
+void RemoteBrowser::showPath(const QString &path)
+{
+    if (path.isEmpty())
+        return;
+    const WaitCursor cursor;
+    const FlagScope busy(m_busy);
+    ++m_fill;
+    m_shown = QPersistentModelIndex();
+    const QPersistentModelIndex root =
+        m_nodes.setRoot(path.endsWith(QLatin1Char('/')) ? path.chopped(1) : path);
+    m_nodes.keys().restart(1);
+    if (!readNode(root))
+        m_nodes.markUnread(root);
+    if (!root.isValid())
+        return;
+    m_tree.setExpanded(root, !m_nodes.isUnread(root));
+    show(root);
+}
+
+bool RemoteBrowser::readNode(const QModelIndex &node)
+{
+    const WaitCursor cursor;
+    const FlagScope busy(m_busy);
+    const QPersistentModelIndex at(node);
+    const QString dir = dirOf(node);
+    const QStringList names = subFolders(dir);
+    if (!at.isValid() || (names.isEmpty() && (isDoubtful(dir) || m_rooms.desk.cancelled())))
+        return false;
+    m_nodes.removeChildren(at);
+    const bool all = addChildren(at, dir, names);
+    sayMisfits();
+    if (!all)
+        Q_EMIT ranOut();
+    return at.isValid();
+}
+
+/// Sub-folders appear as they become known: each one that was never listed costs the server's
+/// answer. After a Cancel the rest appears unread.
+bool RemoteBrowser::addChildren(const QPersistentModelIndex &parent, const QString &dir,
+                                const QStringList &names)
+{
+    std::vector<FolderTree::Entry> ready;
+    QElapsedTimer since;
+    since.start();
+    bool told = false;
+    bool all = true;
+    for (qsizetype i = 0; i < names.size() && all; ++i) {
+        FolderTree::Entry entry;
+        entry.text = names.at(i);
+        entry.hasSubFolders = mayHaveSubFolders(remoteChild(dir, names.at(i)));
+        ready.push_back(std::move(entry));
+        if (!parent.isValid())
+            break;
+        if (i + 1 < names.size() && since.elapsed() < showEvery)
+            continue;
+        all = m_nodes.addChildren(parent, std::exchange(ready, {}));
+        if (i + 1 < names.size()) {
+            told = true;
+            m_rooms.desk.setMessageLine(
+                dir +
+                QStringLiteral(" のﾌｫﾙﾀﾞを調べています･･･ %1/%2").arg(i + 1).arg(names.size()));
+            m_rooms.desk.yield();
+            since.start();
+        }
+    }
+    if (told)
+        m_rooms.desk.setMessageLine(QString());
+    return all;
+}
+
+void RemoteBrowser::show(const QModelIndex &node)
+{
+    const FlagScope busy(m_busy);
+    m_tree.setCurrentIndex(node);
+    m_tree.scrollTo(node);
+    fillList(node);
+}
+
+void RemoteBrowser::selectShown()
+{
+    const FlagScope busy(m_busy);
+    if (m_shown.isValid())
+        m_tree.setCurrentIndex(m_shown);
+}
+
+void RemoteBrowser::fillList(const QModelIndex &node)
+{
+    const WaitCursor cursor;
+    const int fill = ++m_fill;
+    m_shown = node;
+    m_nodes.setOpenNode(node);
+    m_rows.clear();
+    const QString dir = dirOf(node);
+    QString folders;
+    QString files;
+    tolerant([&] { m_rooms.cache.caDirList(dir, folders, files); });
+    if (fill != m_fill)
+        return;
+    std::vector<RowList::Row> rows = remoteRows(folders, files);
+    noteTrust(dir, rows.empty());
+    const bool all = m_rows.append(std::move(rows));
+    sayMisfits();
+    if (!all)
+        Q_EMIT ranOut();
+}
+
+void RemoteBrowser::noteTrust(const QString &dir, bool empty)
+{
+    QString text;
+    if (isDoubtful(dir))
+        text = empty ? QStringLiteral("一覧を取得できませんでした (F5で再表示)")
+                     : QStringLiteral("一覧の一部を取得できませんでした (F5で再表示)");
+    Q_EMIT noted(text);
+}
+
+bool RemoteBrowser::goTo(const QString &path)
+{
+    const QString target = normalisedRemoteDir(path);
+    if (!m_nodes.root().isValid())
+        return false;
+    if (!isBelowOrSameFolded(target, dirOf(m_nodes.root())))
+        showPath(m_nodes.text(m_nodes.root()).section(QLatin1Char('/'), 0, 0));
+    const FlagScope busy(m_busy);
+    QPersistentModelIndex at = m_nodes.root();
+    const QString start = dirOf(at);
+    const QString inside = start == QLatin1String("/") ? target : target.mid(start.size());
+    bool found = true;
+    bool known = true;
+    for (const QString &name : inside.split(QLatin1Char('/'), Qt::SkipEmptyParts)) {
+        const bool read = !m_nodes.isUnread(at) || readNode(at);
+        const QModelIndex next = m_nodes.child(at, name, Qt::CaseInsensitive);
+        found = next.isValid();
+        known = read && at.isValid() && !isDoubtful(dirOf(at));
+        if (!found)
+            break;
+        m_tree.expand(at);
+        at = next;
+    }
+    if (!at.isValid())
+        return false;
+    show(at);
+    if (!found && known)
+        m_rooms.desk.message(path + QStringLiteral("  が存在しません"));
+    else if (!found && m_rooms.session.connected() && !m_rooms.desk.cancelled())
+        m_rooms.desk.message(path + QStringLiteral(" の一覧を取得できませんでした"));
+    return found;
+}
+
+void RemoteBrowser::enter(const QString &name)
+{
+    const FlagScope busy(m_busy);
+    const QPersistentModelIndex at = m_shown;
+    if (m_nodes.isUnread(at) && !readNode(at))
+        return;
+    QModelIndex child = m_nodes.child(at, name, Qt::CaseSensitive);
+    if (!child.isValid() && at.isValid()) {
+        syncNode(at);
+        child = m_nodes.child(at, name, Qt::CaseSensitive);
+    }
+    if (!child.isValid())
+        return;
+    m_tree.expand(at);
+    show(child);
+}
+
+void RemoteBrowser::toParent()
+{
+    const QModelIndex parent = m_shown.parent();
+    if (parent.isValid())
+        show(parent);
+}
+
+} // namespace venlo
