@@ -81,7 +81,8 @@ void tst_Session::connectsAndDisconnects()
     QCOMPARE(f.session.homeDirectory(), QStringLiteral("/home"));
     QCOMPARE(f.session.currentRemoteDir(), QStringLiteral("/home"));
     QCOMPARE(f.session.currentSite(), site);
-    QCOMPARE(server.verbs(), QList<QByteArray>({"USER", "PASS", "FEAT", "OPTS", "TYPE", "PWD"}));
+    QCOMPARE(server.verbs(),
+             QList<QByteArray>({"AUTH", "USER", "PASS", "FEAT", "OPTS", "TYPE", "PWD"}));
     f.session.Disconnect();
     QCOMPARE(f.session.state(), Session::Open);
     QCOMPARE(f.session.homeDirectory(), QString());

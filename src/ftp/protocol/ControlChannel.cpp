@@ -20,39 +20,96 @@ bool hasForbiddenByte(const QByteArray &command)
 {
     return command.contains('\r') || command.contains('\n') || command.contains('\0');
 }
+
+bool endsByPeer(QAbstractSocket::SocketError error)
+{
+    return error == QAbstractSocket::RemoteHostClosedError ||
+           error == QAbstractSocket::SslHandshakeFailedError ||
+           error == QAbstractSocket::SslInternalError;
+}
 } // namespace
 
 ControlChannel::ControlChannel(Waiter &waiter, std::chrono::milliseconds replyLimit)
-    : m_waiter(waiter), m_replyLimit(replyLimit)
+    : m_waiter(waiter), m_replyLimit(replyLimit), m_socket(std::make_unique<QSslSocket>())
 {
-    m_socket.setReadBufferSize(ReplyParser::maxReply);
 }
 
 Result<void> ControlChannel::connectTo(const QString &host, quint16 port,
                                        const QNetworkProxy &proxy, std::chrono::milliseconds limit)
 {
     m_host = host;
+    m_port = port;
     m_lostWords.clear();
-    m_socket.setProxy(proxy);
-    m_socket.connectToHost(host, port);
+    m_endedByPeer = false;
+    m_socket = std::make_unique<QSslSocket>();
+    m_socket->setReadBufferSize(ReplyParser::maxReply);
+    m_socket->setProxy(proxy);
+    m_socket->connectToHost(host, port);
     const WaitEnd end = m_waiter.until(
         [this] {
-            return m_socket.state() == QAbstractSocket::ConnectedState ||
-                   m_socket.state() == QAbstractSocket::UnconnectedState;
+            return m_socket->state() == QAbstractSocket::ConnectedState ||
+                   m_socket->state() == QAbstractSocket::UnconnectedState;
         },
         limit);
-    if (m_socket.state() == QAbstractSocket::ConnectedState) {
-        m_socket.setSocketOption(QAbstractSocket::LowDelayOption, 1);
-        m_socket.setSocketOption(QAbstractSocket::KeepAliveOption, 1);
+    if (m_socket->state() == QAbstractSocket::ConnectedState) {
+        m_socket->setSocketOption(QAbstractSocket::LowDelayOption, 1);
+        m_socket->setSocketOption(QAbstractSocket::KeepAliveOption, 1);
         m_outstanding = 1; // the greeting
         return {};
     }
     const QString words =
-        end == WaitEnd::TimedOut ? QStringLiteral("connect timed out") : m_socket.errorString();
+        end == WaitEnd::TimedOut ? QStringLiteral("connect timed out") : m_socket->errorString();
     close();
     if (end == WaitEnd::Cancelled)
         return Error{ErrorClass::Cancelled, QStringLiteral("cancelled")};
     return Error{ErrorClass::Lost, words};
+}
+
+Result<ServerCertificate> ControlChannel::startTls(std::chrono::milliseconds limit)
+{
+    pump();
+    if (m_next || m_parser.broken() || m_parser.pending())
+        return lost(QStringLiteral("the server sent something before the TLS handshake"));
+    QSslConfiguration configuration = QSslConfiguration::defaultConfiguration();
+    configuration.setProtocol(QSsl::TlsV1_2OrLater);
+    configuration.setPeerVerifyMode(QSslSocket::QueryPeer);
+    // Data connections resume this session; without persistence it could not be handed to them.
+    configuration.setSslOption(QSsl::SslOptionDisableSessionPersistence, false);
+    m_socket->setSslConfiguration(configuration);
+    m_socket->setPeerVerifyName(m_host);
+    m_socket->startClientEncryption();
+    const WaitEnd end = m_waiter.until(
+        [this] {
+            return m_socket->isEncrypted() || m_socket->state() != QAbstractSocket::ConnectedState;
+        },
+        limit);
+    if (end == WaitEnd::Cancelled) {
+        close();
+        return Error{ErrorClass::Cancelled, QStringLiteral("cancelled")};
+    }
+    if (!m_socket->isEncrypted())
+        return lost(QStringLiteral("TLS handshake failed: ") +
+                    (end == WaitEnd::TimedOut ? QStringLiteral("no answer in time")
+                                              : m_socket->errorString()));
+    trace(QStringLiteral("! ") + tlsVersion());
+    const QString host =
+        m_host.contains(QLatin1Char(':')) ? QLatin1Char('[') + m_host + QLatin1Char(']') : m_host;
+    return ServerCertificate{host + QLatin1Char(':') + QString::number(m_port),
+                             m_socket->peerCertificate(), m_socket->sslHandshakeErrors()};
+}
+
+QString ControlChannel::tlsVersion() const
+{
+    if (!m_socket->isEncrypted())
+        return {};
+    switch (m_socket->sessionProtocol()) {
+    case QSsl::TlsV1_2:
+        return QStringLiteral("TLSv1.2");
+    case QSsl::TlsV1_3:
+        return QStringLiteral("TLSv1.3");
+    default:
+        return QStringLiteral("TLS");
+    }
 }
 
 Result<void> ControlChannel::send(const QByteArray &command, const QByteArray &shown)
@@ -64,16 +121,16 @@ Result<void> ControlChannel::send(const QByteArray &command, const QByteArray &s
     QByteArray line = command;
     line.replace(QByteArray(1, telnetIac), QByteArray(2, telnetIac));
     trace(QStringLiteral("> ") + QString::fromUtf8(shown.isEmpty() ? command : shown));
-    m_socket.write(line + "\r\n");
-    m_socket.flush();
+    m_socket->write(line + "\r\n");
+    m_socket->flush();
     ++m_outstanding;
     return {};
 }
 
 void ControlChannel::pump()
 {
-    if (m_socket.bytesAvailable() > 0)
-        m_parser.feed(m_socket.readAll());
+    if (m_socket->bytesAvailable() > 0)
+        m_parser.feed(m_socket->readAll());
     if (!m_next)
         m_next = m_parser.next();
 }
@@ -81,12 +138,12 @@ void ControlChannel::pump()
 bool ControlChannel::hasNews()
 {
     pump();
-    return m_next || m_parser.broken() || m_socket.state() != QAbstractSocket::ConnectedState;
+    return m_next || m_parser.broken() || m_socket->state() != QAbstractSocket::ConnectedState;
 }
 
 bool ControlChannel::isOpen()
 {
-    if (m_socket.state() == QAbstractSocket::UnconnectedState)
+    if (m_socket->state() == QAbstractSocket::UnconnectedState)
         return false;
     pump();
     while (m_next && m_outstanding == 0) {
@@ -103,7 +160,7 @@ bool ControlChannel::isOpen()
         (void)lost(QStringLiteral("the server sent something that is no reply"));
         return false;
     }
-    return m_socket.state() == QAbstractSocket::ConnectedState;
+    return m_socket->state() == QAbstractSocket::ConnectedState;
 }
 
 Result<Reply> ControlChannel::accounted(Reply reply)
@@ -147,7 +204,7 @@ Result<Reply> ControlChannel::whenReplyCame(bool timedOut)
         return lost(QStringLiteral("the server sent something that is no reply"));
     if (timedOut)
         return lost(QStringLiteral("no reply in time"));
-    return lost(m_socket.errorString());
+    return lost(m_socket->errorString());
 }
 
 Result<Reply> ControlChannel::readReply()
@@ -179,7 +236,7 @@ Result<Reply> ControlChannel::command(const QByteArray &command, const QByteArra
 
 void ControlChannel::close()
 {
-    m_socket.abort();
+    m_socket->abort();
     m_parser = ReplyParser();
     m_next.reset();
     m_outstanding = 0;
@@ -187,10 +244,11 @@ void ControlChannel::close()
 
 Error ControlChannel::lost(const QString &why)
 {
-    if (m_socket.state() != QAbstractSocket::UnconnectedState || m_lostWords.isEmpty()) {
+    if (m_socket->state() != QAbstractSocket::UnconnectedState || m_lostWords.isEmpty()) {
         m_lostWords = withoutSecret(why);
         trace(QStringLiteral("! ") + why);
     }
+    m_endedByPeer = m_endedByPeer || endsByPeer(m_socket->error());
     close();
     return Error{ErrorClass::Lost, m_lostWords};
 }

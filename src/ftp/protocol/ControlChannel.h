@@ -1,14 +1,17 @@
 #pragma once
 
 #include "ftp/protocol/Reply.h"
+#include "ftp/protocol/ServerCertificate.h"
 #include "shared/Result.h"
 
 #include <QHostAddress>
 #include <QNetworkProxy>
-#include <QTcpSocket>
+#include <QSslConfiguration>
+#include <QSslSocket>
 
 #include <chrono>
 #include <functional>
+#include <memory>
 #include <optional>
 
 namespace venlo
@@ -29,6 +32,17 @@ public:
     [[nodiscard]] Result<void> connectTo(const QString &host, quint16 port,
                                          const QNetworkProxy &proxy,
                                          std::chrono::milliseconds limit);
+    /// The TLS handshake (RFC 4217, 4), TLS 1.2 or newer. It succeeds with any certificate: nothing
+    /// secret may be sent before somebody has judged it. Bytes that came before it are refused,
+    /// because whoever sat on the line could have put replies there.
+    [[nodiscard]] Result<ServerCertificate> startTls(std::chrono::milliseconds limit);
+    [[nodiscard]] bool encrypted() const { return m_socket->isEncrypted(); }
+    /// "TLSv1.3", empty on a plain connection.
+    [[nodiscard]] QString tlsVersion() const;
+    /// What a data connection needs to resume this connection's TLS session.
+    [[nodiscard]] QSslConfiguration tlsSession() const { return m_socket->sslConfiguration(); }
+    /// The peer ended the connection, or no TLS could be agreed with it; nothing else closed it.
+    [[nodiscard]] bool endedByPeer() const { return m_endedByPeer; }
     /// Sends a command. CR, LF and NUL are refused before a byte leaves; 0xFF is doubled (RFC 854).
     /// shown is what the trace gets instead of a secret.
     [[nodiscard]] Result<void> send(const QByteArray &command, const QByteArray &shown = {});
@@ -51,8 +65,8 @@ public:
     /// What still comes was not asked for.
     void expectNothing() { m_outstanding = 0; }
 
-    [[nodiscard]] QHostAddress localAddress() const { return m_socket.localAddress(); }
-    [[nodiscard]] QHostAddress peerAddress() const { return m_socket.peerAddress(); }
+    [[nodiscard]] QHostAddress localAddress() const { return m_socket->localAddress(); }
+    [[nodiscard]] QHostAddress peerAddress() const { return m_socket->peerAddress(); }
     [[nodiscard]] QString peerName() const { return m_host; }
     void setTrace(Trace trace) { m_trace = std::move(trace); }
     /// A password that no trace, error or refusal may show; a shorter one than four characters
@@ -69,14 +83,16 @@ private:
 
     Waiter &m_waiter;
     std::chrono::milliseconds m_replyLimit;
-    QTcpSocket m_socket;
+    std::unique_ptr<QSslSocket> m_socket; ///< a new one for every connection
     ReplyParser m_parser;
     std::optional<Reply> m_next;
     QString m_host;
+    quint16 m_port = 0;
     QString m_lostWords;
     QString m_secret;
     Trace m_trace;
     int m_outstanding = 0;
+    bool m_endedByPeer = false;
 };
 
 } // namespace venlo

@@ -1,5 +1,9 @@
 #include "ftp/protocol/DataChannel.h"
 
+#include <algorithm>
+
+#include <QCoreApplication>
+
 namespace venlo
 {
 
@@ -9,13 +13,39 @@ constexpr qint64 sendAhead = 1024LL * 1024;
 // What the system may hold back: its own buffer can take megabytes, and a slow line would then
 // need longer for them than the wait for the completion reply lasts.
 constexpr int sendBuffer = 256 * 1024;
+
+/// Accepts sockets that can speak TLS.
+class TlsListener final : public QTcpServer
+{
+protected:
+    void incomingConnection(qintptr descriptor) override
+    {
+        auto socket = std::make_unique<QSslSocket>();
+        if (socket->setSocketDescriptor(descriptor))
+            addPendingConnection(socket.release());
+    }
+};
+
+/// Whether the TLS layer says that the peer closed, and not the connection below it: both have the
+/// same error code. The layer's own words tell, and that the connection below knows of no error.
+bool closedByTls(const QSslSocket &socket)
+{
+    const auto *below = socket.findChild<QTcpSocket *>();
+    return (below != nullptr && below->error() == QAbstractSocket::UnknownSocketError) ||
+           socket.errorString() ==
+               QCoreApplication::translate("QSslSocket", "The TLS/SSL connection has been closed");
+}
 } // namespace
 
 DataChannel::DataChannel(Direction direction) : m_direction(direction) {}
 
 void DataChannel::connectTo(const QString &host, quint16 port, const QNetworkProxy &proxy)
 {
-    auto socket = std::make_unique<QTcpSocket>();
+    std::unique_ptr<QTcpSocket> socket;
+    if (m_protection)
+        socket = std::make_unique<QSslSocket>();
+    else
+        socket = std::make_unique<QTcpSocket>();
     socket->setProxy(proxy);
     socket->connectToHost(host, port);
     adopt(std::move(socket));
@@ -27,23 +57,63 @@ void DataChannel::adopt(std::unique_ptr<QTcpSocket> socket)
     m_socket->setReadBufferSize(4 * chunk);
     QObject::connect(m_socket.get(), &QTcpSocket::connected, m_socket.get(),
                      [this] { onConnected(); });
-    QObject::connect(m_socket.get(), &QTcpSocket::bytesWritten, m_socket.get(),
-                     [this](qint64 bytes) { m_moved += bytes; });
+    if (m_protection) {
+        m_tls = qobject_cast<QSslSocket *>(m_socket.get());
+        m_tls->setSslConfiguration(m_protection->session);
+        m_tls->setPeerVerifyName(m_protection->host);
+        QObject::connect(m_tls, &QSslSocket::encrypted, m_tls, [this] { onEncrypted(); });
+        QObject::connect(m_tls, &QSslSocket::errorOccurred, m_tls,
+                         [this](QAbstractSocket::SocketError error) { onTlsError(error); });
+        // Bytes count once the system took them: bytesWritten comes when they are encrypted.
+        QObject::connect(m_tls, &QSslSocket::encryptedBytesWritten, m_tls,
+                         [this] { m_moved = std::max(m_moved, m_queued - unsentBytes()); });
+    } else {
+        QObject::connect(m_socket.get(), &QTcpSocket::bytesWritten, m_socket.get(),
+                         [this](qint64 bytes) { m_moved += bytes; });
+    }
     if (m_socket->state() == QAbstractSocket::ConnectedState)
         onConnected();
 }
 
 void DataChannel::onConnected()
 {
-    m_wasConnected = true;
     if (m_direction == Direction::Send)
         m_socket->setSocketOption(QAbstractSocket::SendBufferSizeSocketOption, sendBuffer);
+    if (m_tls != nullptr)
+        m_tls->startClientEncryption(); // in active mode too (RFC 4217, 7)
+    else
+        m_wasConnected = true;
+}
+
+void DataChannel::onEncrypted()
+{
+    // A resumed session proves the server; a new one could be anybody's.
+    m_otherServer = m_tls->peerCertificate() != m_protection->certificate;
+    m_wasConnected = !m_otherServer;
+    if (m_otherServer)
+        m_tls->abort();
+}
+
+void DataChannel::onTlsError(QAbstractSocket::SocketError error)
+{
+    if (error == QAbstractSocket::RemoteHostClosedError && m_wasConnected && closedByTls(*m_tls))
+        m_closeNotified = true;
+}
+
+/// An upper bound: what is encrypted already is a little longer than it was.
+qint64 DataChannel::unsentBytes() const
+{
+    return m_tls != nullptr ? m_tls->bytesToWrite() + m_tls->encryptedBytesToWrite()
+                            : m_socket->bytesToWrite();
 }
 
 quint16 DataChannel::listenOn(const QHostAddress &address, const QHostAddress &peer)
 {
     m_peer = peer;
-    m_server = std::make_unique<QTcpServer>();
+    if (m_protection)
+        m_server = std::make_unique<TlsListener>();
+    else
+        m_server = std::make_unique<QTcpServer>();
     m_server->setProxy(QNetworkProxy::NoProxy);
     if (!m_server->listen(address, 0))
         return 0;
@@ -77,7 +147,9 @@ bool DataChannel::failed() const
         return false;
     if (!m_wasConnected)
         return true;
-    return m_direction == Direction::Receive ? !closedInOrder() : !allSent();
+    if (m_direction == Direction::Send)
+        return !allSent();
+    return m_tls != nullptr ? !m_closeNotified && m_tls->bytesAvailable() == 0 : !closedInOrder();
 }
 
 bool DataChannel::closedInOrder() const
@@ -89,7 +161,11 @@ bool DataChannel::closedInOrder() const
 
 QString DataChannel::errorWords() const
 {
-    return m_socket ? m_socket->errorString() : QStringLiteral("no data connection came");
+    if (!m_socket)
+        return QStringLiteral("no data connection came");
+    if (m_otherServer)
+        return QStringLiteral("another certificate than that of the control connection");
+    return m_socket->errorString();
 }
 
 QByteArray DataChannel::read()
@@ -99,11 +175,15 @@ QByteArray DataChannel::read()
         return {};
     QByteArray bytes = m_socket->readAll(); // bounded by the read buffer
     m_moved += bytes.size();
+    if (m_closeNotified && m_socket->bytesAvailable() == 0)
+        m_socket->disconnectFromHost(); // some servers wait for it before their completion reply
     return bytes;
 }
 
 bool DataChannel::atEnd() const
 {
+    if (m_tls != nullptr)
+        return m_closeNotified && m_tls->bytesAvailable() == 0;
     return m_socket && m_wasConnected && m_socket->state() == QAbstractSocket::UnconnectedState &&
            m_socket->bytesAvailable() == 0 &&
            m_socket->error() == QAbstractSocket::RemoteHostClosedError;
@@ -112,7 +192,7 @@ bool DataChannel::atEnd() const
 bool DataChannel::wantsBytes() const
 {
     return m_socket && m_wasConnected && m_socket->state() == QAbstractSocket::ConnectedState &&
-           m_socket->bytesToWrite() < sendAhead;
+           unsentBytes() < sendAhead;
 }
 
 void DataChannel::write(const QByteArray &bytes)

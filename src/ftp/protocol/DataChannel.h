@@ -4,16 +4,29 @@
 
 #include <QHostAddress>
 #include <QNetworkProxy>
+#include <QSslCertificate>
+#include <QSslConfiguration>
+#include <QSslSocket>
 #include <QTcpServer>
-#include <QTcpSocket>
 
 #include <memory>
+#include <optional>
 
 namespace venlo
 {
 
+/// How data connections are protected: by the session of the control connection, and towards the
+/// server whose certificate was judged there.
+struct DataProtection {
+    QSslConfiguration session;
+    QString host; ///< the name that the control connection verified
+    QSslCertificate certificate;
+};
+
 /// One data connection (RFC 959, 3.2): opened towards the server or accepted from it, moves bytes
-/// one way, and knows whether its end was clean. Lives for one transfer; owned by the transfer.
+/// one way, and knows whether its end was clean: under TLS only close_notify says that all bytes
+/// came (RFC 8446, 6.1), without it the stream was cut. Towards the server an end in order cannot
+/// be acknowledged; its completion reply is what counts. Lives for one transfer; owned by it.
 class DataChannel
 {
 public:
@@ -23,6 +36,8 @@ public:
 
     explicit DataChannel(Direction direction);
 
+    /// Before connectTo or listenOn: the connection is to be a TLS one.
+    void protect(DataProtection protection) { m_protection = std::move(protection); }
     /// Begins to connect; failed() or connected() tells later.
     void connectTo(const QString &host, quint16 port, const QNetworkProxy &proxy);
     /// Waits for the server's connection on a free port of the address; 0 when that fails.
@@ -53,15 +68,22 @@ private:
     void adopt(std::unique_ptr<QTcpSocket> socket);
     void takePending();
     void onConnected();
+    void onEncrypted();
+    void onTlsError(QAbstractSocket::SocketError error);
+    [[nodiscard]] qint64 unsentBytes() const;
     [[nodiscard]] bool closedInOrder() const;
 
     Direction m_direction;
+    std::optional<DataProtection> m_protection;
     std::unique_ptr<QTcpSocket> m_socket;
+    QSslSocket *m_tls = nullptr; ///< the socket, where it is a protected one
     std::unique_ptr<QTcpServer> m_server;
     QHostAddress m_peer;
     qint64 m_moved = 0;
     qint64 m_queued = 0;
-    bool m_wasConnected = false;
+    bool m_wasConnected = false; ///< and its handshake was done
+    bool m_closeNotified = false;
+    bool m_otherServer = false; ///< the certificate is not that of the control connection
     bool m_finishing = false;
 };
 

@@ -60,18 +60,37 @@ Result<void> FtpClient::open(const ConnectOptions &options)
             return Error{ErrorClass::Local, QStringLiteral("a name or password holds a line end"),
                          0};
     }
-    m->control.close();
-    m->directory.clear();
     m->control.setSecret(options.password);
     m->proxy = proxy.value();
-    m->passive = options.passive || m->proxy.type() != QNetworkProxy::NoProxy;
-    if (auto connected = m->control.connectTo(address.value().host, address.value().port, m->proxy,
-                                              m->limits.connect);
+    ServerAddress target = address.value();
+    if (target.tls == TlsUse::Offered && m->tlsUsed)
+        target.tls = TlsUse::Must; // refused now, it was somebody else who answered
+    else if (target.tls == TlsUse::Offered && m->tlsRefused)
+        target.tls = TlsUse::Never;
+    auto result = m->connectTo(target, options);
+    if (!result && m->tlsBroke && target.tls == TlsUse::Offered) {
+        m->control.trace(QStringLiteral("! TLS does not work with this server: without it"));
+        m->tlsRefused = true;
+        target.tls = TlsUse::Never;
+        result = m->connectTo(target, options);
+    }
+    return result;
+}
+
+Result<void> FtpClient::State::connectTo(const ServerAddress &address,
+                                         const ConnectOptions &options)
+{
+    control.close();
+    directory.clear();
+    protectsData = false;
+    tlsBroke = false;
+    passive = options.passive || proxy.type() != QNetworkProxy::NoProxy;
+    if (auto connected = control.connectTo(address.host, address.port, proxy, limits.connect);
         !connected)
         return connected;
-    auto result = m->login(options);
+    auto result = login(address.tls, options);
     if (!result)
-        m->control.close();
+        control.close();
     return result;
 }
 
@@ -91,10 +110,8 @@ Result<void> FtpClient::State::greet()
     return {};
 }
 
-Result<void> FtpClient::State::login(const ConnectOptions &login)
+Result<void> FtpClient::State::authenticate(const ConnectOptions &login)
 {
-    if (auto greeted = greet(); !greeted)
-        return greeted;
     // Always UTF-8: what the names of the server are in is known at a later login only, and a
     // password must not depend on that.
     auto reply = control.command("USER " + login.user.toUtf8());
@@ -104,6 +121,35 @@ Result<void> FtpClient::State::login(const ConnectOptions &login)
         return reply.error();
     if (reply.value().code == needsAccount || !reply.value().completion())
         return Error{ErrorClass::Refused, reply.value().text(), reply.value().code};
+    return {};
+}
+
+Result<void> FtpClient::State::login(TlsUse use, const ConnectOptions &options)
+{
+    if (use == TlsUse::Implicit) {
+        if (auto secured = secure(options.accepts); !secured)
+            return secured;
+    }
+    if (auto greeted = greet(); !greeted)
+        return greeted;
+    if (use == TlsUse::Offered || use == TlsUse::Must) {
+        if (auto asked = askForTls(use, options.accepts); !asked)
+            return asked;
+    }
+    const bool tls = control.encrypted();
+    auto protection = tls ? protectData() : Protection::Refused;
+    if (!protection)
+        return protection.error();
+    if (auto known = authenticate(options); !known)
+        return known;
+    if (protection.value() == Protection::AfterLogin)
+        protection = protectData();
+    if (!protection)
+        return protection.error();
+    if (tls) {
+        if (auto settled = settleProtection(use, protection.value()); !settled)
+            return settled;
+    }
     if (auto learned = learnFeatures(); !learned)
         return learned;
     const auto type = control.command("TYPE I");

@@ -2,6 +2,7 @@
 
 #include "ftp/protocol/Listing.h"
 #include "ftp/protocol/NameCodec.h"
+#include "ftp/protocol/ServerCertificate.h"
 #include "shared/Result.h"
 
 #include <QByteArray>
@@ -29,6 +30,8 @@ struct ConnectOptions {
     QString password;
     QString proxy; ///< see parseProxy
     bool passive = true;
+    /// Asked at each TLS handshake; without it only what the system vouches for will do.
+    CertificateTest accepts = nullptr;
 };
 
 /// Limits of the client's waits.
@@ -51,10 +54,14 @@ public:
     FtpClient(Waiter &waiter, ClientLimits limits);
     ~FtpClient();
 
+    /// Where the server text leaves TLS open, a server that refused it or cannot do it is not asked
+    /// again by this client, and one that took it once must take it every time.
     [[nodiscard]] Result<void> open(const ConnectOptions &options);
     /// QUIT without waiting long, then closes. Never fails.
     void close();
     [[nodiscard]] bool isOpen() const;
+    /// "TLSv1.3" where control and data connections are protected, otherwise empty.
+    [[nodiscard]] QString security() const;
 
     [[nodiscard]] Result<QString> printDirectory();
     /// Absolute directory as bytes. No command is sent when the server is there already.

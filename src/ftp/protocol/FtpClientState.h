@@ -4,6 +4,7 @@
 #include "ftp/protocol/DataChannel.h"
 #include "ftp/protocol/FtpClient.h"
 #include "ftp/protocol/NameCodec.h"
+#include "ftp/protocol/ServerAddress.h"
 #include "ftp/protocol/Waiter.h"
 
 #include <QSet>
@@ -26,8 +27,20 @@ struct FtpClient::State {
         std::optional<Reply> final_; ///< completion or refusal
     };
 
+    [[nodiscard]] Result<void> connectTo(const ServerAddress &address,
+                                         const ConnectOptions &options);
     [[nodiscard]] Result<void> greet();
-    [[nodiscard]] Result<void> login(const ConnectOptions &options);
+    /// Greeting, TLS as far as it goes, user and password.
+    [[nodiscard]] Result<void> login(TlsUse use, const ConnectOptions &options);
+    [[nodiscard]] Result<void> authenticate(const ConnectOptions &options);
+    /// AUTH TLS (RFC 4217, 4). Ok without TLS too, where the server refused it and may.
+    [[nodiscard]] Result<void> askForTls(TlsUse use, const CertificateTest &accepts);
+    /// The handshake, and whether its certificate will do.
+    [[nodiscard]] Result<void> secure(const CertificateTest &accepts);
+    enum class Protection { Agreed, AfterLogin, Refused };
+    /// PBSZ and PROT (RFC 4217, 8 and 9).
+    [[nodiscard]] Result<Protection> protectData();
+    [[nodiscard]] Result<void> settleProtection(TlsUse use, Protection agreed);
     [[nodiscard]] Result<void> learnFeatures();
     [[nodiscard]] Result<Reply> expectCompletion(const QByteArray &command);
     /// A completion whose text is not what the command promises.
@@ -81,6 +94,11 @@ struct FtpClient::State {
     QSet<QByteArray> features; ///< upper-case first words of the FEAT lines
     QByteArray directory;      ///< what the server stands in, empty when not known
     bool knowsServer = false;  ///< a login has succeeded in asking for features before
+    bool tlsRefused = false;   ///< AUTH was refused, or what followed it did not work
+    bool tlsUsed = false;      ///< a login under TLS has succeeded: never without it again
+    bool tlsBroke = false;     ///< this connection ended in its AUTH or handshake
+    bool protectsData = false; ///< PROT P holds
+    QSslCertificate certificate;
     bool passive = true;
     bool useEpsv = true;
     bool mlsdRefused = false;

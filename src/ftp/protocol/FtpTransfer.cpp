@@ -100,6 +100,8 @@ Result<void> FtpClient::State::prepareActive(Transfer &transfer)
 
 Result<void> FtpClient::State::begin(Transfer &transfer, const QByteArray &command)
 {
+    if (protectsData)
+        transfer.data.protect({control.tlsSession(), control.peerName(), certificate});
     auto prepared = passive ? preparePassive(transfer) : prepareActive(transfer);
     if (!prepared && !passive && prepared.error().kind == ErrorClass::Refused) {
         control.trace(QStringLiteral("! active mode given up: ") + prepared.error().words);

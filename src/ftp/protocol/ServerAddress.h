@@ -8,10 +8,23 @@
 namespace venlo
 {
 
-/// Host and port of a server text: "host", "host:port", "[v6]:port", "v6".
+/// What a server text says about TLS (RFC 4217).
+enum class TlsUse {
+    Offered, ///< AUTH TLS is asked for; a server that refuses it is used without
+    Never,   ///< "ftp:"
+    Must,    ///< "ftps:": AUTH TLS or nothing
+    Implicit ///< "ftpsi:": TLS from the first byte on
+};
+
+/// Host and port of a server text: "host", "host:port", "[v6]:port", "v6", with "ftp:", "ftps:" or
+/// "ftpsi:" in front when it says more about TLS. "ftp:2121" is port 2121 of the host "ftp".
 struct ServerAddress {
+    static constexpr quint16 ftpPort = 21;
+    static constexpr quint16 implicitPort = 990;
+
     QString host;
-    quint16 port = 21;
+    quint16 port = ftpPort;
+    TlsUse tls = TlsUse::Offered;
 
     [[nodiscard]] static Result<ServerAddress> parse(const QString &text);
 };

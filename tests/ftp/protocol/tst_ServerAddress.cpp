@@ -13,6 +13,8 @@ class ServerAddressTest : public QObject
 private Q_SLOTS:
     void address_data();
     void address();
+    void tls_data();
+    void tls();
     void notAnAddress_data();
     void notAnAddress();
     void proxy_data();
@@ -59,6 +61,44 @@ void ServerAddressTest::address()
     QCOMPARE(static_cast<int>(read.value().port), port);
 }
 
+void ServerAddressTest::tls_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QString>("host");
+    QTest::addColumn<int>("port");
+    QTest::addColumn<int>("use");
+    const auto row = [](const char *text, const char *host, int port, TlsUse use) {
+        QTest::newRow(text) << QString::fromUtf8(text) << QString::fromUtf8(host) << port
+                            << static_cast<int>(use);
+    };
+    row("example.com", "example.com", 21, TlsUse::Offered);
+    row("ftp:example.com", "example.com", 21, TlsUse::Never);
+    row("ftp:example.com:2121", "example.com", 2121, TlsUse::Never);
+    row("ftps:example.com", "example.com", 21, TlsUse::Must);
+    row("FTPS:example.com:2121", "example.com", 2121, TlsUse::Must);
+    row("ftpsi:example.com", "example.com", 990, TlsUse::Implicit);
+    row("ftpsi:example.com:21", "example.com", 21, TlsUse::Implicit);
+    row("ftps:[::1]:21", "::1", 21, TlsUse::Must);
+    row("ftps:::1", "::1", 21, TlsUse::Must);
+    row(" ftps: example.com ", "example.com", 21, TlsUse::Must);
+    // hosts of that name
+    row("ftp", "ftp", 21, TlsUse::Offered);
+    row("ftp:2121", "ftp", 2121, TlsUse::Offered);
+    row("ftps:990", "ftps", 990, TlsUse::Offered);
+    row("ftp.example.com", "ftp.example.com", 21, TlsUse::Offered);
+    row("ftps:ftps:990", "ftps", 990, TlsUse::Must);
+}
+
+void ServerAddressTest::tls()
+{
+    QFETCH(QString, text);
+    const auto read = ServerAddress::parse(text);
+    QVERIFY(read.ok());
+    QTEST(read.value().host, "host");
+    QTEST(static_cast<int>(read.value().port), "port");
+    QTEST(static_cast<int>(read.value().tls), "use");
+}
+
 void ServerAddressTest::notAnAddress_data()
 {
     QTest::addColumn<QString>("text");
@@ -88,6 +128,12 @@ void ServerAddressTest::notAnAddress_data()
     row("LF inside", QStringLiteral("ho\nst"));
     row("NUL inside", QStringLiteral("ho") + QChar(0) + QStringLiteral("st"));
     row("NUL at the end", QStringLiteral("host") + QChar(0));
+    row("prefix alone", QStringLiteral("ftps:"));
+    row("two prefixes", QStringLiteral("ftps:ftp:host"));
+    row("port with a blank behind a prefix", QStringLiteral("ftps: 21"));
+    row("LF before a prefix", QStringLiteral("\nftps:host"));
+    row("LF behind a prefix", QStringLiteral("ftps:\nhost"));
+    row("URL of a prefix", QStringLiteral("ftps://host"));
     row("much too long", QString(300, QLatin1Char('a')));
 }
 
