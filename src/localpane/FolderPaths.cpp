@@ -77,6 +77,14 @@ bool folderExists(const QString &path)
     return info.isAbsolute() && info.isDir();
 }
 
+FolderStamp FolderStamp::of(const QString &folder)
+{
+    constexpr qint64 coarsest =
+        20; // milliseconds between two ticks of the clock files are dated by
+    const QDateTime date = QFileInfo(folder).lastModified();
+    return {date, date.msecsTo(QDateTime::currentDateTime()) <= coarsest};
+}
+
 QString nearestExisting(const QString &path)
 {
     QString folder = tidyFolder(path);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QDateTime>
 #include <QString>
 #include <QStringList>
 
@@ -24,6 +25,13 @@ namespace venlo
 [[nodiscard]] QStringList namesBelow(const QString &root, const QString &path, bool &found);
 
 [[nodiscard]] bool folderExists(const QString &path);
+/// When a folder's entries last changed, and whether that was so short a time before the look that
+/// a change after it may carry the same date.
+struct FolderStamp {
+    QDateTime date;
+    bool fresh = false;
+    [[nodiscard]] static FolderStamp of(const QString &folder);
+};
 /// The path itself, or the nearest folder above it that exists.
 [[nodiscard]] QString nearestExisting(const QString &path);
 

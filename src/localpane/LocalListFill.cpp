@@ -36,7 +36,7 @@ LocalListFill::LocalListFill(RowList &rows, PaneView &view, FrontEnd &frontEnd)
 
 bool LocalListFill::changed() const
 {
-    return QFileInfo(m_folder).lastModified() != m_stamp;
+    return QFileInfo(m_folder).lastModified() != m_stamp.date;
 }
 
 RowList::Row LocalListFill::rowFor(const DiskEntry &entry, bool open)
@@ -88,7 +88,8 @@ void LocalListFill::FillList(const QString &folder)
     const bool again = isSameFolder(folder, m_folder);
     const Kept kept = again ? keep() : Kept();
     // A bare drive keeps no date worth watching: the first look reads it once more.
-    m_stamp = isBareDrive(folder) ? QDateTime::currentDateTime() : QFileInfo(folder).lastModified();
+    m_stamp =
+        isBareDrive(folder) ? FolderStamp{QDateTime::currentDateTime()} : FolderStamp::of(folder);
     const auto entries = readFolder(folder);
     Rows folders;
     Rows files;
@@ -112,6 +113,16 @@ void LocalListFill::FillList(const QString &folder)
     }
     if (appendAndYield(std::move(folders), fill) && appendAndYield(std::move(files), fill))
         finishFill(entries.value(), kept);
+}
+
+void LocalListFill::refill()
+{
+    const QString folder = m_folder;
+    const FolderStamp stamp = FolderStamp::of(folder);
+    const QPointer<LocalListFill> self(this);
+    FillList(folder);
+    if (self != nullptr && m_folder == folder)
+        m_stamp = stamp;
 }
 
 bool LocalListFill::appendAndYield(Rows rows, int fill)

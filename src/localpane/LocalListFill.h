@@ -1,9 +1,9 @@
 #pragma once
 
-#include <QDateTime>
 #include <QObject>
 #include <QSet>
 
+#include "localpane/FolderPaths.h"
 #include "localpane/FolderSizes.h"
 #include "views/RowList.h"
 
@@ -29,6 +29,8 @@ public:
 
     /// Replaces the list by the folder's content; a folder that does not exist leaves it as it is.
     void FillList(const QString &folder);
+    /// The same for the folder that shows, whose own date counts from now on.
+    void refill();
     /// Brings the list up to date without clearing it.
     void UpdateList();
     /// "" or "*.*" shows every file.
@@ -40,6 +42,8 @@ public:
     [[nodiscard]] bool filling() const { return m_filling > 0; }
     /// True when the folder's own date is no longer the one it was read at.
     [[nodiscard]] bool changed() const;
+    /// True when the date could not tell of a change that came right behind the last look.
+    [[nodiscard]] bool unsure() const { return m_stamp.fresh; }
 
 Q_SIGNALS:
     /// The keys of the rows ran out. atOnce: not one was left when the fill began.
@@ -74,7 +78,7 @@ private:
     FolderSizes m_sizes;
     QString m_folder;
     QString m_filter;
-    QDateTime m_stamp;
+    FolderStamp m_stamp;
     QString m_toldOdd;
     int m_fill = 0;
     int m_filling = 0;

@@ -1,5 +1,4 @@
 // How the list is brought up to date in place.
-#include <QFileInfo>
 #include <QHash>
 
 #include "db/DisplayFormat.h"
@@ -23,7 +22,7 @@ void LocalListFill::UpdateList()
 {
     if (!folderExists(m_folder))
         return;
-    const QDateTime stamp = QFileInfo(m_folder).lastModified();
+    const FolderStamp stamp = FolderStamp::of(m_folder);
     const auto entries = readFolder(m_folder);
     if (!entries) {
         m_frontEnd.message(entries.error().words);

@@ -14,14 +14,6 @@
 namespace venlo
 {
 
-namespace
-{
-QDateTime dateOf(const QString &folder)
-{
-    return QFileInfo(folder).lastModified();
-}
-} // namespace
-
 LocalTreeFill::LocalTreeFill(FolderTree &tree, PaneView &view, FrontEnd &frontEnd)
     : m_tree(tree), m_view(view), m_frontEnd(frontEnd)
 {
@@ -40,13 +32,29 @@ QString LocalTreeFill::selectedPath() const
 
 bool LocalTreeFill::changed() const
 {
-    return dateOf(root()) != m_stamp;
+    return QFileInfo(root()).lastModified() != m_stamp.date;
+}
+
+bool LocalTreeFill::differs()
+{
+    if (!m_stamp.fresh)
+        return false;
+    m_stamp.fresh = FolderStamp::of(root()).fresh;
+    const auto folders = readSubFolders(root());
+    const QModelIndex top = m_tree.root();
+    if (!folders || m_tree.isUnread(top))
+        return false;
+    const auto &now = folders.value();
+    return static_cast<int>(now.size()) != m_tree.rowCount(top) ||
+           std::any_of(now.begin(), now.end(), [&](const SubFolder &folder) {
+               return !m_tree.child(top, folder.name, Qt::CaseSensitive).isValid();
+           });
 }
 
 void LocalTreeFill::showRoot(const QString &root)
 {
     const QScopedValueRollback<int> quiet(m_quiet, m_quiet + 1);
-    m_stamp = dateOf(root);
+    m_stamp = FolderStamp::of(root);
     const QPersistentModelIndex node = m_tree.setRoot(root);
     addSubFolders(node);
     m_view.expand(node);
@@ -78,7 +86,7 @@ void LocalTreeFill::readNode(const QModelIndex &node)
     const QPersistentModelIndex kept(node);
     const Kept before = keep(node);
     if (node == m_tree.root())
-        m_stamp = dateOf(root());
+        m_stamp = FolderStamp::of(root());
     m_tree.removeChildren(node);
     addSubFolders(kept);
     restore(before);

@@ -1,10 +1,10 @@
 #pragma once
 
-#include <QDateTime>
 #include <QObject>
 #include <QPersistentModelIndex>
 #include <QStringList>
 
+#include "localpane/FolderPaths.h"
 #include "views/FolderTree.h"
 
 namespace venlo
@@ -40,6 +40,9 @@ public:
     [[nodiscard]] QString selectedPath() const;
     /// True when the root's own date is no longer the one it was read at.
     [[nodiscard]] bool changed() const;
+    /// A look at the folders themselves where the date could not tell of a change that came right
+    /// behind the last look.
+    [[nodiscard]] bool differs();
     [[nodiscard]] bool quiet() const { return m_quiet > 0; }
 
 Q_SIGNALS:
@@ -67,7 +70,7 @@ private:
     FolderTree &m_tree;
     PaneView &m_view;
     FrontEnd &m_frontEnd;
-    QDateTime m_stamp;
+    FolderStamp m_stamp;
     int m_quiet = 0;
 };
 

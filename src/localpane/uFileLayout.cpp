@@ -9,6 +9,7 @@
 #include <QLineEdit>
 #include <QPointer>
 #include <QSplitter>
+#include <QTimer>
 #include <QToolButton>
 #include <QVBoxLayout>
 
@@ -52,10 +53,11 @@ uFile::Parts::Parts(uFile &pane, Rooms given)
     connect(listFill.get(), &LocalListFill::ranOut, this, &Parts::keysOut);
     connectViews();
     connectBar();
-    Timer1.setObjectName(QStringLiteral("Timer1"));
-    Timer1.setInterval(watchMilliseconds);
-    connect(&Timer1, &QTimer::timeout, this, &Parts::tick);
-    Timer1.start();
+    Timer1 = new QTimer(&q);
+    Timer1->setObjectName(QStringLiteral("Timer1"));
+    Timer1->setInterval(watchMilliseconds);
+    connect(Timer1, &QTimer::timeout, this, &Parts::tick);
+    Timer1->start();
 }
 
 uFile::Parts::~Parts()
@@ -85,7 +87,6 @@ void uFile::Parts::build()
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(bar);
     layout->addWidget(splitter, 1);
-    q.setFocusProxy(treeView);
     QWidget::setTabOrder(treeView, listView);
     QWidget::setTabOrder(listView, bar->cbRoot());
     QWidget::setTabOrder(bar->cbRoot(), bar->imFnd());

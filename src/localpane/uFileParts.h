@@ -3,7 +3,6 @@
 #include <memory>
 
 #include <QObject>
-#include <QTimer>
 
 #include "localpane/IconList.h"
 #include "localpane/LocalListFill.h"
@@ -16,6 +15,7 @@
 #include "views/SortState.h"
 
 class QSplitter;
+class QTimer;
 
 namespace venlo
 {
@@ -98,7 +98,7 @@ struct uFile::Parts final : public QObject, public LocalViews {
     std::unique_ptr<LocalCommands> commands;
     IconList ImgLst;
     SortState sort;
-    QTimer Timer1;
+    QTimer *Timer1 = nullptr;
     QString syncMark;
     QString expandKey;   ///< of the node that a drag hovers over
     int treeHeight = -1; ///< not placed yet; -1: the default

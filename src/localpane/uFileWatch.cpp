@@ -44,7 +44,7 @@ void uFile::Parts::look()
             vanished(root);
             return;
         }
-        if (treeFill->changed())
+        if (treeFill->changed() || treeFill->differs())
             treeFill->refill();
     }
     const QString folder = listFill->folder();
@@ -53,7 +53,9 @@ void uFile::Parts::look()
     if (!folderExists(folder))
         vanished(folder);
     else if (listFill->changed())
-        listFill->FillList(folder);
+        listFill->refill();
+    else if (listFill->unsure())
+        listFill->UpdateList();
 }
 
 void uFile::Parts::vanished(const QString &folder)

@@ -1,0 +1,239 @@
+// How the local pane keeps itself current with the disk.
+#include "localpane/LocalListFill.h"
+#include "localpane/PaneFixture.h"
+
+#include <QFile>
+#include <QMenu>
+#include <QScrollBar>
+#include <QSignalSpy>
+
+using namespace venlo;
+using venlo::test::makeTree;
+using venlo::test::PaneFixture;
+
+namespace
+{
+struct Fixture : PaneFixture {
+    Fixture()
+    {
+        made = makeTree(here(), {{"sub/deep/er/", ""}, {"sub/in.txt", "1"}, {"a.txt", "1"}});
+        pane->cOn(here());
+    }
+    [[nodiscard]] QString sub() const { return at(QStringLiteral("sub")); }
+    void add(const char *name) const { QVERIFY(makeTree(here(), {{name, "1"}})); }
+    bool made = false;
+};
+
+const QString gone = QStringLiteral(" が存在しません");
+} // namespace
+
+class tst_uFileWatch : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void showsWhatIsNewByItself();
+    void leavesAloneWhatDidNotChange();
+    void readsABareDriveOnceMore();
+    void keepsSelectionAndScrollPosition();
+    void keepsExpandedNodes();
+    void waitsWhileBusy();
+    void waitsWhileANameIsEdited();
+    void waitsWhileAMenuIsOpen();
+    void goesUpFromAFolderThatVanished();
+    void goesUpFromARootThatVanished();
+    void updatesInPlace();
+};
+
+void tst_uFileWatch::showsWhatIsNewByItself()
+{
+    Fixture f;
+    f.timer()->setInterval(20);
+    f.add("new.txt");
+    f.add("newer/");
+    QTRY_VERIFY(f.names().contains(QStringLiteral("new.txt")));
+    QTRY_VERIFY(f.childrenOf(f.here()).contains(QStringLiteral("newer")));
+    QVERIFY(QFile::remove(f.at(QStringLiteral("new.txt"))));
+    QTRY_VERIFY(!f.names().contains(QStringLiteral("new.txt")));
+}
+
+void tst_uFileWatch::leavesAloneWhatDidNotChange()
+{
+    Fixture f;
+    const QString row = f.rowKey(QStringLiteral("a.txt"));
+    const QString node = f.tree().key(f.node(f.sub()));
+    f.tick();
+    QCOMPARE(f.rowKey(QStringLiteral("a.txt")), row);
+    QCOMPARE(f.tree().key(f.node(f.sub())), node);
+}
+
+void tst_uFileWatch::readsABareDriveOnceMore()
+{
+    Fixture f;
+    f.pane->cOn(QStringLiteral("/"));
+    const int rows = f.rows().count();
+    const QString first = f.rows().row(0).key;
+    f.tick();
+    const QString second = f.rows().row(0).key;
+    QVERIFY2(first != second, "its stamp was the clock's");
+    QCOMPARE(f.rows().count(), rows);
+    f.tick();
+    QCOMPARE(f.rows().row(0).key, second);
+}
+
+void tst_uFileWatch::keepsSelectionAndScrollPosition()
+{
+    Fixture f;
+    for (int i = 0; i < 200; ++i)
+        QVERIFY(makeTree(f.sub(), {{QByteArray("f") + QByteArray::number(1000 + i), "1"}}));
+    f.pane->SetRr(f.sub(), {}, 0);
+    f.click(QStringLiteral("f1100"));
+    f.click(QStringLiteral("f1102"), Qt::ControlModifier);
+    const int scroll = f.listView().verticalScrollBar()->value();
+    QVERIFY(scroll > 0);
+    QVERIFY(makeTree(f.sub(), {{"z new", "1"}}));
+    f.tick();
+    QVERIFY(f.names().contains(QStringLiteral("z new")));
+    QStringList selected;
+    for (const QModelIndex &index : f.listView().selectionModel()->selectedRows())
+        selected << f.rows().text(index.row(), 0);
+    selected.sort();
+    QCOMPARE(selected, (QStringList{QStringLiteral("f1100"), QStringLiteral("f1102")}));
+    QCOMPARE(f.rows().text(f.listView().currentIndex().row(), 0), QStringLiteral("f1102"));
+    QCOMPARE(f.listView().verticalScrollBar()->value(), scroll);
+    QVERIFY(f.listView().updatesEnabled());
+}
+
+void tst_uFileWatch::keepsExpandedNodes()
+{
+    Fixture f;
+    f.treeView().expand(f.node(f.sub()));
+    f.treeView().expand(f.node(f.at(QStringLiteral("sub/deep"))));
+    f.clickNode(f.at(QStringLiteral("sub/deep/er")));
+    f.add("new/");
+    f.tick();
+    QVERIFY(f.childrenOf(f.here()).contains(QStringLiteral("new")));
+    QVERIFY(f.treeView().isExpanded(f.node(f.at(QStringLiteral("sub/deep")))));
+    QCOMPARE(f.pane->NodePath(), f.at(QStringLiteral("sub/deep/er")));
+    f.treeView().setCurrentIndex(f.tree().root());
+    f.pane->ReFresh();
+    QVERIFY(f.treeView().isExpanded(f.node(f.at(QStringLiteral("sub/deep")))));
+    QCOMPARE(f.pane->NodePath(), f.here());
+}
+
+void tst_uFileWatch::waitsWhileBusy()
+{
+    Fixture f;
+    f.add("new.txt");
+    {
+        const auto turn = f.gate.begin();
+        f.tick();
+        QVERIFY(!f.names().contains(QStringLiteral("new.txt")));
+    }
+    f.tick();
+    QVERIFY(f.names().contains(QStringLiteral("new.txt")));
+}
+
+void tst_uFileWatch::waitsWhileANameIsEdited()
+{
+    Fixture f;
+    f.listView().editName(f.rows().index(f.rowOf(QStringLiteral("a.txt")), 0));
+    QVERIFY(f.listView().editingName());
+    f.add("new.txt");
+    f.tick();
+    QVERIFY(f.listView().editingName());
+    QVERIFY(!f.names().contains(QStringLiteral("new.txt")));
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
+    QTRY_VERIFY(!f.listView().editingName());
+    f.tick();
+    QVERIFY(f.names().contains(QStringLiteral("new.txt")));
+}
+
+void tst_uFileWatch::waitsWhileAMenuIsOpen()
+{
+    Fixture f;
+    f.click(QStringLiteral("a.txt"));
+    f.add("new.txt");
+    bool seen = true;
+    QTimer::singleShot(0, f.menus.menu(pfFtp::TREE), [&] {
+        f.tick();
+        seen = f.names().contains(QStringLiteral("new.txt"));
+        f.menus.menu(pfFtp::TREE)->close();
+    });
+    QTest::keyClick(&f.listView(), Qt::Key_Menu);
+    QVERIFY(!seen);
+    f.tick();
+    QVERIFY(f.names().contains(QStringLiteral("new.txt")));
+}
+
+void tst_uFileWatch::goesUpFromAFolderThatVanished()
+{
+    Fixture f;
+    const QString deep = f.at(QStringLiteral("sub/deep/er"));
+    f.pane->SetRr(deep, {}, 0);
+    QVERIFY(QDir(f.at(QStringLiteral("sub/deep"))).removeRecursively());
+    f.person.expectMessage(deep + gone);
+    f.tick();
+    QCOMPARE(f.pane->NodePath(), f.sub());
+    QCOMPARE(f.names(), QStringList{QStringLiteral("in.txt")});
+    QCOMPARE(f.childrenOf(f.sub()), QStringList());
+    f.tick();
+    QVERIFY2(f.person.verify(), "said once");
+}
+
+void tst_uFileWatch::goesUpFromARootThatVanished()
+{
+    Fixture f;
+    const QString root = f.at(QStringLiteral("sub/deep"));
+    f.pane->cOn(root);
+    f.pane->SetRr(f.at(QStringLiteral("sub/deep/er")), {}, 0);
+    QVERIFY(QDir(root).removeRecursively());
+    f.person.expectMessage(root + gone);
+    // A tick inside the message must not say it again.
+    f.person.onYield([&] { f.tick(); });
+    f.tick();
+    f.person.onYield({});
+    QCOMPARE(f.pane->Root(), f.sub());
+    QCOMPARE(f.pane->NodePath(), f.sub());
+    QCOMPARE(f.names(), QStringList{QStringLiteral("in.txt")});
+    f.tick();
+    QVERIFY(f.person.verify());
+}
+
+void tst_uFileWatch::updatesInPlace()
+{
+    Fixture f;
+    RowList rows(LocalListFill::layout());
+    const QAbstractItemModelTester tester(&rows);
+    PaneView view(PaneView::Kind::List);
+    view.setModel(&rows);
+    rows.sort(LocalListFill::SortKey, Qt::AscendingOrder);
+    LocalListFill fill(rows, view, f.person);
+    QVERIFY(makeTree(f.here(), {{"gone.txt", "1"}, {"same", "1"}}));
+    fill.setFilter(QStringLiteral("txt"));
+    fill.FillList(f.here());
+    const QString key = rows.row(rows.rowOf(EntryTag::FL, QStringLiteral("a.txt"))).key;
+    // A folder in place of a file of the same name is another entry.
+    QVERIFY(QFile::remove(f.at(QStringLiteral("gone.txt"))));
+    const QDateTime then(QDate(2020, 1, 2), QTime(3, 4, 5));
+    QVERIFY(makeTree(f.here(), {{"a.txt", QByteArray(3000, 'x'), then},
+                                {"b.txt", "1"},
+                                {"b.css", "1"},
+                                {"gone.txt/", ""}}));
+    fill.UpdateList();
+    QStringList shown;
+    for (int row = 0; row < rows.count(); ++row)
+        shown << rows.text(row, LocalListFill::SortKey);
+    QCOMPARE(shown, (QStringList{QStringLiteral("Dgone.txt"), QStringLiteral("Dsub"),
+                                 QStringLiteral("La.txt"), QStringLiteral("Lb.txt"),
+                                 QStringLiteral("Lsame")}));
+    const int row = rows.rowOfKey(key);
+    QCOMPARE(rows.text(row, LocalListFill::Name), QStringLiteral("a.txt"));
+    QCOMPARE(rows.text(row, LocalListFill::Modified), QStringLiteral("20/01/02 03:04:05"));
+    QCOMPARE(rows.text(row, LocalListFill::Size), QStringLiteral("3KB"));
+    QVERIFY2(!fill.changed(), "the watch has nothing left to do");
+    QTRY_COMPARE(rows.text(0, LocalListFill::Size), QStringLiteral("B"));
+}
+
+QTEST_MAIN(tst_uFileWatch)
+#include "tst_uFileWatch.moc"
