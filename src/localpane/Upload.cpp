@@ -102,7 +102,7 @@ qint64 Upload::bytesOf(const Group &group)
     return bytes;
 }
 
-bool Upload::run(const Group &group, const QString &remoteDir)
+bool Upload::runRows(const Group &group, const QString &remoteDir)
 {
     m_window.setTotal(bytesOf(group));
     return runGroup(group, remoteDir);

@@ -31,7 +31,7 @@ public:
         QList<UploadLine> files; ///< with texts as the person saw them
     };
     /// One folder's part: its folders, the message text, its files.
-    [[nodiscard]] bool run(const Group &group, const QString &remoteDir);
+    [[nodiscard]] bool runRows(const Group &group, const QString &remoteDir);
     /// A whole folder tree; no message text.
     [[nodiscard]] bool runFolder(const QString &folder, const QString &remoteDir);
 

@@ -92,7 +92,7 @@ void uFile::Parts::upload(bool wholeFolder, const QString &source, const QString
     if (wholeFolder)
         static_cast<void>(work.runFolder(source, target));
     else
-        static_cast<void>(work.run(selectedRows(*list, *listView, source), target));
+        static_cast<void>(work.runRows(selectedRows(*list, *listView, source), target));
 }
 
 } // namespace venlo
