@@ -61,7 +61,7 @@ QString FileListModel::line(int row) const
 
 QVariant FileListModel::data(const QModelIndex &index, int role) const
 {
-    if (!checkIndex(index, CheckIndexOption::IndexIsValid))
+    if (!index.isValid())
         return {};
     if (role == Qt::DisplayRole || role == Qt::ToolTipRole) {
         const QString cell = text(file(index.row()), index.column());

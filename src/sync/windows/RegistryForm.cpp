@@ -47,9 +47,9 @@ void RegistryForm::picked()
 
 void RegistryForm::startNew()
 {
-    clearBoxes();
     m_list->clearSelection();
     m_list->setCurrentRow(-1);
+    clearBoxes();
     setButtons();
 }
 

@@ -61,7 +61,7 @@ QLineEdit *RegistryForm::addBox(const QString &objectName, const QString &captio
     m_grid->addWidget(box, row, boxColumn, 1, beside == nullptr ? 2 : 1);
     if (beside != nullptr) {
         m_grid->addWidget(beside, row, besideColumn);
-        beside->raise();
+        setTabOrder(box, beside);
     }
     connect(box, &QLineEdit::textChanged, this, [this] {
         if (m_name != nullptr)
