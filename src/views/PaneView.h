@@ -54,6 +54,7 @@ public:
     void setModel(QAbstractItemModel *model) override;
 
     void setDragPartner(DragPartner *partner) { m_partner = partner; }
+    [[nodiscard]] DragPartner *dragPartner() const { return m_partner; }
 
     /// The name editor: accept returns false to keep it open (the pane has said why); abandoned is
     /// called after Escape or when the view loses the entry. Unchanged text counts as entered.
