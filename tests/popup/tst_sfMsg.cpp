@@ -52,6 +52,7 @@ private Q_SLOTS:
     void cancelAsksOnce();
     void cancelFromElsewhereShows();
     void progressOfFileAndWhole();
+    void longNamesGiveWay();
     void unknownSizes();
     void aFileTriedAgainCountsOnce();
     void hiddenWindowIgnoresProgress();
@@ -221,6 +222,16 @@ void tst_sfMsg::progressOfFileAndWhole()
     QTRY_COMPARE(label("lbWhole"), QStringLiteral("全体  1件  11KB / 40KB"));
     QCOMPARE(part<QProgressBar>(*m_window, "pgWhole").value(), 275);
     QCOMPARE(part<QProgressBar>(*m_window, "pgFile").value(), 33);
+}
+
+void tst_sfMsg::longNamesGiveWay()
+{
+    m_window->cOn();
+    m_desk->progress({QString(300, QLatin1Char('x')), 2'000, 10'000});
+    QTRY_VERIFY(label("lbFile").endsWith(QStringLiteral("xxx  2KB / 10KB")));
+    const auto &line = part<QLabel>(*m_window, "lbFile");
+    QVERIFY(line.fontMetrics().horizontalAdvance(line.text()) <= line.width());
+    QVERIFY(line.toolTip().size() >= 300);
 }
 
 void tst_sfMsg::unknownSizes()

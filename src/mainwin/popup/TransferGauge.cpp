@@ -130,12 +130,15 @@ void TransferGauge::draw()
 void TransferGauge::drawFile()
 {
     const bool knowsEnd = m_progress.total >= 0;
-    QString text = m_progress.name;
-    if (m_inFile)
-        text += QStringLiteral("  ") + sizes(m_progress.done, m_progress.total);
-    m_fileLine.what->setText(text);
-    m_fileLine.what->setToolTip(m_progress.name.toHtmlEscaped());
+    const QString bytes =
+        m_inFile ? QStringLiteral("  ") + sizes(m_progress.done, m_progress.total) : QString();
     m_fileLine.pace->setText(m_inFile ? pace(m_file, knowsEnd) : QString());
+    // A long name gives way to the figures, not they to it.
+    const QFontMetrics metrics = m_fileLine.what->fontMetrics();
+    const int room = width() - m_fileLine.pace->sizeHint().width() -
+                     metrics.horizontalAdvance(bytes) - metrics.averageCharWidth() * 2;
+    m_fileLine.what->setText(metrics.elidedText(m_progress.name, Qt::ElideMiddle, room) + bytes);
+    m_fileLine.what->setToolTip(m_progress.name.toHtmlEscaped());
     setBar(*m_fileLine.bar, m_inFile ? m_file.permille() : 0, knowsEnd, m_inFile);
 }
 
