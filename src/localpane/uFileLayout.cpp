@@ -122,7 +122,7 @@ void uFile::Parts::buildList()
     list->sort(LocalListFill::SortKey, Qt::AscendingOrder);
     listView->showSort(-1, Qt::AscendingOrder);
     const int letter = listView->fontMetrics().averageCharWidth();
-    constexpr std::array letters{28, 20, 12, 8, 24, 7};
+    constexpr std::array letters{28, 20, 12, 10, 24, 8};
     for (int column = 0; column < static_cast<int>(letters.size()); ++column)
         listView->setColumnWidth(column, letter * letters.at(static_cast<size_t>(column)));
 }

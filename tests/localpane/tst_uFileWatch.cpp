@@ -2,10 +2,13 @@
 #include "localpane/LocalListFill.h"
 #include "localpane/PaneFixture.h"
 
+#include <QDragEnterEvent>
 #include <QFile>
 #include <QMenu>
+#include <QMimeData>
 #include <QScrollBar>
 #include <QSignalSpy>
+#include <QUrl>
 
 using namespace venlo;
 using venlo::test::makeTree;
@@ -42,6 +45,7 @@ private Q_SLOTS:
     void waitsWhileAMenuIsOpen();
     void goesUpFromAFolderThatVanished();
     void goesUpFromARootThatVanished();
+    void opensHoveredNodes();
     void updatesInPlace();
 };
 
@@ -198,6 +202,27 @@ void tst_uFileWatch::goesUpFromARootThatVanished()
     QCOMPARE(f.names(), QStringList{QStringLiteral("in.txt")});
     f.tick();
     QVERIFY(f.person.verify());
+}
+
+void tst_uFileWatch::opensHoveredNodes()
+{
+    Fixture f;
+    QMimeData data;
+    data.setUrls({QUrl::fromLocalFile(f.at(QStringLiteral("a.txt")))});
+    const QPoint at = f.treeView().visualRect(f.node(f.sub())).center();
+    QWidget &target = *f.treeView().viewport();
+    QDragEnterEvent enter(at, Qt::CopyAction, &data, Qt::LeftButton, {});
+    QCoreApplication::sendEvent(&target, &enter);
+    QDragMoveEvent move(at, Qt::CopyAction, &data, Qt::LeftButton, {});
+    QCoreApplication::sendEvent(&target, &move);
+    QVERIFY(!f.treeView().isExpanded(f.node(f.sub())));
+    f.tick();
+    QVERIFY2(f.treeView().isExpanded(f.node(f.sub())), "while the drag is on");
+    QDragLeaveEvent leave;
+    QCoreApplication::sendEvent(&target, &leave);
+    f.treeView().collapse(f.node(f.sub()));
+    f.tick();
+    QVERIFY(!f.treeView().isExpanded(f.node(f.sub())));
 }
 
 void tst_uFileWatch::updatesInPlace()
