@@ -150,7 +150,9 @@ bool RootBar::eventFilter(QObject *object, QEvent *event)
 {
     switch (event->type()) {
     case QEvent::KeyPress:
-        return object == m_root->lineEdit() && keyInRoots(*static_cast<QKeyEvent *>(event));
+        // The box has the focus, and hands its keys on to the text past this filter.
+        return (object == m_root || object == m_root->lineEdit()) &&
+               keyInRoots(*static_cast<QKeyEvent *>(event));
     case QEvent::DragEnter:
     case QEvent::DragMove:
     case QEvent::Drop:
