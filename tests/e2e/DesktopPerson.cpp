@@ -11,6 +11,7 @@
 #include <QProcess>
 #include <QScreen>
 #include <QSemaphore>
+#include <QTest>
 #include <QThread>
 #include <QWidget>
 
@@ -77,8 +78,11 @@ void DesktopPerson::run(const std::function<void()> &script)
         const QString box = look([] { return boxText(); });
         if (!box.isEmpty())
             m_failure += QStringLiteral(" [a box shows: ") + box + QLatin1Char(']');
-        picture(QStringLiteral("failed"));
-        m_failure += QStringLiteral(" (see ") + m_pictures + QStringLiteral("/failed.png)");
+        const QString name =
+            QStringLiteral("failed-") + QString::fromLatin1(QTest::currentTestFunction());
+        picture(name);
+        m_failure += QStringLiteral(" (see ") + m_pictures + QLatin1Char('/') + name +
+                     QStringLiteral(".png)");
     } catch (const StepFailed &) {
         m_failure += QStringLiteral(" (no picture)");
     }

@@ -11,6 +11,7 @@
 #include "startup/CommandLine.h"
 #include "startup/WindowRun.h"
 #include "startup/settings/SettingsFile.h"
+#include "support/DaemonProcess.h"
 #include "support/ScriptedPerson.h"
 
 namespace venlo::test
@@ -34,6 +35,8 @@ QString settingsGroup()
 
 DesktopWorld::DesktopWorld() : m_daemon(std::make_unique<FtpDaemon>(FtpDaemon::Kind::Proftpd))
 {
+    // They are looked for below the home that is about to change.
+    qputenv("VENLO_FTPD", unpackedDaemons().folder.toUtf8());
     qputenv("HOME", m_home.path().toUtf8());
     for (const char *kind : {"DATA", "CONFIG", "CACHE", "STATE"}) {
         const QString folder =

@@ -140,7 +140,8 @@ void tst_DesktopPerson::aFailedStepClosesEverything()
     QVERIFY2(m_person.failure().contains(QStringLiteral("no such button")) &&
                  m_person.failure().contains(QStringLiteral("really remove it?")),
              qPrintable(m_person.failure()));
-    QVERIFY(QFileInfo::exists(m_pictures.filePath(QStringLiteral("failed.png"))));
+    QVERIFY(QFileInfo::exists(
+        m_pictures.filePath(QStringLiteral("failed-aFailedStepClosesEverything.png"))));
 }
 
 } // namespace venlo::test

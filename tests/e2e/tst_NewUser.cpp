@@ -386,7 +386,7 @@ void tst_NewUser::closedDuringADownload()
         QThread::msleep(1500); // so that the picture shows a rate
         m_person.picture(QStringLiteral("story-15-download"));
         m_person.pictureOf(QStringLiteral("sfMsg"), QStringLiteral("message"));
-        m_person.click(QStringLiteral("ffMain/ltMsg"));
+        m_person.click(QStringLiteral("uFile/txFilter"));
         m_person.closeWindow();
     });
     QVERIFY2(status == 0, qPrintable(m_person.failure()));
@@ -415,7 +415,7 @@ void tst_NewUser::overwriteAndWaitWindows()
     const int status = run(QStringLiteral("openp|") + pairName, [this, &server] {
         m_person.waitForRow(ftpList, QStringLiteral("a.txt"));
         server.on("MLSD").delay(1200);
-        m_person.rightClickSpace(ftpList);
+        m_person.rightClickRow(ftpTree, QStringLiteral("files"));
         m_person.pickPopup({QStringLiteral("同期(FTP⇒ﾏｲｺﾝﾋﾟｭｰﾀｰ)")});
         m_person.answer(QStringLiteral("同期を実行します"));
         m_person.pictureOf(QStringLiteral("sfWait"), QStringLiteral("wait"));
