@@ -35,7 +35,7 @@ bool movesFiles(const QDropEvent &event)
 
 LocalDrops::LocalDrops(Needs needs) : m(needs) {}
 
-std::unique_ptr<QMimeData> LocalDrops::dragData(const QTreeView &from) const
+std::unique_ptr<QMimeData> LocalDrops::dragData(const QTreeView &from)
 {
     const QStringList paths = m.selection.paths(&from == &m.views.TrView());
     if (paths.isEmpty())
@@ -45,12 +45,14 @@ std::unique_ptr<QMimeData> LocalDrops::dragData(const QTreeView &from) const
         urls << QUrl::fromLocalFile(path);
     auto data = std::make_unique<QMimeData>();
     data->setUrls(urls);
+    m_ours = true;
     return data;
 }
 
 void LocalDrops::dragEnded(Qt::DropAction action)
 {
     left();
+    m_ours = false;
     if (action != Qt::IgnoreAction && !m.gate.busy())
         m.shell.bringUpToDate({});
 }
@@ -76,12 +78,6 @@ QString LocalDrops::targetOf(const QTreeView &view, const QModelIndex &under) co
                : folder;
 }
 
-bool LocalDrops::comesFromHere(const QDropEvent &event) const
-{
-    const QObject *source = event.source();
-    return source != nullptr && (source == &m.views.TrView() || source == &m.views.LsView());
-}
-
 Qt::DropAction LocalDrops::actionFor(const QDropEvent &event, const QString &target) const
 {
     if (target.isEmpty() || m.gate.busy() || event.mimeData() == nullptr)
@@ -96,7 +92,7 @@ Qt::DropAction LocalDrops::actionFor(const QDropEvent &event, const QString &tar
         return isSameFolder(parentFolder(path), target);
     });
     // Let go where it was taken up: only Ctrl says that a second one is wanted there.
-    if (allThere && comesFromHere(event) && !event.modifiers().testFlag(Qt::ControlModifier))
+    if (allThere && m_ours && !event.modifiers().testFlag(Qt::ControlModifier))
         return Qt::IgnoreAction;
     return movesFiles(event) ? Qt::MoveAction : Qt::CopyAction;
 }

@@ -32,7 +32,7 @@ public:
     };
     explicit LocalDrops(Needs needs);
 
-    [[nodiscard]] std::unique_ptr<QMimeData> dragData(const QTreeView &from) const;
+    [[nodiscard]] std::unique_ptr<QMimeData> dragData(const QTreeView &from);
     /// A drag that began here ended; a target outside may have moved the files.
     void dragEnded(Qt::DropAction action);
     /// Marks the target too.
@@ -49,10 +49,10 @@ private:
     [[nodiscard]] QString targetOf(const QTreeView &view, const QModelIndex &under) const;
     [[nodiscard]] bool isFolderRow(const QModelIndex &row) const;
     [[nodiscard]] Qt::DropAction actionFor(const QDropEvent &event, const QString &target) const;
-    [[nodiscard]] bool comesFromHere(const QDropEvent &event) const;
     void mark(const QTreeView &view, const QModelIndex &under);
 
     Needs m;
+    bool m_ours = false; ///< the drag that is on began here
 };
 
 } // namespace venlo

@@ -80,6 +80,7 @@ void LocalNames::newRow()
     RowList::Row entry;
     entry.tag = EntryTag::NW;
     entry.texts.resize(LocalListFill::Columns);
+    entry.lateKnown = true; // nothing on the disk has a type yet
     entry.texts[LocalListFill::Name] = newFolderName();
     entry.texts[LocalListFill::SortKey] = QLatin1Char('D') + newFolderName();
     if (!m_views.rows().append({entry}))
