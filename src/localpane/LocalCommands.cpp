@@ -1,20 +1,9 @@
 #include "localpane/LocalCommands.h"
 
-#include <QClipboard>
-#include <QGuiApplication>
 #include <QMimeData>
 
-#include "ftp/Session.h"
-#include "localpane/FolderPaths.h"
-#include "localpane/LocalDrops.h"
-#include "localpane/LocalNames.h"
-#include "localpane/LocalSelection.h"
-#include "localpane/LocalShell.h"
-#include "localpane/LocalViews.h"
+#include "localpane/LocalCommandsParts.h"
 #include "platform/FileClipboard.h"
-#include "shared/WindowDesk.h"
-#include "views/FolderTree.h"
-#include "views/RowList.h"
 
 namespace venlo
 {
@@ -36,33 +25,7 @@ enum FoldEntry {
     Rename = 13,
     NewFolder = 15
 };
-
-QStringList split(const QString &joined)
-{
-    return joined.split(QChar(0), Qt::SkipEmptyParts);
-}
 } // namespace
-
-struct LocalCommands::Parts {
-    Parts(LocalCommands &commands, LocalViews &given, Rooms with)
-        : views(given), rooms(with), selection(given, with.desk),
-          shell(given, with.desk, with.gate), names(given, with.desk, with.gate, shell, commands),
-          drops({given, selection, shell, with.gate, with.session, commands})
-    {
-    }
-
-    void perform(int index, const QString &collected, bool forTree);
-    void paste(bool forTree);
-    void deleteSelected(const QString &collected, bool forTree);
-    void deleteNode(const QString &path);
-
-    LocalViews &views;
-    Rooms rooms;
-    LocalSelection selection;
-    LocalShell shell;
-    LocalNames names;
-    LocalDrops drops;
-};
 
 LocalCommands::LocalCommands(LocalViews &views, Rooms rooms, QObject *parent)
     : QObject(parent), m_parts(std::make_unique<Parts>(*this, views, rooms))
@@ -95,7 +58,7 @@ void LocalCommands::Parts::perform(int index, const QString &collected, bool for
     case Cut:
     case Copy:
         if (!collected.isEmpty())
-            putFilesOnClipboard(split(collected), index == Cut ? cutEffect : copyEffect);
+            putFilesOnClipboard(Parts::split(collected), index == Cut ? cutEffect : copyEffect);
         break;
     case Paste:
         paste(forTree);
@@ -126,86 +89,11 @@ void LocalCommands::RunShellFileOp(const QString &verb, const QString &from, con
 {
     ShellFileOrder order;
     order.verb = shellVerbCode(verb);
-    order.from = split(from);
+    order.from = Parts::split(from);
     order.to = to;
     order.silent = silent;
     order.noConfirm = noConfirm;
     m_parts->shell.run(order);
-}
-
-void LocalCommands::Parts::paste(bool forTree)
-{
-    const QString target = selection.targetFolder(forTree);
-    if (target.isEmpty())
-        return;
-    const QMimeData *data = QGuiApplication::clipboard()->mimeData();
-    if (data != nullptr && hasRemoteEntries(*data)) {
-        if (const auto entries = remoteEntries(*data, rooms.session.currentSite()))
-            views.raiseFetchWanted(*entries, target);
-        return;
-    }
-    const FileClip clip = filesOnClipboard();
-    if (clip.paths.isEmpty())
-        return;
-    ShellFileOrder order;
-    if ((clip.effect & dropEffectCopy) != 0)
-        order.verb = ShellVerb::Copy;
-    else if ((clip.effect & dropEffectMove) != 0)
-        order.verb = ShellVerb::Move;
-    else
-        return; // whoever put them there did not say what a paste is to do
-    order.from = clip.paths;
-    order.to = target;
-    shell.run(order);
-}
-
-void LocalCommands::Parts::deleteSelected(const QString &collected, bool forTree)
-{
-    if (collected.isEmpty())
-        return;
-    if (forTree) {
-        deleteNode(collected);
-        return;
-    }
-    ShellFileOrder order;
-    order.verb = ShellVerb::Delete;
-    order.from = split(collected);
-    shell.run(order);
-}
-
-void LocalCommands::Parts::deleteNode(const QString &path)
-{
-    const QModelIndex node = selection.selectedNode();
-    if (node == views.tree().root()) {
-        rooms.desk.message(QStringLiteral("ﾙｰﾄﾊﾟｽは削除できません"));
-        return;
-    }
-    const QModelIndex next = node.siblingAtRow(node.row() + 1);
-    views.select(next.isValid() ? next : node.parent());
-    ShellFileOrder order;
-    order.verb = ShellVerb::Delete;
-    order.from = QStringList(path);
-    shell.run(order);
-    // Kept after all: the person is where the question was asked.
-    const QModelIndex kept = folderExists(path) ? shell.nodeOf(path) : QModelIndex();
-    if (kept.isValid())
-        views.select(kept);
-}
-
-void LocalCommands::copyListText()
-{
-    constexpr int columns = 6;
-    const RowList &rows = m_parts->views.rows();
-    QString text = QStringLiteral("名前.更新日.ｻｲｽﾞ.拡張子.種類.属性");
-    text.replace(QLatin1Char('.'), QLatin1Char('\t'));
-    text += QLatin1Char('\r');
-    for (int row = 0; row < rows.count(); ++row) {
-        for (int column = 0; column < columns; ++column)
-            text += rows.text(row, column) + QLatin1Char(column + 1 < columns ? '\t' : '\r');
-    }
-    QClipboard *clipboard = QGuiApplication::clipboard();
-    clipboard->clear();
-    clipboard->setText(text);
 }
 
 void LocalCommands::keyWanted(PaneKey key, bool forTree)

@@ -80,7 +80,6 @@ void LocalNames::newRow()
     RowList::Row entry;
     entry.tag = EntryTag::NW;
     entry.texts.resize(LocalListFill::Columns);
-    entry.lateKnown = true; // nothing on the disk has a type yet
     entry.texts[LocalListFill::Name] = newFolderName();
     entry.texts[LocalListFill::SortKey] = QLatin1Char('D') + newFolderName();
     if (!m_views.rows().append({entry}))
@@ -165,6 +164,7 @@ bool LocalNames::rowEntered(int row, const QString &text)
     if (!(made ? make(folder, text) : rename(folder, before, text)))
         return false;
     const bool isFolder = made || rows.row(row).tag == EntryTag::FD;
+    rows.setText(row, LocalListFill::Name, text); // first: the other columns hang on it
     if (made) {
         rows.setTag(row, EntryTag::FD);
         rows.setText(row, LocalListFill::Modified,
@@ -174,7 +174,6 @@ bool LocalNames::rowEntered(int row, const QString &text)
         const qsizetype dot = text.lastIndexOf(QLatin1Char('.'));
         rows.setText(row, LocalListFill::Extension, dot < 0 ? QString() : text.mid(dot + 1));
     }
-    rows.setText(row, LocalListFill::Name, text);
     rows.setText(row, LocalListFill::SortKey, QLatin1Char(isFolder ? 'D' : 'L') + text);
     afterEditing([this, folder] { m_shell.bringUpToDate({folder}); });
     return true;
