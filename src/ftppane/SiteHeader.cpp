@@ -154,7 +154,7 @@ QPoint SiteHeader::menuPlace() const
 
 bool SiteHeader::hasFocusInside() const
 {
-    return m_sites->hasFocus() || m_open->hasFocus() || m_else->hasFocus();
+    return isAncestorOf(window()->focusWidget());
 }
 
 QList<QWidget *> SiteHeader::tabChain() const
