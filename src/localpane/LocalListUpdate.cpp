@@ -6,6 +6,7 @@
 #include "localpane/FolderReader.h"
 #include "localpane/LocalListFill.h"
 #include "shared/FrontEnd.h"
+#include "views/PaneView.h"
 
 namespace venlo
 {
@@ -28,7 +29,8 @@ void LocalListFill::UpdateList()
         m_frontEnd.message(entries.error().words);
         return;
     }
-    ++m_fill;                     // a fill that waits would add every row once more
+    ++m_fill; // a fill that waits would add every row once more
+    m_view.setUpdatesEnabled(true);
     QHash<QString, QString> left; // kind and name to the row's key
     for (int at = 0; at < m_rows.count(); ++at) {
         const RowList::Row &row = m_rows.row(at);

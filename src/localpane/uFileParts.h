@@ -80,6 +80,7 @@ struct uFile::Parts final : public QObject, public LocalViews {
     /// Says that a folder is gone and shows the nearest one above it.
     void vanished(const QString &folder);
     void keysOut(bool quietly);
+    void askToBeginAnew();
 
     // Uploads
     void upload(bool wholeFolder, const QString &source, const QString &target);

@@ -1,7 +1,9 @@
 // How the local pane keeps itself current with the disk.
 #include <utility>
 
+#include <QApplication>
 #include <QScopedValueRollback>
+#include <QTimer>
 
 #include "localpane/FolderPaths.h"
 #include "localpane/uFileParts.h"
@@ -84,7 +86,20 @@ void uFile::Parts::keysOut(bool quietly)
     if (!quietly)
         rooms.desk.message(QStringLiteral("項目の番号を使い切ったため､表示できない項目があります"));
     if (ranOut)
-        QMetaObject::invokeMethod(&q, &uFile::keysRanOut, Qt::QueuedConnection);
+        QTimer::singleShot(0, this, &Parts::askToBeginAnew);
+}
+
+/// The host takes the pane away: not while something of the pane waits for its end further up.
+void uFile::Parts::askToBeginAnew()
+{
+    constexpr int laterMilliseconds = 100;
+    const bool waits = busy() || looking || listFill->filling() ||
+                       QApplication::activeModalWidget() != nullptr ||
+                       QApplication::activePopupWidget() != nullptr;
+    if (waits)
+        QTimer::singleShot(laterMilliseconds, this, &Parts::askToBeginAnew);
+    else
+        Q_EMIT q.keysRanOut();
 }
 
 } // namespace venlo

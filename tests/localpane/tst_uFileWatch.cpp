@@ -47,6 +47,7 @@ private Q_SLOTS:
     void goesUpFromARootThatVanished();
     void opensHoveredNodes();
     void updatesInPlace();
+    void updatesInTheMiddleOfAFill();
 };
 
 void tst_uFileWatch::showsWhatIsNewByItself()
@@ -258,6 +259,25 @@ void tst_uFileWatch::updatesInPlace()
     QCOMPARE(rows.text(row, LocalListFill::Size), QStringLiteral("3KB"));
     QVERIFY2(!fill.changed(), "the watch has nothing left to do");
     QTRY_COMPARE(rows.text(0, LocalListFill::Size), QStringLiteral("B"));
+}
+
+void tst_uFileWatch::updatesInTheMiddleOfAFill()
+{
+    Fixture f;
+    RowList rows(LocalListFill::layout());
+    PaneView view(PaneView::Kind::List);
+    view.setModel(&rows);
+    LocalListFill fill(rows, view, f.person);
+    fill.FillList(f.here());
+    bool first = true;
+    f.person.onYield([&] {
+        if (std::exchange(first, false))
+            fill.UpdateList();
+    });
+    fill.FillList(f.here());
+    f.person.onYield({});
+    QCOMPARE(rows.count(), 2);
+    QVERIFY(view.updatesEnabled());
 }
 
 QTEST_MAIN(tst_uFileWatch)
