@@ -11,6 +11,7 @@
 #include "mainwin/popup/pfFtp.h"
 #include "shared/Flags.h"
 #include "shared/WindowDesk.h"
+#include "sync/PlainPatternHost.h"
 #include "sync/windows/sfSPtn.h"
 
 namespace venlo
@@ -54,6 +55,8 @@ PatternDesk::PatternDesk(MainRooms &rooms, MainPanes &panes, QWidget &window)
 
 ShownPattern PatternDesk::SyncPtn(const QString &sSync)
 {
+    if (m_rooms.flags.unattendedRun)
+        return PlainPatternHost(m_rooms.database, m_rooms.session, m_rooms.desk).SyncPtn(sSync);
     ShownPattern shown = lookUp(sSync);
     if (sSync.isEmpty())
         return shown;
@@ -66,13 +69,10 @@ ShownPattern PatternDesk::SyncPtn(const QString &sSync)
         shown.state = ShownPattern::State::NoSuchSite;
         return shown;
     }
-    const bool watched = !m_rooms.flags.unattendedRun;
-    const bool localShown = !watched || m_panes.file->SetSync(shown.localFolder);
-    const bool remoteShown =
-        m_panes.ftp->SetSync(shown.site, watched ? shown.remoteFolder : QString());
-    // A missing folder was said; the pattern is none the less the one that is worked on.
-    (void)localShown;
-    (void)remoteShown;
+    // A missing folder is said there; the pattern is none the less the one that is worked on.
+    (void)m_panes.file->SetSync(shown.localFolder);
+    m_panes.ftp->lookAtSession();
+    (void)m_panes.ftp->SetSync(shown.site, shown.remoteFolder);
     shown.state =
         m_rooms.session.connected() ? ShownPattern::State::Shown : ShownPattern::State::Failed;
     return shown;

@@ -22,8 +22,8 @@ class PatternDesk : public PatternHost
 public:
     PatternDesk(MainRooms &rooms, MainPanes &panes, QWidget &window);
 
-    /// In an unattended run, where nobody looks, the FTP pane only connects: whether the remote
-    /// folder is there is for the comparison to find out, and walking to it would list it twice.
+    /// In an unattended run, where nobody looks, it only connects, as without a window: filling the
+    /// panes would list what the comparison lists anyway.
     [[nodiscard]] ShownPattern SyncPtn(const QString &sSync) override;
 
     /// Registers the pair and opens the pattern dialog on it ("登録").

@@ -99,13 +99,13 @@ void ffMain::mnFtp(int index)
 
 void ffMain::ftpAct(const QString &word)
 {
-    if (word == QLatin1String("同期"))
+    if (word == QStringLiteral("同期"))
         m_transfers->synchronise(true);
-    else if (word == QLatin1String("登録"))
+    else if (word == QStringLiteral("登録"))
         m_patterns->registerShown();
-    else if (word == QLatin1String("編集"))
+    else if (word == QStringLiteral("編集"))
         m_patterns->edit(QString());
-    else if (word == QLatin1String("切断"))
+    else if (word == QStringLiteral("切断"))
         m_panes.ftp->disconnectSite();
 }
 

@@ -75,7 +75,8 @@ void ffMain::build()
     setTabOrder(m_panes.file, m_panes.ftp);
     setTabOrder(m_panes.ftp, m_status);
     buildMenus();
-    resize(designedWidth, designedHeight);
+    resize(QSize(designedWidth, designedHeight)
+               .boundedTo(QGuiApplication::primaryScreen()->availableSize()));
     const int fileWidth = static_cast<int>(designedWidth * filePaneShare);
     m_paneSplit->setSizes({fileWidth, designedWidth - fileWidth});
     m_splitter->setSizes({designedHeight - listHeight, listHeight});
@@ -137,9 +138,9 @@ void ffMain::wireFilePane()
             openLocal(path, static_cast<int>(OpenMode::Open));
     });
     connect(pane, &uFile::eAct, this, [this](const QString &job) {
-        if (job == QLatin1String("検索"))
+        if (job == QStringLiteral("検索"))
             (void)searchFolder(m_panes.file->NodePath());
-        else if (job == QLatin1String("同期"))
+        else if (job == QStringLiteral("同期"))
             m_transfers->synchronise(false);
     });
     connect(pane, &uFile::eOpnFL, this,

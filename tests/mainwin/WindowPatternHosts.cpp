@@ -28,6 +28,7 @@ public:
             LaunchLayout());
     }
     [[nodiscard]] PatternHost &host() override { return *m_window; }
+    [[nodiscard]] int listingsToShow() const override { return 2; }
 
 private:
     OperationGate m_gate;

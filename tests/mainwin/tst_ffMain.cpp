@@ -147,12 +147,12 @@ void tst_ffMain::offEveryScreenMovesIn()
 {
     m_world->writeSetting(QStringLiteral("Left"), 20'000);
     m_world->writeSetting(QStringLiteral("Top"), -5000);
-    m_world->writeSetting(QStringLiteral("Width"), 600);
+    m_world->writeSetting(QStringLiteral("Width"), 700);
     m_world->writeSetting(QStringLiteral("Height"), 400);
     const ffMain &window = m_world->open();
     const QRect area = QGuiApplication::primaryScreen()->availableGeometry();
     QVERIFY2(area.contains(window.frameGeometry().center()), "reachable");
-    QCOMPARE(window.size(), QSize(600, 400));
+    QCOMPARE(window.size(), QSize(700, 400));
 }
 
 void tst_ffMain::maximisedSavesItsNormalGeometry()

@@ -14,6 +14,8 @@ class PatternHosts
 public:
     virtual ~PatternHosts() = default;
     [[nodiscard]] virtual PatternHost &host() = 0;
+    /// Listings it takes to show the server's root and the folder "/pub" in it.
+    [[nodiscard]] virtual int listingsToShow() const = 0;
     [[nodiscard]] static std::unique_ptr<PatternHosts> make(SyncWorld &world);
 };
 

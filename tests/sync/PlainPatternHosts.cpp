@@ -10,6 +10,7 @@ class Plain : public PatternHosts
 public:
     explicit Plain(SyncWorld &world) : m_world(world) {}
     [[nodiscard]] PatternHost &host() override { return m_world.patternHost; }
+    [[nodiscard]] int listingsToShow() const override { return 0; }
 
 private:
     SyncWorld &m_world;
