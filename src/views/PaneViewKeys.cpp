@@ -4,6 +4,7 @@
 #include "views/PaneHold.h"
 
 #include <algorithm>
+#include <array>
 #include <optional>
 
 #include <QContextMenuEvent>
@@ -48,6 +49,14 @@ bool isMenuKey(const QKeyEvent &event)
            (event.key() == Qt::Key_F10 && event.modifiers() == Qt::ShiftModifier);
 }
 
+bool isPlainMove(const QKeyEvent &event)
+{
+    constexpr std::array moves{Qt::Key_Home, Qt::Key_End,    Qt::Key_Up,
+                               Qt::Key_Down, Qt::Key_PageUp, Qt::Key_PageDown};
+    return (event.modifiers() & ~Qt::KeypadModifier) == Qt::NoModifier &&
+           std::find(moves.begin(), moves.end(), event.key()) != moves.end();
+}
+
 } // namespace
 
 bool PaneView::event(QEvent *event)
@@ -74,8 +83,13 @@ void PaneView::keyPressEvent(QKeyEvent *event)
         event->accept();
         return;
     }
+    const bool move = isPlainMove(*event);
     const Hold hold(*this);
     QTreeView::keyPressEvent(event);
+    // A view that the Tab key entered has a current row that is not selected; moving to it would
+    // do nothing, and a list of one row could not be used by keyboard.
+    if (move && currentIndex().isValid() && !selectionModel()->hasSelection())
+        setCurrentIndex(currentIndex());
 }
 
 bool PaneView::commandKey(const QKeyEvent &event)

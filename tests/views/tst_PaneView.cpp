@@ -2,6 +2,7 @@
 #include <QApplication>
 #include <QContextMenuEvent>
 #include <QHeaderView>
+#include <QMetaEnum>
 #include <QScrollBar>
 #include <QSignalSpy>
 #include <QTest>
@@ -25,6 +26,8 @@ private Q_SLOTS:
     void enterKeys();
     void enterWithoutCurrent();
     void selectAll();
+    void moveSelectsTheOnlyRow_data();
+    void moveSelectsTheOnlyRow();
     void typeAhead();
     void starOpensOneLevel();
     void doubleClick();
@@ -138,6 +141,27 @@ void tst_PaneView::enterWithoutCurrent()
     m_pane->list->selectionModel()->clear();
     QTest::keyClick(m_pane->list, Qt::Key_Return);
     QCOMPARE(entered.size(), 0);
+}
+
+void tst_PaneView::moveSelectsTheOnlyRow_data()
+{
+    QTest::addColumn<Qt::Key>("key");
+    for (const Qt::Key key : {Qt::Key_Home, Qt::Key_End, Qt::Key_Up, Qt::Key_Down})
+        QTest::newRow(QMetaEnum::fromType<Qt::Key>().valueToKey(key)) << key;
+}
+
+/// As after the Tab key: the row is current and not selected.
+void tst_PaneView::moveSelectsTheOnlyRow()
+{
+    QFETCH(Qt::Key, key);
+    m_pane->rows.remove({1, 2, 3});
+    QItemSelectionModel *selection = m_pane->list->selectionModel();
+    selection->setCurrentIndex(m_pane->row(0), QItemSelectionModel::Clear);
+    QVERIFY(!selection->hasSelection());
+    QTest::keyClick(m_pane->list, key, Qt::ControlModifier);
+    QVERIFY(!selection->hasSelection());
+    QTest::keyClick(m_pane->list, key);
+    QVERIFY(selection->isRowSelected(0));
 }
 
 void tst_PaneView::selectAll()
