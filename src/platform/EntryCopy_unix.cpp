@@ -13,7 +13,7 @@ namespace venlo
 
 namespace
 {
-constexpr size_t chunkSize = 256 * 1024;
+constexpr size_t chunkSize = 262144;
 constexpr mode_t permissions = 0777; // set-id bits are not handed on
 constexpr mode_t whileWriting = 0600;
 
