@@ -91,7 +91,7 @@ QString LocalSelection::collect(bool forTree, CollectFlags flags) const
 
 QString LocalSelection::targetFolder(bool forTree) const
 {
-    const QString folder = m_views.NodePath();
+    QString folder = m_views.NodePath();
     const QModelIndexList rows = selectedRows();
     if (forTree || rows.size() != 1)
         return folder;
