@@ -191,14 +191,25 @@ void RemoteBrowser::fillList(const QModelIndex &node)
     m_shown = node;
     m_nodes.setOpenNode(node);
     m_rows.clear();
-    const QString dir = dirOf(node);
+    std::vector<RowList::Row> rows = readRows(dirOf(node));
+    if (fill == m_fill)
+        addRows(std::move(rows));
+}
+
+std::vector<RowList::Row> RemoteBrowser::readRows(const QString &dir)
+{
+    const int fill = m_fill;
     QString folders;
     QString files;
     tolerant([&] { m_rooms.cache.caDirList(dir, folders, files); });
-    if (fill != m_fill)
-        return;
     std::vector<RowList::Row> rows = remoteRows(folders, files);
-    noteTrust(dir, rows.empty());
+    if (fill == m_fill)
+        noteTrust(dir, rows.empty());
+    return rows;
+}
+
+void RemoteBrowser::addRows(std::vector<RowList::Row> rows)
+{
     const bool all = m_rows.append(std::move(rows));
     sayMisfits();
     if (!all)
@@ -212,63 +223,6 @@ void RemoteBrowser::noteTrust(const QString &dir, bool empty)
         text = empty ? QStringLiteral("一覧を取得できませんでした (F5で再表示)")
                      : QStringLiteral("一覧の一部を取得できませんでした (F5で再表示)");
     Q_EMIT noted(text);
-}
-
-bool RemoteBrowser::goTo(const QString &path)
-{
-    const QString target = normalisedRemoteDir(path);
-    if (!m_nodes.root().isValid())
-        return false;
-    if (!isBelowOrSameFolded(target, dirOf(m_nodes.root())))
-        showPath(m_nodes.text(m_nodes.root()).section(QLatin1Char('/'), 0, 0));
-    const FlagScope busy(m_busy);
-    QPersistentModelIndex at = m_nodes.root();
-    const QString start = dirOf(at);
-    const QString inside = start == QLatin1String("/") ? target : target.mid(start.size());
-    bool found = true;
-    bool known = true;
-    for (const QString &name : inside.split(QLatin1Char('/'), Qt::SkipEmptyParts)) {
-        const bool read = !m_nodes.isUnread(at) || readNode(at);
-        const QModelIndex next = m_nodes.child(at, name, Qt::CaseInsensitive);
-        found = next.isValid();
-        known = read && at.isValid() && !isDoubtful(dirOf(at));
-        if (!found)
-            break;
-        m_tree.expand(at);
-        at = next;
-    }
-    if (!at.isValid())
-        return false;
-    show(at);
-    if (!found && known)
-        m_rooms.desk.message(path + QStringLiteral("  が存在しません"));
-    else if (!found && m_rooms.session.connected() && !m_rooms.desk.cancelled())
-        m_rooms.desk.message(path + QStringLiteral(" の一覧を取得できませんでした"));
-    return found;
-}
-
-void RemoteBrowser::enter(const QString &name)
-{
-    const FlagScope busy(m_busy);
-    const QPersistentModelIndex at = m_shown;
-    if (m_nodes.isUnread(at) && !readNode(at))
-        return;
-    QModelIndex child = m_nodes.child(at, name, Qt::CaseSensitive);
-    if (!child.isValid() && at.isValid()) {
-        syncNode(at);
-        child = m_nodes.child(at, name, Qt::CaseSensitive);
-    }
-    if (!child.isValid())
-        return;
-    m_tree.expand(at);
-    show(child);
-}
-
-void RemoteBrowser::toParent()
-{
-    const QModelIndex parent = m_shown.parent();
-    if (parent.isValid())
-        show(parent);
 }
 
 } // namespace venlo

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <vector>
 
 #include <QObject>
 #include <QPersistentModelIndex>
@@ -75,6 +76,11 @@ Q_SIGNALS:
 
 private:
     void fillList(const QModelIndex &node);
+    /// The rows of a directory as the cache has them now; notes how far they can be trusted.
+    [[nodiscard]] std::vector<RowList::Row> readRows(const QString &dir);
+    /// Brings the shown rows up to date in place, as far as their order stays the same by it.
+    [[nodiscard]] bool updateRows(const std::vector<RowList::Row> &rows);
+    void addRows(std::vector<RowList::Row> rows);
     void noteTrust(const QString &dir, bool empty);
     [[nodiscard]] bool addChildren(const QPersistentModelIndex &parent, const QString &dir,
                                    const QStringList &names);

@@ -7,6 +7,7 @@
 
 #include "ftp/DirectoryCache.h"
 #include "ftppane/OperationScopes.h"
+#include "ftppane/RemoteRows.h"
 #include "shared/Flags.h"
 #include "shared/RemotePath.h"
 #include "views/PaneView.h"
@@ -60,9 +61,43 @@ void RemoteBrowser::refresh()
     syncNode(at);
     if (!at.isValid() || m_shown != at)
         return;
+    const int fill = ++m_fill;
+    std::vector<RowList::Row> rows = readRows(dirOf(at));
+    if (fill != m_fill || updateRows(rows))
+        return;
     const Kept kept = keepSelection();
-    fillList(at);
+    m_rows.clear();
+    addRows(std::move(rows));
     restoreSelection(kept);
+}
+
+bool RemoteBrowser::updateRows(const std::vector<RowList::Row> &rows)
+{
+    std::vector<RowList::Row> added;
+    QSet<QString> there;
+    for (const RowList::Row &row : rows) {
+        there.insert(row.texts.value(RemoteColumn::SortKey));
+        if (m_rows.rowOf(row.tag, row.texts.value(RemoteColumn::Name)) < 0)
+            added.push_back(row);
+    }
+    // Without an order new folders would come behind the files.
+    if (!added.empty() && m_rows.sortColumn() < 0)
+        return false;
+    std::vector<int> gone;
+    for (int row = 0; row < m_rows.count(); ++row) {
+        if (!there.contains(m_rows.text(row, RemoteColumn::SortKey)))
+            gone.push_back(row);
+    }
+    m_rows.remove(std::move(gone));
+    for (const RowList::Row &row : rows) {
+        const int at = m_rows.rowOf(row.tag, row.texts.value(RemoteColumn::Name));
+        for (const int column : {RemoteColumn::Modified, RemoteColumn::Size}) {
+            if (at >= 0 && m_rows.text(at, column) != row.texts.value(column))
+                m_rows.setText(at, column, row.texts.value(column));
+        }
+    }
+    addRows(std::move(added));
+    return true;
 }
 
 /// Takes out what is gone and adds what is new; what stays keeps its nodes.

@@ -29,7 +29,7 @@ SiteHeader::SiteHeader(QWidget *parent)
 {
     m_sites->setObjectName(QStringLiteral("cbSvr"));
     m_sites->setAccessibleName(QStringLiteral("接続先"));
-    m_sites->setPlaceholderText(nothingSelected());
+    m_sites->setPlaceholderText(QStringLiteral("接続先"));
     m_sites->setMinimumContentsLength(12);
     m_sites->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
     m_sites->installEventFilter(this);
@@ -44,6 +44,7 @@ SiteHeader::SiteHeader(QWidget *parent)
     m_else->setObjectName(QStringLiteral("imElse"));
     m_else->setAccessibleName(QStringLiteral("接続先と同期のﾒﾆｭｰ"));
     m_else->setToolTip(QStringLiteral("接続先の登録･同期ﾊﾟﾀｰﾝ･切断"));
+    m_else->setMinimumHeight(m_open->sizeHint().height());
     layOut();
     m_busyTimer->setSingleShot(true);
     m_busyTimer->setInterval(shortOperation);

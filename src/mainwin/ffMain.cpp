@@ -77,6 +77,8 @@ void ffMain::showMainWindow(const QString &connectedSite)
     m_wasShown = true;
     show();
     raise();
+    if (auto *tree = m_panes.file->findChild<QWidget *>(QStringLiteral("TrView")))
+        tree->setFocus();
     activateWindow();
 }
 
@@ -117,15 +119,25 @@ void ffMain::openLocal(const QString &selection, int mode)
 
 void ffMain::showOutcome(const Outcome &outcome)
 {
-    if (outcome.kind != Outcome::Kind::GivenUp || m_transfers->synchronising())
+    // What was refused while a name was edited has been said there.
+    if (outcome.kind != Outcome::Kind::GivenUp || m_transfers->synchronising() ||
+        m_panes.ftp->tellsRefusals())
         return;
     ++m_givenUpCount;
     if (m_givenUp.size() < namesShown)
         m_givenUp += outcome.from;
 }
 
+void ffMain::showWarning(const QString &line)
+{
+    (void)line;
+    m_warned = true;
+}
+
 void ffMain::operationEnded()
 {
+    if (!std::exchange(m_warned, false))
+        SetMsg(QString());
     m_panes.ftp->lookAtSession();
     // Behind whatever the operation's own handler still has to show.
     QMetaObject::invokeMethod(
