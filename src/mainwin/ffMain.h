@@ -43,7 +43,7 @@ public:
 
     void showProgress(const TransferProgress &progress) override { (void)progress; }
     void showOutcome(const Outcome &outcome) override;
-    void showWarning(const QString &line) override { (void)line; }
+    void showWarning(const QString &line) override;
 
 Q_SIGNALS:
     /// The window was closed, its settings are saved.
@@ -94,6 +94,7 @@ private:
     QTimer m_watch; ///< looks whether the system asks the program to end
     QStringList m_givenUp;
     int m_givenUpCount = 0;
+    bool m_warned = false; ///< the message line holds what is to be read after the operation
     bool m_loading = true;
     bool m_wasShown = false;
     bool m_closeWanted = false;

@@ -200,7 +200,8 @@ void ffMain::rebuildFilePane()
     delete m_panes.file;
     buildFilePane();
     m_panes.file->setRootHistory(history);
-    m_panes.file->cOn(root);
+    // In one go: the list of the root would take keys for nothing.
+    m_panes.file->cOn(root + QLatin1Char('\r') + ActPh);
     m_panes.file->SetRr(ActPh, LsCwd, TrvHi);
 }
 

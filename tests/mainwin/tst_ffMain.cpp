@@ -37,6 +37,7 @@ private Q_SLOTS:
     void maximisedSavesItsNormalGeometry();
     void missingFoldersFallBack();
     void messageLineJoinsLines();
+    void messageLineEndsWithTheOperation();
     void statusListIsClearedBeyondFifty();
     void menuDisconnectsFirst_data();
     void menuDisconnectsFirst();
@@ -181,6 +182,27 @@ void tst_ffMain::messageLineJoinsLines()
     QCOMPARE(m_world->window->findChild<MainStatusBar *>()->text(), QStringLiteral("一 ,二 ,三"));
     m_world->window->SetMsg({});
     QCOMPARE(m_world->window->findChild<MainStatusBar *>()->text(), QString());
+}
+
+void tst_ffMain::messageLineEndsWithTheOperation()
+{
+    m_world->open();
+    const auto *bar = m_world->window->findChild<MainStatusBar *>();
+    {
+        const auto turn = m_world->gate.begin();
+        m_world->person.setMessageLine(QStringLiteral("/old RemoveDirectory･･･"));
+    }
+    QCOMPARE(bar->text(), QString());
+    {
+        const auto turn = m_world->gate.begin();
+        m_world->person.setMessageLine(QStringLiteral("注意"));
+        m_world->person.warn(QStringLiteral("注意"));
+    }
+    QCOMPARE(bar->text(), QStringLiteral("注意"));
+    {
+        const auto turn = m_world->gate.begin();
+    }
+    QCOMPARE(bar->text(), QString());
 }
 
 void tst_ffMain::statusListIsClearedBeyondFifty()

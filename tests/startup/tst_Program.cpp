@@ -9,7 +9,9 @@
 #include <QTest>
 
 #include "db/DbError.h"
+#include "mainwin/MainRooms.h"
 #include "shared/Flags.h"
+#include "shared/OperationGate.h"
 #include "startup/CommandLine.h"
 #include "startup/Program.h"
 #include "startup/RunLock.h"
@@ -62,6 +64,8 @@ private Q_SLOTS:
     void waitsForItsTurn();
     void notItsTurn_data();
     void notItsTurn();
+    void windowsTakeTurns_data();
+    void windowsTakeTurns();
 
 private:
     [[nodiscard]] int run(
@@ -202,6 +206,42 @@ void tst_Program::notItsTurn()
     QCOMPARE(m_person->texts(ScriptedPerson::What::Warning).value(1),
              RunLock::path(userData()) +
                  QStringLiteral(" : 他の実行が終わらないので実行しませんでした"));
+}
+
+void tst_Program::windowsTakeTurns_data()
+{
+    QTest::addColumn<bool>("comes");
+    QTest::newRow("it comes while it is awaited") << true;
+    QTest::newRow("it does not come: said once") << false;
+}
+
+void tst_Program::windowsTakeTurns()
+{
+    QFETCH(bool, comes);
+    OperationGate *gate = nullptr;
+    Program program({*m_person, nullptr, m_person.get(),
+                     [&gate](const MainRooms &rooms, const LaunchLayout &) {
+                         gate = &rooms.gate;
+                         return Program::MainWindow{};
+                     }},
+                    m_flags);
+    QCOMPARE(program.Main(CommandLine::parse(QString())), 2); // there is no window to show
+    QVERIFY(gate != nullptr);
+    auto another = std::make_unique<QLockFile>(RunLock::path(userData()));
+    QVERIFY(another->tryLock(0));
+    if (comes)
+        m_person->onYield([&another] { another.reset(); });
+    m_person->clear();
+    QCOMPARE(static_cast<bool>(gate->begin()), comes);
+    QVERIFY(!gate->busy());
+    QVERIFY(gate->begin(OperationGate::Reach::Disk));
+    QCOMPARE(
+        m_person->messages(),
+        comes ? QStringList()
+              : QStringList{QStringLiteral("他の実行が終わるのを待って もう一度実行して下さい")});
+    m_person->onYield(nullptr);
+    another.reset();
+    QVERIFY(gate->begin());
 }
 
 } // namespace venlo::test

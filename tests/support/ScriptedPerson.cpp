@@ -313,6 +313,8 @@ void ScriptedPerson::printResult(const QString &line)
 void ScriptedPerson::warn(const QString &line)
 {
     record(What::Warning, line);
+    for (OperationView *view : m_views)
+        view->showWarning(line);
 }
 
 void ScriptedPerson::yield()
