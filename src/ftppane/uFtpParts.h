@@ -52,6 +52,7 @@ struct uFtp::Parts final : public QObject, public DragPartner {
     void guarded(const std::function<void()> &command);
     void look();
     void keysOut();
+    void raiseKeysOut();
 
     // Sites
     void fillSites();

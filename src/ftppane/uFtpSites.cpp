@@ -45,7 +45,20 @@ void uFtp::Parts::keysOut()
         return;
     ranOut = true;
     rooms.desk.message(QStringLiteral("項目の番号を使い切ったため､表示できない項目があります"));
-    QMetaObject::invokeMethod(&q, &uFtp::keysRanOut, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(this, &Parts::raiseKeysOut, Qt::QueuedConnection);
+}
+
+/// The host takes the pane away, which must not happen under an operation that lets events run.
+void uFtp::Parts::raiseKeysOut()
+{
+    if (!rooms.gate.busy()) {
+        Q_EMIT q.keysRanOut();
+        return;
+    }
+    connect(
+        &rooms.gate, &OperationGate::busyChanged, this,
+        [this] { QMetaObject::invokeMethod(this, &Parts::raiseKeysOut, Qt::QueuedConnection); },
+        Qt::SingleShotConnection);
 }
 
 void uFtp::Parts::fillSites()
