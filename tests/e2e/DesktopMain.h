@@ -14,6 +14,9 @@ namespace venlo::test
 template <typename TestObject, typename Application>
 int runOnDisplay(int argc, char **argv)
 {
+    // Listings are in Japanese time.
+    if (!qEnvironmentVariableIsSet("TZ"))
+        qputenv("TZ", "Asia/Tokyo");
     XSession session;
     QString why;
     if (!session.start(&why)) {
