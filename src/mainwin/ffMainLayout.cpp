@@ -42,6 +42,12 @@ QWidget *panel(const char *name, QWidget *parent)
     layout->setContentsMargins(0, 0, 0, 0);
     return widget;
 }
+
+/// Gives the first of two parts that size, the second what is left of the splitter's length.
+void giveFirst(QSplitter &splitter, int first, int length)
+{
+    splitter.setSizes({first, std::max(1, length - splitter.handleWidth() - first)});
+}
 } // namespace
 
 void ffMain::build()
@@ -236,12 +242,15 @@ void ffMain::loadSettings()
     m_panes.file->SetRr(values.ActPh, values.panes.LsCwd, values.panes.TrvHi);
 }
 
+/// The splitters get their size first: parts whose sum is not their splitter's are all scaled, and
+/// the layout would creep from start to start.
 void ffMain::applyLayout(const PaneLayout &layout)
 {
-    if (layout.WdFL > 0)
-        m_paneSplit->setSizes({layout.WdFL, std::max(1, width() - layout.WdFL)});
+    QWidget::layout()->activate();
     if (layout.HiFL > 0)
-        m_splitter->setSizes({layout.HiFL, std::max(1, height() - layout.HiFL)});
+        giveFirst(*m_splitter, layout.HiFL, m_splitter->height());
+    if (layout.WdFL > 0)
+        giveFirst(*m_paneSplit, layout.WdFL, m_paneSplit->width());
     if (layout.TrHiF > 0)
         m_panes.ftp->setTrvHi(layout.TrHiF);
     m_panes.ftp->setLsClsWd(layout.LsWdF);

@@ -34,6 +34,7 @@ private Q_SLOTS:
 private:
     void fillBothSides();
     [[nodiscard]] int run(const QString &commandLine, std::function<void()> script);
+    [[nodiscard]] QStringList savedLayout() const;
     void registersASite();
     void connectsAndBrowses();
     void uploadsByDrag();
@@ -114,11 +115,24 @@ void tst_NewUser::aFirstDay()
         m_person.pickMenuBar(QStringLiteral("FTP"), QStringLiteral("終了"));
     });
     QVERIFY2(status == 0, qPrintable(m_person.failure()));
+    const QStringList layout = savedLayout();
     status = run(QString(), [this] {
         findsEverythingAgain();
         m_person.pickMenuBar(QStringLiteral("FTP"), QStringLiteral("終了"));
     });
     QVERIFY2(status == 0, qPrintable(m_person.failure()));
+    QCOMPARE(savedLayout(), layout);
+}
+
+/// What nobody changed must not creep from start to start.
+QStringList tst_NewUser::savedLayout() const
+{
+    QStringList lines;
+    for (const char *key : {"Left", "Top", "Width", "Height", "Root", "ActPh", "WdFL", "HiFL",
+                            "TrvHi", "LsCwd", "TrHiF", "LsWdF", "CbSvr"})
+        lines +=
+            QLatin1String(key) + QLatin1Char('=') + m_world->setting(QLatin1String(key)).toString();
+    return lines;
 }
 
 void tst_NewUser::registersASite()
