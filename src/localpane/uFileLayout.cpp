@@ -87,10 +87,13 @@ void uFile::Parts::build()
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(bar);
     layout->addWidget(splitter, 1);
-    QWidget::setTabOrder(treeView, listView);
-    QWidget::setTabOrder(listView, bar->cbRoot());
     QWidget::setTabOrder(bar->cbRoot(), bar->imFnd());
     QWidget::setTabOrder(bar->imFnd(), bar->txFilter());
+    QWidget::setTabOrder(bar->txFilter(), treeView);
+    QWidget::setTabOrder(treeView, listView);
+    // A window that opens has its keys there, not in the box of the roots.
+    if (q.window()->focusWidget() == nullptr)
+        treeView->setFocus();
 }
 
 void uFile::Parts::buildTree()
@@ -98,7 +101,9 @@ void uFile::Parts::buildTree()
     treeView->setObjectName(QStringLiteral("TrView"));
     treeView->setAccessibleName(QStringLiteral("ﾛｰｶﾙのﾌｫﾙﾀﾞ"));
     nodes->setIconSource([this](const QModelIndex &node, bool) {
-        return ImgLst.icon(ImgLst.trIcnToPic(nodes->path(node)));
+        // A new folder has no place on the disk before it has its name.
+        const bool made = nodes->tag(node) != EntryTag::NW;
+        return ImgLst.icon(ImgLst.trIcnToPic(nodes->path(made ? node : node.parent())));
     });
     treeView->setModel(nodes);
 }
@@ -111,7 +116,8 @@ void uFile::Parts::buildList()
         return pathIn(listFill->folder(), row.texts.value(LocalListFill::Name));
     };
     list->setIconSource([this, path](const RowList::Row &row) {
-        return ImgLst.icon(ImgLst.trIcnToPic(path(row)));
+        return ImgLst.icon(
+            ImgLst.trIcnToPic(row.tag != EntryTag::NW ? path(row) : listFill->folder()));
     });
     list->setLateSource([path](const RowList::Row &row) {
         return row.tag == EntryTag::FL ? fileTypeName(path(row))
