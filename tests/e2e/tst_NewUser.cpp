@@ -25,7 +25,9 @@ private Q_SLOTS:
     void cleanup();
 
     void aFirstDay();
+    void betweenThePanes();
     void byKeyboardAlone();
+    void tabGoesAsTheEyeDoes();
     void fromTheCommandLine_data();
     void fromTheCommandLine();
     void closedDuringADownload();
@@ -295,6 +297,76 @@ void tst_NewUser::findsEverythingAgain()
     m_person.waitForRow(ftpList, QStringLiteral("index.html"));
     m_person.waitForRow(ftpTree, QStringLiteral("public"));
     m_person.picture(QStringLiteral("story-14-pattern-shown"));
+}
+
+/// Drags and the clipboard from one pane to the other, both ways.
+void tst_NewUser::betweenThePanes()
+{
+    m_world->registerSite(QStringLiteral("office"));
+    m_world->registerPattern(pairName, QStringLiteral("office"), QStringLiteral("/public"));
+    m_world->writeLayout(1100, 720);
+    const int status = run(QStringLiteral("openp|") + pairName, [this] {
+        const QString folder = m_world->localFolder() + QStringLiteral("/報告書");
+        m_person.drag(m_person.rowPoint(ftpList, QStringLiteral("notes.txt")),
+                      m_person.rowPoint(localList, QStringLiteral("報告書")));
+        m_person.answer(folder + QStringLiteral("にﾀﾞｳﾝﾛｰﾄﾞします"));
+        m_person.waitOutside(QStringLiteral("the file in the folder it was dropped on"), [&] {
+            return QFileInfo::exists(folder + QStringLiteral("/notes.txt"));
+        });
+
+        m_person.clickRow(ftpList, QStringLiteral("old"));
+        m_person.key(QStringLiteral("ctrl+c"));
+        m_person.clickRow(localList, QStringLiteral("readme.txt"));
+        m_person.key(QStringLiteral("ctrl+v"));
+        m_person.answer(m_world->localFolder() + QStringLiteral("にﾀﾞｳﾝﾛｰﾄﾞします"));
+        m_person.waitForRow(localList, QStringLiteral("old"));
+
+        m_person.clickRow(localList, QStringLiteral("readme.txt"));
+        m_person.key(QStringLiteral("ctrl+x"));
+        m_person.clickRow(ftpList, QStringLiteral("notes.txt"));
+        m_person.key(QStringLiteral("ctrl+v"));
+        m_person.answer(QStringLiteral("/publicにｱｯﾌﾟﾛｰﾄﾞします"));
+        m_person.waitForRow(ftpList, QStringLiteral("readme.txt"));
+
+        m_person.drag(m_person.rowPoint(QStringLiteral("uFile/TrView"), QStringLiteral("報告書")),
+                      m_person.rowPoint(ftpTree, QStringLiteral("public")));
+        m_person.answer(QStringLiteral("/publicにｱｯﾌﾟﾛｰﾄﾞします"));
+        m_person.waitForRow(ftpList, QStringLiteral("報告書"));
+        m_person.key(QStringLiteral("ctrl+q"));
+    });
+    QVERIFY2(status == 0, qPrintable(m_person.failure()));
+    QVERIFY(QFileInfo::exists(m_world->localFolder() + QStringLiteral("/old/away.txt")));
+    // A cut that is pasted on the server deletes nothing here.
+    QVERIFY(QFileInfo::exists(m_world->localFolder() + QStringLiteral("/readme.txt")));
+    const FtpDaemon &daemon = m_world->daemon();
+    QVERIFY(daemon.exists("public/notes.txt"));
+    QVERIFY(daemon.exists("public/old/away.txt"));
+    QCOMPARE(daemon.file("public/報告書/notes.txt"), QByteArray("some notes"));
+}
+
+void tst_NewUser::tabGoesAsTheEyeDoes()
+{
+    m_world->registerSite(QStringLiteral("office"));
+    m_world->registerPattern(pairName, QStringLiteral("office"), QStringLiteral("/public"));
+    m_world->writeLayout(1100, 720);
+    const QStringList order{QStringLiteral("uFile/TrView"),  QStringLiteral("uFile/LsView"),
+                            QStringLiteral("uFtp/cbSvr"),    QStringLiteral("uFtp/imOpn"),
+                            QStringLiteral("uFtp/imElse"),   QStringLiteral("uFtp/TrView"),
+                            QStringLiteral("uFtp/LsView"),   QStringLiteral("ffMain/ltMsg"),
+                            QStringLiteral("uFile/cbRoot"),  QStringLiteral("uFile/imFnd"),
+                            QStringLiteral("uFile/txFilter")};
+    const int status = run(QStringLiteral("openp|") + pairName, [&] {
+        m_person.waitForRow(ftpList, QStringLiteral("notes.txt"));
+        for (const QString &widget : order) {
+            m_person.waitForFocus(widget);
+            m_person.key(QStringLiteral("Tab"));
+        }
+        m_person.waitForFocus(order.constFirst());
+        m_person.key(QStringLiteral("shift+Tab"));
+        m_person.waitForFocus(order.constLast());
+        m_person.closeWindow();
+    });
+    QVERIFY2(status == 0, qPrintable(m_person.failure()));
 }
 
 void tst_NewUser::byKeyboardAlone()
