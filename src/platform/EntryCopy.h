@@ -28,4 +28,7 @@ void keepLook(const std::filesystem::path &from, const std::filesystem::path &to
 [[nodiscard]] bool renameEntry(const std::filesystem::path &from, const std::filesystem::path &to,
                                bool replace, std::error_code &why);
 
+/// Makes what was renamed into a folder survive a power cut, where the system can.
+void flushFolder(const std::filesystem::path &folder);
+
 } // namespace venlo

@@ -163,4 +163,13 @@ bool renameEntry(const std::filesystem::path &from, const std::filesystem::path 
     return false;
 }
 
+void flushFolder(const std::filesystem::path &folder)
+{
+    const int fd = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (fd < 0)
+        return;
+    (void)fsync(fd);
+    close(fd);
+}
+
 } // namespace venlo

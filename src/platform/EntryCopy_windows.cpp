@@ -82,10 +82,16 @@ void keepLook(const std::filesystem::path &from, const std::filesystem::path &to
 bool renameEntry(const std::filesystem::path &from, const std::filesystem::path &to, bool replace,
                  std::error_code &why)
 {
-    if (MoveFileExW(from.c_str(), to.c_str(), replace ? MOVEFILE_REPLACE_EXISTING : 0) != FALSE)
+    const DWORD flags = MOVEFILE_WRITE_THROUGH | (replace ? MOVEFILE_REPLACE_EXISTING : 0U);
+    if (MoveFileExW(from.c_str(), to.c_str(), flags) != FALSE)
         return true;
     why = lastError();
     return false;
+}
+
+void flushFolder(const std::filesystem::path & /*folder*/)
+{
+    // Every rename is written through.
 }
 
 } // namespace venlo

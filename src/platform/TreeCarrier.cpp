@@ -47,6 +47,7 @@ void TreeCarrier::carryTo(const Path &from, const Path &to)
 {
     m_copying = !m_move;
     m_arrived.clear();
+    m_filled.clear();
     const int failures = m_flow.failures();
     carryEntry(from, to, false);
     // Nothing of a move goes unless everything that was to go has arrived.
@@ -68,6 +69,10 @@ void TreeCarrier::carryEntry(const Path &from, const Path &to, bool inMerge)
     const FileType there = typeOf(to);
     const bool replace = there != FileType::not_found;
     const bool folder = type == FileType::directory;
+    if (replace && isSame(from, to)) {
+        fail(from, QStringLiteral("元と先が同じものです"));
+        return;
+    }
     if (replace && folder && there == FileType::directory) {
         mergeFolders(from, to, inMerge);
         return;
@@ -88,7 +93,7 @@ void TreeCarrier::mergeFolders(const Path &from, const Path &to, bool inMerge)
     if (!inMerge && !mayReplace(from, to, true))
         return;
     copyContent(from, to, true);
-    arrived(from, true);
+    arrived(lookAt(from), to);
 }
 
 /// True when the move of this entry is settled, done or failed; false when it has to be copied.
@@ -133,7 +138,7 @@ void TreeCarrier::copyFolder(const Path &from, const Path &to)
         return;
     // Last: filling it changed its time, and a read-only one could not have been filled.
     keepLook(from, to);
-    arrived(from, true);
+    arrived(lookAt(from), to.parent_path());
 }
 
 void TreeCarrier::copyContent(const Path &from, const Path &to, bool inMerge)

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
+#include <set>
 #include <vector>
 
 #include "platform/ShellFileFlow.h"
@@ -18,14 +20,16 @@ public:
     void carry(const std::filesystem::path &from);
 
 private:
-    /// A source whose copy has arrived, as it was then.
-    struct Arrived {
-        std::filesystem::path path;
-        std::filesystem::file_time_type modified;
-        bool folder = false;
-    };
     using Path = std::filesystem::path;
     using FileType = std::filesystem::file_type;
+    /// A source as it was at one moment; time and size only of files.
+    struct Source {
+        Path path;
+        FileType type = FileType::none;
+        std::filesystem::file_time_type modified;
+        std::uintmax_t size = 0;
+        bool operator==(const Source &) const = default;
+    };
 
     void carryTo(const Path &from, const Path &to);
     void carryEntry(const Path &from, const Path &to, bool inMerge);
@@ -35,11 +39,15 @@ private:
     void copyContent(const Path &from, const Path &to, bool inMerge);
     void copyFile(const Path &from, const Path &to, bool replace);
     void copyLink(const Path &from, const Path &to, bool replace);
-    void intoPlace(const Path &from, const Path &temporary, const Path &to, bool replace);
+    void intoPlace(const Source &from, const Path &temporary, const Path &to, bool replace);
     [[nodiscard]] bool renamed(const Path &from, const Path &to, bool replace);
     [[nodiscard]] bool mayReplace(const Path &from, const Path &to, bool folders);
-    void arrived(const Path &from, bool folder);
+    [[nodiscard]] static Source lookAt(const Path &path);
+    [[nodiscard]] static bool isSame(const Path &from, const Path &to);
+    void arrived(const Source &from, const Path &into);
+    [[nodiscard]] bool copiesAreSafe();
     void takeSourcesAway();
+    void takeAway(const Source &source, bool more);
     [[nodiscard]] bool isBelow(const Path &folder, const Path &top) const;
     [[nodiscard]] Path nameOfCopy(const Path &from) const;
     void fail(const Path &entry, const std::error_code &why);
@@ -52,9 +60,10 @@ private:
     const Path m_to;
     bool m_yesToAllFiles = false;
     bool m_yesToAllFolders = false;
-    bool m_copying = false; ///< the entry in hand is copied, not renamed
-    int m_depth = 0;        ///< folders of the order's entry above the one in hand
-    std::vector<Arrived> m_arrived;
+    bool m_copying = false;        ///< the entry in hand is copied, not renamed
+    int m_depth = 0;               ///< folders of the order's entry above the one in hand
+    std::vector<Source> m_arrived; ///< as they were before their copies were begun
+    std::set<Path> m_filled;       ///< the folders their copies are in
 };
 
 } // namespace venlo

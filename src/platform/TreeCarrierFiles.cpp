@@ -19,13 +19,14 @@ fs::path temporaryIn(const fs::path &folder)
 void TreeCarrier::copyFile(const Path &from, const Path &to, bool replace)
 {
     const Path temporary = temporaryIn(to.parent_path());
+    const Source source = lookAt(from);
     std::error_code error;
     // A copy that something else is given up for has to be on the disk first.
     const bool durable = m_move || replace;
     const auto tick = [this](qint64 bytes) { return m_flow.advance(bytes); };
     switch (copyFileWhole(from, temporary, durable, tick, error)) {
     case CopyEnd::Done:
-        intoPlace(from, temporary, to, replace);
+        intoPlace(source, temporary, to, replace);
         break;
     case CopyEnd::Failed:
         fail(from, error);
@@ -39,6 +40,7 @@ void TreeCarrier::copyFile(const Path &from, const Path &to, bool replace)
 void TreeCarrier::copyLink(const Path &from, const Path &to, bool replace)
 {
     const Path temporary = temporaryIn(to.parent_path());
+    const Source source = lookAt(from);
     std::error_code error;
     fs::copy_symlink(from, temporary, error);
     if (error) {
@@ -46,14 +48,14 @@ void TreeCarrier::copyLink(const Path &from, const Path &to, bool replace)
         return;
     }
     keepLook(from, temporary);
-    intoPlace(from, temporary, to, replace);
+    intoPlace(source, temporary, to, replace);
 }
 
-void TreeCarrier::intoPlace(const Path &from, const Path &temporary, const Path &to, bool replace)
+void TreeCarrier::intoPlace(const Source &from, const Path &temporary, const Path &to, bool replace)
 {
     std::error_code error;
     if (renameEntry(temporary, to, replace, error)) {
-        arrived(from, false);
+        arrived(from, to.parent_path());
         return;
     }
     std::error_code ignored;
@@ -61,35 +63,75 @@ void TreeCarrier::intoPlace(const Path &from, const Path &temporary, const Path 
     fail(to, error);
 }
 
-void TreeCarrier::arrived(const Path &from, bool folder)
+TreeCarrier::Source TreeCarrier::lookAt(const Path &path)
+{
+    std::error_code error;
+    Source found{path, fs::symlink_status(path, error).type(), {}, 0};
+    if (found.type == FileType::regular) {
+        found.modified = fs::last_write_time(path, error);
+        found.size = fs::file_size(path, error);
+    }
+    return found;
+}
+
+/// Both are one file or folder, or a link would take the place of what it points to: afterwards
+/// there would be none. A link may well give way to what it points to.
+bool TreeCarrier::isSame(const Path &from, const Path &to)
+{
+    std::error_code error;
+    return fs::symlink_status(to, error).type() != FileType::symlink &&
+           fs::equivalent(from, to, error);
+}
+
+void TreeCarrier::arrived(const Source &from, const Path &into)
 {
     if (!m_move || m_flow.stopped())
         return;
-    std::error_code error;
-    const bool dated = fs::symlink_status(from, error).type() == FileType::regular;
-    m_arrived.push_back(
-        {from, dated ? fs::last_write_time(from, error) : fs::file_time_type(), folder});
+    m_arrived.push_back(from);
+    if (m_copying)
+        m_filled.insert(into);
 }
 
-/// In the order of arrival, which puts a folder behind what it held. A folder that still holds
-/// something (left out by the person, or new) stays; so does a file that was changed meanwhile.
+/// The names of the copies are on the disk too before the first source goes. False when cancelled.
+bool TreeCarrier::copiesAreSafe()
+{
+    for (const Path &folder : m_filled) {
+        flushFolder(folder);
+        if (!m_flow.advance(0))
+            return false;
+    }
+    return true;
+}
+
+/// In the order of arrival, which puts a folder behind what it held.
 void TreeCarrier::takeSourcesAway()
 {
-    for (const Arrived &one : m_arrived) {
-        std::error_code error;
-        if (one.folder) {
-            if (!fs::is_empty(one.path, error) || error)
-                continue;
-        } else if (fs::symlink_status(one.path, error).type() == FileType::regular &&
-                   fs::last_write_time(one.path, error) != one.modified) {
-            fail(one.path, QStringLiteral("移動中に変更されたため､元のﾌｧｲﾙを残しました"));
-            continue;
-        }
-        if (!fs::remove(one.path, error) && error)
-            fail(one.path, error);
+    if (!copiesAreSafe())
+        return;
+    for (const Source &one : m_arrived) {
+        takeAway(one, &one != &m_arrived.back());
         if (m_flow.stopped())
             return;
     }
+}
+
+/// A folder that still holds something (left out by the person, or new) stays; so does a file that
+/// is no longer as it was when its copy was begun.
+void TreeCarrier::takeAway(const Source &source, bool more)
+{
+    const Source now = lookAt(source.path);
+    if (now.type == FileType::not_found)
+        return;
+    if (now != source) {
+        m_flow.fail(source.path, QStringLiteral("移動中に変更されたため､元のﾌｧｲﾙを残しました"),
+                    more);
+        return;
+    }
+    std::error_code error;
+    if (now.type == FileType::directory && (!fs::is_empty(source.path, error) || error))
+        return;
+    if (!fs::remove(source.path, error) && error)
+        m_flow.fail(source.path, systemWords(error), more);
 }
 
 } // namespace venlo

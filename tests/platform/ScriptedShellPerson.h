@@ -27,7 +27,8 @@ public:
     };
     std::vector<Deletion> askedDeletes;
     std::vector<ShellClash> askedClashes;
-    QStringList failures; ///< "path: why"
+    QStringList failures;   ///< "path: why"
+    std::vector<bool> more; ///< at each failure, whether something was left to go on with
     std::vector<ShellFileProgress> seen;
 
     [[nodiscard]] bool confirmDelete(const QStringList &paths, bool forGood) override
@@ -40,8 +41,9 @@ public:
         askedClashes.push_back(clash);
         return take(clashes, ShellAnswer::No);
     }
-    [[nodiscard]] bool failed(const QString &path, const QString &why, bool /*more*/) override
+    [[nodiscard]] bool failed(const QString &path, const QString &why, bool left) override
     {
+        more.push_back(left);
         failures << path + QStringLiteral(": ") + why;
         return !stopAtFailure;
     }
