@@ -128,9 +128,19 @@ bool writeInfo(const QString &file, const QByteArray &text, std::error_code &why
     return whole;
 }
 
+/// Leaves room for the number and for ".trashinfo". The info file knows the whole name.
+QString shortened(QString name)
+{
+    constexpr qsizetype longest = 240; // bytes of 255
+    while (QFile::encodeName(name).size() > longest)
+        name.chop(name.back().isLowSurrogate() ? 2 : 1);
+    return name;
+}
+
 QString nameInBin(const QString &name, int attempt)
 {
-    return attempt == 0 ? name : QStringLiteral("%1.%2").arg(name).arg(attempt + 1);
+    const QString base = shortened(name);
+    return attempt == 0 ? base : base + QLatin1Char('.') + QString::number(attempt + 1);
 }
 } // namespace
 

@@ -27,6 +27,7 @@ private Q_SLOTS:
     void init();
     void intoTheBin();
     void sameNameTwice();
+    void longName();
     void theLinkItself();
     void refusedQuestion();
     void noConfirm();
@@ -147,6 +148,26 @@ void tst_ShellFileDelete::sameNameTwice()
              (QStringList{QStringLiteral("a.txt"), QStringLiteral("a.txt.2"),
                           QStringLiteral("a.txt.3")}));
     QCOMPARE(QDir(bin(QStringLiteral("info"))).entryList(QDir::Files).size(), 3);
+}
+
+void tst_ShellFileDelete::longName()
+{
+    // 254 bytes: as long as a name can be, no room for what the bin adds.
+    const QString name = QString(250 / 3, QChar(0x3042)) + QStringLiteral(".html");
+    for (int i = 0; i < 2; ++i) {
+        write(name);
+        m_person->deletes = {true};
+        QVERIFY(run({name}).complete);
+        QVERIFY(!QFile::exists(path(name)));
+    }
+    QCOMPARE(m_person->askedDeletes.size(), size_t(2));
+    QVERIFY(!m_person->askedDeletes.back().forGood);
+    QCOMPARE(QDir(bin(QStringLiteral("files"))).entryList(QDir::Files).size(), 2);
+    const QStringList notes = QDir(bin(QStringLiteral("info"))).entryList(QDir::Files);
+    QCOMPARE(notes.size(), 2);
+    QFile info(bin(QStringLiteral("info/") + notes.constFirst()));
+    QVERIFY(info.open(QIODevice::ReadOnly));
+    QVERIFY(info.readAll().contains(QFile::encodeName(name).toPercentEncoding()));
 }
 
 void tst_ShellFileDelete::theLinkItself()
