@@ -21,11 +21,32 @@ UINT dropEffectFormat()
     return format;
 }
 
+/// Owns what is put on the clipboard; without an owner the system takes nothing.
+HWND ownerWindow()
+{
+    static const HWND window = CreateWindowExW(0, L"STATIC", L"", 0, 0, 0, 0, 0, HWND_MESSAGE,
+                                               nullptr, GetModuleHandleW(nullptr), nullptr);
+    return window;
+}
+
+/// Another program may have it open for a moment.
+bool openWithin(HWND owner)
+{
+    constexpr int attempts = 10;
+    constexpr DWORD pauseMs = 10;
+    for (int i = 0; i < attempts; ++i) {
+        if (OpenClipboard(owner) != FALSE)
+            return true;
+        Sleep(pauseMs);
+    }
+    return false;
+}
+
 /// The open clipboard; closed with its scope.
 class OpenedClipboard
 {
 public:
-    OpenedClipboard() : m_open(OpenClipboard(nullptr) != FALSE) {}
+    explicit OpenedClipboard(HWND owner = nullptr) : m_open(openWithin(owner)) {}
     ~OpenedClipboard()
     {
         if (m_open)
@@ -81,7 +102,7 @@ quint32 preferredEffect()
 
 void putFilesOnClipboard(const QStringList &paths, quint32 effect)
 {
-    const OpenedClipboard clipboard;
+    const OpenedClipboard clipboard(ownerWindow());
     if (!clipboard || EmptyClipboard() == FALSE)
         return;
     QStringList native;

@@ -31,22 +31,14 @@ std::wstring shellList(const QStringList &paths)
     return list;
 }
 
-bool tooLong(const ShellFileOrder &order)
+bool tooLong(const QString &path, const QString &to)
 {
-    return std::any_of(order.from.begin(), order.from.end(), [&order](const QString &path) {
-        const qsizetype arrives =
-            order.to.isEmpty() ? 0 : order.to.size() + 1 + QFileInfo(path).fileName().size();
-        return std::max(path.size(), arrives) >= shellPathLimit;
-    });
+    const qsizetype arrives = to.isEmpty() ? 0 : to.size() + 1 + QFileInfo(path).fileName().size();
+    return std::max(path.size(), arrives) >= shellPathLimit;
 }
-} // namespace
 
-ShellFileReport runShellFileOperation(const ShellFileOrder &order, ShellFileWatcher &watcher)
+ShellFileReport runInShell(const ShellFileOrder &order)
 {
-    if (order.from.isEmpty() || order.verb == ShellVerb::None)
-        return {};
-    if (tooLong(order))
-        return ShellFileWorker(order, watcher).run();
     const std::wstring from = shellList(order.from);
     const std::wstring to = shellList(QStringList(order.to));
     SHFILEOPSTRUCTW operation = {};
@@ -58,6 +50,29 @@ ShellFileReport runShellFileOperation(const ShellFileOrder &order, ShellFileWatc
     const int result = SHFileOperationW(&operation);
     const bool cancelled = operation.fAnyOperationsAborted != FALSE;
     return {result == 0 && !cancelled, cancelled, result != 0 && !cancelled ? 1 : 0};
+}
+} // namespace
+
+ShellFileReport runShellFileOperation(const ShellFileOrder &order, ShellFileWatcher &watcher)
+{
+    if (order.from.isEmpty() || order.verb == ShellVerb::None)
+        return {};
+    // One long path must not keep the others from the shell and its recycle bin.
+    ShellFileOrder inShell = order;
+    ShellFileOrder byOurselves = order;
+    inShell.from.clear();
+    byOurselves.from.clear();
+    for (const QString &path : order.from)
+        (tooLong(path, order.to) ? byOurselves : inShell).from << path;
+    if (byOurselves.from.isEmpty())
+        return runInShell(inShell);
+    if (inShell.from.isEmpty())
+        return ShellFileWorker(byOurselves, watcher).run();
+    const ShellFileReport first = runInShell(inShell);
+    if (first.cancelled)
+        return first;
+    const ShellFileReport second = ShellFileWorker(byOurselves, watcher).run();
+    return {first.complete && second.complete, second.cancelled, first.failures + second.failures};
 }
 
 } // namespace venlo
