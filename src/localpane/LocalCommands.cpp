@@ -117,6 +117,9 @@ void LocalCommands::keyWanted(PaneKey key, bool forTree)
     case PaneKey::Paste:
         menu(Paste);
         break;
+    case PaneKey::CopyText:
+        copyListText();
+        break;
     case PaneKey::Refresh:
     case PaneKey::Parent:
         break; // the pane itself goes about

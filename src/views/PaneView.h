@@ -16,8 +16,8 @@ namespace venlo
 
 class NameEditor;
 
-/// What a pane's own keys ask for.
-enum class PaneKey { Delete, Rename, Refresh, Parent, Cut, Copy, Paste };
+/// What a pane's own keys ask for; CopyText, the rows as text, is a list's only.
+enum class PaneKey { Delete, Rename, Refresh, Parent, Cut, Copy, Paste, CopyText };
 
 /// What a view asks its pane about drags. Indexes are those of the view's model; an invalid one is
 /// the empty space.

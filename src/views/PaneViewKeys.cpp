@@ -18,9 +18,12 @@ namespace
 {
 
 /// The command of a key, nothing for any other.
-std::optional<PaneKey> paneKey(const QKeyEvent &event)
+std::optional<PaneKey> paneKey(const QKeyEvent &event, PaneView::Kind kind)
 {
     const int key = event.key();
+    if (kind == PaneView::Kind::List && key == Qt::Key_C &&
+        event.modifiers() == (Qt::ControlModifier | Qt::ShiftModifier))
+        return PaneKey::CopyText;
     if (event.modifiers() == Qt::ControlModifier && key == Qt::Key_X)
         return PaneKey::Cut;
     if (event.modifiers() == Qt::ControlModifier && key == Qt::Key_C)
@@ -64,7 +67,7 @@ bool PaneView::event(QEvent *event)
     // The view with the focus comes before the window's own shortcuts.
     if (event->type() == QEvent::ShortcutOverride) {
         const auto *const key = static_cast<QKeyEvent *>(event);
-        if (paneKey(*key) || isMenuKey(*key)) {
+        if (paneKey(*key, m_kind) || isMenuKey(*key)) {
             event->accept();
             return true;
         }
@@ -108,7 +111,7 @@ bool PaneView::commandKey(const QKeyEvent &event)
         expand(currentIndex());
         return true;
     }
-    if (const std::optional<PaneKey> key = paneKey(event)) {
+    if (const std::optional<PaneKey> key = paneKey(event, m_kind)) {
         Q_EMIT keyWanted(*key);
         return true;
     }

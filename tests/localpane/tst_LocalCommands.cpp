@@ -405,7 +405,8 @@ void tst_LocalCommands::copiesTheListAsText()
     CommandsFixture f;
     f.show({{"data.txt", QByteArray(2345, 'x'), QDateTime(QDate(2021, 2, 3), QTime(14, 5, 6))},
             {"空", "", QDateTime(QDate(2021, 2, 3), QTime(14, 5, 6))}});
-    f.commands->copyListText();
+    f.lsView.setFocus();
+    QTest::keyClick(&f.lsView, Qt::Key_C, Qt::ControlModifier | Qt::ShiftModifier);
     const QStringList lines = QApplication::clipboard()->text().split(QLatin1Char('\r'));
     QCOMPARE(lines.size(), 4);
     QCOMPARE(lines.at(0), QStringLiteral("名前\t更新日\tｻｲｽﾞ\t拡張子\t種類\t属性"));

@@ -21,6 +21,7 @@ private Q_SLOTS:
     void cleanup();
     void commandKeys_data();
     void commandKeys();
+    void listTextIsAListsKey();
     void keysComeBeforeShortcuts();
     void keysWithOtherModifiers();
     void enterKeys();
@@ -102,6 +103,18 @@ void tst_PaneView::commandKeys()
         QCOMPARE(wanted.constFirst().constFirst().value<PaneKey>(), command);
         QVERIFY(!view->editingName());
     }
+}
+
+void tst_PaneView::listTextIsAListsKey()
+{
+    const Qt::KeyboardModifiers both = Qt::ControlModifier | Qt::ShiftModifier;
+    QSignalSpy ofList(m_pane->list, &PaneView::keyWanted);
+    QTest::keyClick(m_pane->list, Qt::Key_C, both);
+    QCOMPARE(ofList.size(), 1);
+    QCOMPARE(ofList.constFirst().constFirst().value<PaneKey>(), PaneKey::CopyText);
+    QSignalSpy ofTree(m_pane->tree, &PaneView::keyWanted);
+    QTest::keyClick(m_pane->tree, Qt::Key_C, both);
+    QCOMPARE(ofTree.size(), 0);
 }
 
 void tst_PaneView::keysComeBeforeShortcuts()
