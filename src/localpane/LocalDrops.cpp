@@ -159,6 +159,8 @@ Qt::DropAction LocalDrops::dropped(const QTreeView &view, const QModelIndex &und
 
 void LocalDrops::droppedOnRoot(const QString &firstPath)
 {
+    if (m.gate.busy())
+        return;
     const QString folder =
         firstPath.contains(QLatin1Char('.')) ? parentFolder(firstPath) : tidyFolder(firstPath);
     if (folderExists(folder))
