@@ -92,6 +92,7 @@ void sfSite::addPassword()
     m_reveal->setToolTip(m_reveal->accessibleName());
     m_reveal->setCheckable(true);
     m_reveal->setAutoDefault(false);
+    m_reveal->installEventFilter(this);
     m_boxes[Password] = addBox(QStringLiteral("txSite3"), caption(Password), m_reveal);
     m_boxes[Password]->setEchoMode(QLineEdit::Password);
     connect(m_reveal, &QPushButton::toggled, this, [this](bool shown) {

@@ -26,6 +26,8 @@ private Q_SLOTS:
     void nameIsKeptCleanInTheMiddle();
     void pickingFillsTheBoxes();
     void arrowKeysPick();
+    void arrowKeyPicksTheOnlyOne();
+    void clickOnTheSelectedOneReadsItAgain();
     void registers();
     void registerRefusesATakenName();
     void renamingKeepsThePatterns();
@@ -140,11 +142,47 @@ void tst_sfSite::arrowKeysPick()
 {
     act([](QWidget &window) {
         auto &names = part<QListWidget>(window, "lsSite");
-        names.setFocus();
+        QTest::keyClick(&box(window, 0), Qt::Key_Tab, Qt::ShiftModifier);
+        QVERIFY(names.hasFocus());
+        QVERIFY(names.selectedItems().isEmpty());
         QTest::keyClick(&names, Qt::Key_Down);
-        QCOMPARE(box(window, 0).text(), names.currentItem()->text());
+        QCOMPARE(box(window, 0).text(), QStringLiteral("Kyoto"));
+        QTest::keyClick(&names, Qt::Key_Down);
+        QCOMPARE(box(window, 0).text(), QStringLiteral("tokyo"));
+        QTest::keyClick(&names, Qt::Key_Up);
+        QCOMPARE(box(window, 0).text(), QStringLiteral("Kyoto"));
+        press(window, 3);
+        names.setFocus();
         QTest::keyClick(&names, Qt::Key_End);
         QCOMPARE(box(window, 0).text(), QStringLiteral("tokyo"));
+    });
+}
+
+void tst_sfSite::arrowKeyPicksTheOnlyOne()
+{
+    m_store->database.run(QStringLiteral("Delete From msSite Where sName='tokyo'"));
+    act([](QWidget &window) {
+        QTest::keyClick(&box(window, 0), Qt::Key_Tab, Qt::ShiftModifier);
+        QTest::keyClick(&list(window), Qt::Key_Down);
+        QCOMPARE(box(window, 0).text(), QStringLiteral("Kyoto"));
+        QVERIFY(button(window, 2).isEnabled());
+    });
+}
+
+void tst_sfSite::clickOnTheSelectedOneReadsItAgain()
+{
+    act([this](QWidget &window) {
+        pick(window, 1);
+        type(window, 1, QStringLiteral("typed"));
+        pick(window, 1);
+        QCOMPARE(box(window, 1).text(), QStringLiteral("ftp.tokyo.example"));
+        // Once a click, also where it is refused.
+        m_store->person.allowMessages();
+        m_store->database.run(QStringLiteral("Drop Table msSite"));
+        pick(window, 1);
+        QCOMPARE(m_store->person.messages().size(), 1);
+        pick(window, 0);
+        QCOMPARE(m_store->person.messages().size(), 2);
     });
 }
 
@@ -327,6 +365,16 @@ void tst_sfSite::passwordIsMasked()
         pick(window, 1);
         QCOMPARE(password.echoMode(), QLineEdit::Password);
         QVERIFY(!reveal.isChecked());
+        for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Space}) {
+            reveal.setFocus();
+            QTest::keyClick(&reveal, key);
+            QCOMPARE(password.echoMode(), QLineEdit::Normal);
+            QTest::keyClick(&reveal, key);
+            QCOMPARE(password.echoMode(), QLineEdit::Password);
+        }
+        QTest::keyClick(&reveal, Qt::Key_Return);
+        press(window, 3);
+        QCOMPARE(password.echoMode(), QLineEdit::Password);
     });
 }
 

@@ -43,6 +43,8 @@ private Q_SLOTS:
     void siteCompletions();
     void enterAndEscape();
     void doubleClickDeletesOne();
+    void tabOrder();
+    void longNames();
     void everythingHasAName();
 
 private:
@@ -319,6 +321,9 @@ void tst_sfSPtn::leavingAPathBoxNormalises_data()
     QTest::newRow("local, several")
         << 1 << QStringLiteral("/home/a//") << QStringLiteral("/home/a");
     QTest::newRow("local root") << 1 << QStringLiteral("/") << QStringLiteral("/");
+#ifdef Q_OS_WIN
+    QTest::newRow("bare drive") << 1 << QStringLiteral("C:") << QStringLiteral("C:\\");
+#endif
     QTest::newRow("nothing") << 1 << QString() << QString();
     QTest::newRow("remote") << 3 << QStringLiteral("/pub/") << QStringLiteral("/pub");
     QTest::newRow("remote, several") << 3 << QStringLiteral("/pub//") << QStringLiteral("/pub");
@@ -387,6 +392,37 @@ void tst_sfSPtn::doubleClickDeletesOne()
         QTest::mouseDClick(&button(window, 2), Qt::LeftButton);
     }));
     QCOMPARE(m_store->stored(QStringLiteral("Select Count(*) From msSync")), QStringLiteral("1"));
+}
+
+void tst_sfSPtn::tabOrder()
+{
+    (void)act(QStringLiteral("a"), [](QWidget &window) {
+        QVERIFY(list(window).hasFocus());
+        QStringList order;
+        for (int i = 0; i < 14; ++i) {
+            order.append(QApplication::focusWidget()->objectName());
+            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+        }
+        QCOMPARE(order.join(QLatin1Char(' ')),
+                 QStringLiteral("lsSite txSite0 txSite1 cmPh txSite2 txSite3 chCmp0 chCmp1 "
+                                "txSite4 cmSite0 cmSite1 cmSite2 cmSite3 cmSite4"));
+        QVERIFY(list(window).hasFocus());
+    });
+}
+
+void tst_sfSPtn::longNames()
+{
+    const QString name(255, u'長');
+    m_store->addPattern(name);
+    (void)act(name, [&](QWidget &window) {
+        QCOMPARE(list(window).selectedItems().value(0)->text(), name);
+        QCOMPARE(box(window, 0).text(), name);
+        QCOMPARE(box(window, 0).cursorPosition(), 0);
+        QVERIFY(window.width() <= 680);
+        QTest::keyClick(&list(window), Qt::Key_Home);
+        press(window, 1);
+        QCOMPARE(box(window, 0).text(), QStringLiteral("a"));
+    });
 }
 
 void tst_sfSPtn::everythingHasAName()

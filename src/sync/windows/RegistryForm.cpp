@@ -1,6 +1,5 @@
 #include "sync/windows/RegistryForm.h"
 
-#include <QKeyEvent>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
@@ -194,25 +193,6 @@ void RegistryForm::tellDropped(const std::vector<Typed> &boxes)
 void RegistryForm::tell(const QString &text)
 {
     m_frontEnd.message(text);
-}
-
-bool RegistryForm::eventFilter(QObject *watched, QEvent *event)
-{
-    auto *button = qobject_cast<QPushButton *>(watched);
-    if (button == nullptr)
-        return QDialog::eventFilter(watched, event);
-    // The second click of a double click is not meant for what the first one has left behind.
-    if (event->type() == QEvent::MouseButtonDblClick)
-        return true;
-    if (event->type() == QEvent::KeyPress) {
-        const auto *key = static_cast<QKeyEvent *>(event);
-        if (key->key() == Qt::Key_Return || key->key() == Qt::Key_Enter) {
-            if (!key->isAutoRepeat())
-                button->click();
-            return true;
-        }
-    }
-    return QDialog::eventFilter(watched, event);
 }
 
 } // namespace venlo

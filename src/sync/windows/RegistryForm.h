@@ -9,6 +9,7 @@
 
 class QCheckBox;
 class QGridLayout;
+class QKeyEvent;
 class QLineEdit;
 class QListWidget;
 class QPushButton;
@@ -88,6 +89,9 @@ protected:
 private:
     void press(Button button);
     void picked();
+    void watchList();
+    [[nodiscard]] bool listKey(const QKeyEvent &key);
+    [[nodiscard]] static bool buttonEvent(QPushButton &button, const QEvent &event);
 
     Database &m_database;
     FrontEnd &m_frontEnd;
@@ -95,6 +99,7 @@ private:
     QGridLayout *m_grid;
     std::vector<QPushButton *> m_buttons; ///< cmSite
     QLineEdit *m_name = nullptr;
+    bool m_pickedAgain = false; ///< the mouse button went down on the selected entry
 };
 
 } // namespace venlo

@@ -34,7 +34,7 @@ RegistryForm::RegistryForm(Database &database, FrontEnd &frontEnd, QWidget *pare
     m_list->setSelectionMode(QAbstractItemView::SingleSelection);
     m_list->setMinimumWidth(listWidth);
     m_list->setTextElideMode(Qt::ElideMiddle);
-    connect(m_list, &QListWidget::itemSelectionChanged, this, &RegistryForm::picked);
+    watchList();
     m_grid->setColumnStretch(boxColumn, 1);
     auto *layout = new QVBoxLayout(this);
     auto *upper = new QHBoxLayout;

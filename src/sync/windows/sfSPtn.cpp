@@ -24,11 +24,14 @@ QString caption(int box)
     return QString::fromUtf8(captions.at(static_cast<size_t>(box)));
 }
 
-/// As the local pane writes folders: native separators, none at the end but a root's own.
+/// As the local pane writes folders: native separators, none at the end but a root's own, which a
+/// bare drive gets.
 QString tidyLocalPath(const QString &typed)
 {
     QString path = QDir::toNativeSeparators(typed);
     const QChar separator = QDir::separator();
+    if (separator == u'\\' && path.size() == 2 && path.at(1) == u':')
+        path += separator;
     while (path.size() > 1 && path.endsWith(separator) && path.at(path.size() - 2) != u':')
         path.chop(1);
     return path;
