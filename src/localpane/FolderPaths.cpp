@@ -1,5 +1,7 @@
 #include "localpane/FolderPaths.h"
 
+#include <cstdlib>
+
 #include <QDir>
 #include <QFileInfo>
 
@@ -82,7 +84,8 @@ FolderStamp FolderStamp::of(const QString &folder)
     constexpr qint64 coarsest =
         20; // milliseconds between two ticks of the clock files are dated by
     const QDateTime date = QFileInfo(folder).lastModified();
-    return {date, date.msecsTo(QDateTime::currentDateTime()) <= coarsest};
+    // A date ahead of the clock (another machine's) never comes again with the next change.
+    return {date, std::abs(date.msecsTo(QDateTime::currentDateTime())) <= coarsest};
 }
 
 QString nearestExisting(const QString &path)
@@ -90,7 +93,10 @@ QString nearestExisting(const QString &path)
     QString folder = tidyFolder(path);
     while (!folderExists(folder) && !isBareDrive(folder))
         folder = parentFolder(folder);
-    return folder;
+    if (folderExists(folder))
+        return folder;
+    const QString home = tidyFolder(QDir::homePath());
+    return folderExists(home) ? home : topOf(QDir::rootPath());
 }
 
 } // namespace venlo

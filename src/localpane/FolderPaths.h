@@ -32,7 +32,8 @@ struct FolderStamp {
     bool fresh = false;
     [[nodiscard]] static FolderStamp of(const QString &folder);
 };
-/// The path itself, or the nearest folder above it that exists.
+/// The path itself, or the nearest folder above it that exists; where the whole drive is gone, the
+/// person's home folder.
 [[nodiscard]] QString nearestExisting(const QString &path);
 
 } // namespace venlo

@@ -109,12 +109,12 @@ bool passesFilter(const QString &name, const QString &filter)
            filter.contains(extensionOf(name), Qt::CaseInsensitive);
 }
 
-Result<std::vector<DiskEntry>> readFolder(const QString &path)
+Result<std::vector<DiskEntry>> readFolder(const QString &path, const std::function<bool()> &goOn)
 {
     std::vector<DiskEntry> entries;
     const std::error_code error = visitEntries(path, [&](const fs::directory_entry &item) {
         entries.push_back(describe(item));
-        return true;
+        return !goOn || goOn();
     });
     if (error)
         return unreadable(path, error);
@@ -162,15 +162,14 @@ std::optional<QStringList> fileNames(FrontEnd &frontEnd, const QString &folder,
     return names;
 }
 
-qint64 bytesBelow(const QString &folder)
+qint64 bytesBelow(const QString &folder, QDeadlineTimer inTime)
 {
-    constexpr int most = 20'000; // entries that are looked through without a wait one notices
     qint64 bytes = 0;
-    int seen = 0;
-    QDirIterator item(folder, QDir::Files | QDir::NoDotAndDotDot, QDirIterator::Subdirectories);
+    QDirIterator item(folder, QDir::Files | QDir::Hidden | QDir::NoDotAndDotDot,
+                      QDirIterator::Subdirectories);
     while (item.hasNext()) {
         item.next();
-        if (++seen > most)
+        if (inTime.hasExpired())
             return -1;
         bytes += item.fileInfo().size();
     }

@@ -1,9 +1,11 @@
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <vector>
 
 #include <QDateTime>
+#include <QDeadlineTimer>
 #include <QString>
 #include <QStringList>
 
@@ -37,7 +39,9 @@ struct DiskEntry {
 [[nodiscard]] bool passesFilter(const QString &name, const QString &filter);
 
 /// Everything in a folder, in the file system's order. An error when it cannot be read to its end.
-[[nodiscard]] Result<std::vector<DiskEntry>> readFolder(const QString &path);
+/// goOn is asked behind every entry; false ends the reading with what there is.
+[[nodiscard]] Result<std::vector<DiskEntry>> readFolder(const QString &path,
+                                                        const std::function<bool()> &goOn = {});
 
 /// A sub-folder as the tree shows it; those with odd names are not among them.
 struct SubFolder {
@@ -52,7 +56,7 @@ struct SubFolder {
 [[nodiscard]] std::optional<QStringList> fileNames(FrontEnd &frontEnd, const QString &folder,
                                                    const QString &filter);
 
-/// Size of the files that a folder upload would send, -1 when there are too many to count at once.
-[[nodiscard]] qint64 bytesBelow(const QString &folder);
+/// Size of the files that a folder upload would send, -1 when they are not counted in time.
+[[nodiscard]] qint64 bytesBelow(const QString &folder, QDeadlineTimer inTime);
 
 } // namespace venlo

@@ -29,7 +29,17 @@ void FolderSizes::start(std::deque<Job> jobs)
 {
     stop();
     m_jobs = std::move(jobs);
-    if (!m_jobs.empty())
+    if (!m_jobs.empty() && !m_resting)
+        m_slices.start();
+}
+
+void FolderSizes::setResting(bool resting)
+{
+    m_resting = resting;
+    m_begun = false;
+    if (resting)
+        m_slices.stop();
+    else if (!m_jobs.empty())
         m_slices.start();
 }
 
@@ -38,7 +48,7 @@ void FolderSizes::stop()
     m_slices.stop();
     m_jobs.clear();
     m_waiting.clear();
-    m_item = {};
+    m_entries.clear();
     m_begun = false;
 }
 
@@ -52,15 +62,17 @@ void FolderSizes::slice()
         else if (!step())
             finish(m_bytes);
     }
-    if (m_jobs.empty())
-        stop();
+    if (!m_jobs.empty())
+        return;
+    stop();
+    Q_EMIT ended();
 }
 
 void FolderSizes::begin()
 {
     m_begun = true;
     m_bytes = 0;
-    m_item = {};
+    m_entries.clear();
     m_waiting.clear();
     const QFileInfo folder(m_jobs.front().path);
     if (!folder.isSymbolicLink() && !folder.isJunction())
@@ -70,21 +82,30 @@ void FolderSizes::begin()
 bool FolderSizes::step()
 {
     std::error_code error;
-    if (m_item == fs::directory_iterator()) {
+    if (m_entries.empty()) {
         if (m_waiting.empty())
             return false;
         const fs::path folder = std::move(m_waiting.back());
         m_waiting.pop_back();
-        m_item = fs::directory_iterator(folder, error);
+        list(folder, error);
     } else {
-        add(*m_item, error);
-        if (!error)
-            m_item.increment(error);
+        const fs::directory_entry item = std::move(m_entries.back());
+        m_entries.pop_back();
+        add(item, error);
     }
     if (!error && m_bytes <= largest)
         return true;
     m_bytes = 0;
     return false;
+}
+
+/// The names in one go: on Windows a folder that stays open between two slices, and all above it,
+/// could be neither renamed nor deleted.
+void FolderSizes::list(const fs::path &folder, std::error_code &error)
+{
+    fs::directory_iterator item(folder, error);
+    for (const fs::directory_iterator end; !error && item != end; item.increment(error))
+        m_entries.push_back(*item);
 }
 
 void FolderSizes::add(const fs::directory_entry &item, std::error_code &error)

@@ -28,25 +28,32 @@ public:
     /// Drops what is in hand and begins with these.
     void start(std::deque<Job> jobs);
     void stop();
-    [[nodiscard]] bool running() const { return m_slices.isActive(); }
+    /// While it rests it opens nothing; the folder in hand is begun anew afterwards.
+    void setResting(bool resting);
+    /// Something is left to measure.
+    [[nodiscard]] bool running() const { return !m_jobs.empty(); }
 
 Q_SIGNALS:
     void measured(const QString &key, qint64 bytes);
+    /// All were told.
+    void ended();
 
 private:
     void slice();
     void begin();
     /// One entry; false when the folder in hand is through.
     [[nodiscard]] bool step();
+    void list(const std::filesystem::path &folder, std::error_code &error);
     void add(const std::filesystem::directory_entry &item, std::error_code &error);
     void finish(qint64 bytes);
 
     std::deque<Job> m_jobs;
     QTimer m_slices;
-    std::vector<std::filesystem::path> m_waiting; ///< folders below the one in hand
-    std::filesystem::directory_iterator m_item;
+    std::vector<std::filesystem::path> m_waiting;            ///< folders below the one in hand
+    std::vector<std::filesystem::directory_entry> m_entries; ///< of the folder opened last
     qint64 m_bytes = 0;
     bool m_begun = false;
+    bool m_resting = false;
 };
 
 } // namespace venlo

@@ -17,6 +17,7 @@ namespace venlo
 namespace
 {
 constexpr qint64 unknown = -1;
+constexpr int unnoticedMilliseconds = 500; // that the total may take to be counted
 
 qint64 sum(qint64 one, qint64 other)
 {
@@ -44,9 +45,10 @@ QString Upload::textFor(const QString &folder, const QString &remoteDir)
 bool Upload::run(const QStringList &localPaths, const QString &remoteDir)
 {
     const QList<Group> groups = groupsOf(localPaths);
+    const QDeadlineTimer inTime(unnoticedMilliseconds);
     qint64 bytes = 0;
     for (const Group &group : groups)
-        bytes = sum(bytes, bytesOf(group));
+        bytes = sum(bytes, bytesOf(group, inTime));
     m_window.setTotal(bytes);
     return std::all_of(groups.begin(), groups.end(),
                        [&](const Group &group) { return runGroup(group, remoteDir); });
@@ -92,19 +94,22 @@ bool Upload::mayGo(const QString &path)
     return why.isEmpty();
 }
 
-qint64 Upload::bytesOf(const Group &group)
+qint64 Upload::bytesOf(const Group &group, QDeadlineTimer inTime)
 {
     qint64 bytes = 0;
-    for (const UploadLine &line : group.files)
+    for (const UploadLine &line : group.files) {
+        if (inTime.hasExpired())
+            return unknown;
         bytes += QFileInfo(localChild(group.folder, line.name)).size();
+    }
     for (const QString &name : group.folders)
-        bytes = sum(bytes, bytesBelow(localChild(group.folder, name)));
+        bytes = sum(bytes, bytesBelow(localChild(group.folder, name), inTime));
     return bytes;
 }
 
 bool Upload::runRows(const Group &group, const QString &remoteDir)
 {
-    m_window.setTotal(bytesOf(group));
+    m_window.setTotal(bytesOf(group, QDeadlineTimer(unnoticedMilliseconds)));
     return runGroup(group, remoteDir);
 }
 
@@ -135,7 +140,7 @@ bool Upload::runFolder(const QString &folder, const QString &remoteDir)
     if (!mayGo(folder))
         return true;
     m_window.setTitleLine(textFor(folder, remoteDir));
-    m_window.setTotal(bytesBelow(folder));
+    m_window.setTotal(bytesBelow(folder, QDeadlineTimer(unnoticedMilliseconds)));
     bool ok = true;
     m_operations.ftPutFold(parentFolder(folder), localName(folder), remoteDir, ok);
     return ok;

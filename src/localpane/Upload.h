@@ -2,6 +2,7 @@
 
 #include <functional>
 
+#include <QDeadlineTimer>
 #include <QString>
 #include <QStringList>
 
@@ -44,7 +45,7 @@ private:
     /// False, after a status line, for what must not be uploaded.
     [[nodiscard]] bool mayGo(const QString &path);
     [[nodiscard]] static QString textFor(const QString &folder, const QString &remoteDir);
-    [[nodiscard]] static qint64 bytesOf(const Group &group);
+    [[nodiscard]] static qint64 bytesOf(const Group &group, QDeadlineTimer inTime);
 
     RemoteOperations &m_operations;
     sfMsg &m_window;

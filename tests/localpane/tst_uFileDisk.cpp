@@ -7,6 +7,7 @@
 #include "support/Trees.h"
 
 #include <algorithm>
+#include <chrono>
 #include <filesystem>
 
 #include <QDir>
@@ -61,6 +62,11 @@ private Q_SLOTS:
     void measuresFoldersInSlices();
     void countsWhatIsTooLargeOrUnreadableAsNothing();
     void dropsWhatItMeasures();
+    void restsAndBeginsAnew();
+    void keepsNoFolderOpen();
+    void endsReadingWhenNobodyWantsIt();
+    void countsWhatAnUploadWouldSend();
+    void takesNoFutureDateForAFreshOne();
 
 private:
     [[nodiscard]] QString at(const QString &name) const { return m_folder.filePath(name); }
@@ -310,6 +316,86 @@ void tst_uFileDisk::dropsWhatItMeasures()
     QTRY_VERIFY(!sizes.running());
     QCOMPARE(told.size(), 1);
     QCOMPARE(told.at(0).at(0).toString(), QStringLiteral("new"));
+}
+
+void tst_uFileDisk::restsAndBeginsAnew()
+{
+    QVERIFY(makeTree(at(QStringLiteral("rest")), {{"a/b/c", "123"}, {"d", "45"}}));
+    FolderSizes sizes;
+    QSignalSpy told(&sizes, &FolderSizes::measured);
+    QSignalSpy ended(&sizes, &FolderSizes::ended);
+    sizes.start({{QStringLiteral("L000"), at(QStringLiteral("rest"))}});
+    sizes.setResting(true);
+    sizes.start({{QStringLiteral("L001"), at(QStringLiteral("rest"))}});
+    QTest::qWait(20);
+    QVERIFY(told.isEmpty());
+    QVERIFY(sizes.running());
+    sizes.setResting(false);
+    QTRY_COMPARE(ended.size(), 1);
+    QCOMPARE(told.size(), 1);
+    QCOMPARE(told.at(0), (QVariantList{QStringLiteral("L001"), qint64(5)}));
+}
+
+void tst_uFileDisk::keepsNoFolderOpen()
+{
+    const QString folder = at(QStringLiteral("wide"));
+    QVERIFY(QDir().mkpath(folder));
+    for (int i = 0; i < 3000; ++i) {
+        QFile file(folder + QStringLiteral("/%1").arg(i));
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.putChar('x'));
+    }
+    FolderSizes sizes;
+    QSignalSpy told(&sizes, &FolderSizes::measured);
+    std::deque<FolderSizes::Job> jobs;
+    for (int i = 0; i < 10; ++i)
+        jobs.push_back({QString::number(i), folder});
+    sizes.start(std::move(jobs));
+    QStringList open;
+    while (sizes.running()) {
+        QCoreApplication::processEvents();
+        for (const QFileInfo &one : QDir(QStringLiteral("/proc/self/fd")).entryInfoList()) {
+            if (one.symLinkTarget() == folder)
+                open << one.fileName();
+        }
+    }
+    QCOMPARE(open, QStringList());
+    QCOMPARE(told.size(), 10);
+    QCOMPARE(told.at(9).at(1).toLongLong(), 3000);
+}
+
+void tst_uFileDisk::endsReadingWhenNobodyWantsIt()
+{
+    QVERIFY(makeTree(at(QStringLiteral("stop")), {{"a", "1"}, {"b", "1"}, {"c", "1"}}));
+    int asked = 0;
+    const auto some = readFolder(at(QStringLiteral("stop")), [&asked] { return ++asked < 2; });
+    QVERIFY(some);
+    QCOMPARE(some.value().size(), 2U);
+}
+
+void tst_uFileDisk::countsWhatAnUploadWouldSend()
+{
+    const QString folder = at(QStringLiteral("send"));
+    QVERIFY(
+        makeTree(folder, {{"a", "1"}, {".hidden", "12"}, {".d/in", "123"}, {"sub/.x", "1234"}}));
+    QVERIFY(QFile::link(folder, folder + QStringLiteral("/loop")));
+    QCOMPARE(bytesBelow(folder, QDeadlineTimer(QDeadlineTimer::Forever)), 10);
+    QCOMPARE(bytesBelow(folder, QDeadlineTimer(0)), -1);
+}
+
+void tst_uFileDisk::takesNoFutureDateForAFreshOne()
+{
+    const QString folder = at(QStringLiteral("ahead"));
+    QVERIFY(QDir().mkpath(folder));
+    const std::filesystem::path path = folder.toStdString();
+    const auto now = std::filesystem::file_time_type::clock::now();
+    for (const auto &distance : {std::chrono::hours(24), std::chrono::hours(-24)}) {
+        std::filesystem::last_write_time(path, now + distance);
+        QVERIFY(!FolderStamp::of(folder).fresh);
+    }
+    // A slow machine may take longer than the date is fresh.
+    QTRY_VERIFY(
+        (std::filesystem::last_write_time(path, std::filesystem::file_time_type::clock::now()),
+         FolderStamp::of(folder).fresh));
 }
 
 QTEST_GUILESS_MAIN(tst_uFileDisk)
