@@ -1,7 +1,9 @@
 #include "localpane/LocalListFill.h"
 
 #include <algorithm>
+#include <utility>
 
+#include <QElapsedTimer>
 #include <QFileInfo>
 #include <QPointer>
 #include <QScrollBar>
@@ -16,22 +18,11 @@
 namespace venlo
 {
 
-RowList::Layout LocalListFill::layout()
-{
-    const QStringList headings{QStringLiteral("名前"),
-                               QStringLiteral("更新日時"),
-                               QStringLiteral("ｻｲｽﾞ"),
-                               QStringLiteral("拡張子"),
-                               QStringLiteral("種類"),
-                               QStringLiteral("属性"),
-                               QString()};
-    return {headings, Type, SortKey, {Size}};
-}
-
 LocalListFill::LocalListFill(RowList &rows, PaneView &view, FrontEnd &frontEnd)
     : m_rows(rows), m_view(view), m_frontEnd(frontEnd)
 {
     connect(&m_sizes, &FolderSizes::measured, this, &LocalListFill::showSize);
+    connect(&m_sizes, &FolderSizes::ended, this, &LocalListFill::sizesComplete);
 }
 
 bool LocalListFill::changed() const
@@ -39,80 +30,82 @@ bool LocalListFill::changed() const
     return QFileInfo(m_folder).lastModified() != m_stamp.date;
 }
 
-RowList::Row LocalListFill::rowFor(const DiskEntry &entry, bool open)
-{
-    const auto day = [](const QDateTime &time) {
-        return time.toString(QStringLiteral("yyyy/MM/dd"));
-    };
-    RowList::Row row;
-    row.tag = entry.folder ? EntryTag::FD : EntryTag::FL;
-    row.texts = QStringList(Columns);
-    row.texts[Name] = entry.name;
-    row.texts[Modified] = FormatDateText(entry.modified);
-    row.texts[Letters] = entry.letters;
-    row.texts[SortKey] = (entry.folder ? QLatin1Char('D') : QLatin1Char('L')) + entry.name;
-    // The labels stand the other way round on purpose.
-    row.toolTip = QStringLiteral("更新:") + day(entry.created) + QStringLiteral(" 作成:") +
-                  day(entry.modified);
-    row.pale = open && entry.hidden;
-    row.viewOnly = entry.viewOnly;
-    return row;
-}
-
-void LocalListFill::AddFolderRow(Rows &rows, const DiskEntry &entry, bool open)
-{
-    RowList::Row row = rowFor(entry, open);
-    // What is never walked has no size; the others follow when they were measured.
-    if (entry.link || entry.viewOnly)
-        row.texts[Size] = FormatSizeText(0);
-    row.texts[Type] = QStringLiteral("ﾌｧｲﾙﾌｫﾙﾀﾞ");
-    row.lateKnown = true;
-    rows.push_back(std::move(row));
-}
-
-void LocalListFill::AddFileRow(Rows &rows, const DiskEntry &entry, const QString &extension,
-                               bool open)
-{
-    RowList::Row row = rowFor(entry, open);
-    row.texts[Size] = FormatSizeText(entry.size);
-    row.texts[Extension] = extension;
-    row.toolTip += QStringLiteral(" ｻｲｽﾞ:") + row.texts.at(Size);
-    rows.push_back(std::move(row));
-}
-
 void LocalListFill::FillList(const QString &folder)
 {
+    constexpr qint64 unnoticed = 50; // milliseconds without events
     if (!folderExists(folder))
         return;
-    const int fill = ++m_fill;
     const bool again = isSameFolder(folder, m_folder);
-    const Kept kept = again ? keep() : Kept();
+    if (again && putOff())
+        return;
+    const int fill = ++m_fill;
     // A bare drive keeps no date worth watching: the first look reads it once more.
     m_stamp =
         isBareDrive(folder) ? FolderStamp{QDateTime::currentDateTime()} : FolderStamp::of(folder);
-    const auto entries = readFolder(folder);
-    Rows folders;
-    Rows files;
-    if (entries) {
-        for (const DiskEntry &entry : entries.value()) {
-            if (entry.folder)
-                AddFolderRow(folders, entry, true);
-            else if (passesFilter(entry.name, m_filter))
-                AddFileRow(files, entry, extensionOf(entry.name), true);
-        }
+    if (!again) {
+        // While events run the rows must be those of the folder that is selected.
+        m_kept = Kept();
+        empty();
+        m_folder = folder;
     }
-    m_sizes.stop();
-    // Nobody needs to see a list that is read again jump to its top and back.
-    m_view.setUpdatesEnabled(!again);
-    m_rows.clear();
-    m_folder = folder;
-    if (!entries) {
-        m_view.setUpdatesEnabled(true);
-        m_frontEnd.message(entries.error().words);
+    bool wanted = true;
+    QElapsedTimer clock;
+    clock.start();
+    const auto entries = readFolder(folder, [this, fill, &clock, &wanted] {
+        if (clock.elapsed() >= unnoticed) {
+            wanted = yield(fill);
+            clock.start();
+        }
+        return wanted;
+    });
+    if (!wanted || (again && putOff()))
+        return;
+    if (again) {
+        if (!m_unrestored)
+            m_kept = keep();
+        // Nobody needs to see a list that is read again jump to its top and back.
+        m_view.setUpdatesEnabled(!entries);
+        empty();
+    }
+    if (entries) {
+        addEntries(entries.value(), fill);
         return;
     }
-    if (appendAndYield(std::move(folders), fill) && appendAndYield(std::move(files), fill))
-        finishFill(entries.value(), kept);
+    restore();
+    m_frontEnd.message(entries.error().words);
+}
+
+/// While a name of the list is edited its row stays; the watch's next look reads the folder.
+bool LocalListFill::putOff()
+{
+    if (!m_view.editingName())
+        return false;
+    m_stamp = FolderStamp();
+    return true;
+}
+
+void LocalListFill::empty()
+{
+    m_sizes.stop();
+    m_rows.clear();
+    m_unrestored = true;
+}
+
+void LocalListFill::addEntries(const std::vector<DiskEntry> &entries, int fill)
+{
+    Rows folders;
+    Rows files;
+    for (const DiskEntry &entry : entries) {
+        if (entry.folder)
+            AddFolderRow(folders, entry, true);
+        else if (passesFilter(entry.name, m_filter))
+            AddFileRow(files, entry, extensionOf(entry.name), true);
+    }
+    if (!appendAndYield(std::move(folders), fill) || !appendAndYield(std::move(files), fill))
+        return;
+    restore();
+    measure(entries);
+    tellOdd(entries);
 }
 
 void LocalListFill::refill()
@@ -121,18 +114,12 @@ void LocalListFill::refill()
     const FolderStamp stamp = FolderStamp::of(folder);
     const QPointer<LocalListFill> self(this);
     FillList(folder);
-    if (self != nullptr && m_folder == folder)
+    if (self != nullptr && m_folder == folder && m_stamp.date.isValid())
         m_stamp = stamp;
 }
 
-bool LocalListFill::appendAndYield(Rows rows, int fill)
+bool LocalListFill::yield(int fill)
 {
-    const bool atOnce = m_rows.keys().exhausted();
-    if (!m_rows.append(std::move(rows))) {
-        m_view.setUpdatesEnabled(true);
-        Q_EMIT ranOut(atOnce);
-        return false;
-    }
     const QPointer<LocalListFill> self(this);
     ++m_filling;
     m_frontEnd.yield();
@@ -142,12 +129,14 @@ bool LocalListFill::appendAndYield(Rows rows, int fill)
     return fill == m_fill;
 }
 
-void LocalListFill::finishFill(const std::vector<DiskEntry> &entries, const Kept &kept)
+bool LocalListFill::appendAndYield(Rows rows, int fill)
 {
-    restore(kept);
-    m_view.setUpdatesEnabled(true);
-    measure(entries);
-    tellOdd(entries);
+    const bool atOnce = m_rows.keys().exhausted();
+    if (m_rows.append(std::move(rows)))
+        return yield(fill);
+    restore();
+    Q_EMIT ranOut(atOnce);
+    return false;
 }
 
 LocalListFill::Kept LocalListFill::keep() const
@@ -161,8 +150,10 @@ LocalListFill::Kept LocalListFill::keep() const
     return kept;
 }
 
-void LocalListFill::restore(const Kept &kept)
+void LocalListFill::restore()
 {
+    const Kept kept = std::exchange(m_kept, Kept());
+    m_unrestored = false;
     QItemSelection selection;
     QModelIndex current;
     for (int row = 0; row < m_rows.count(); ++row) {
@@ -178,6 +169,7 @@ void LocalListFill::restore(const Kept &kept)
     if (!selection.isEmpty())
         m_view.selectionModel()->select(selection, QItemSelectionModel::ClearAndSelect);
     m_view.verticalScrollBar()->setValue(kept.scroll);
+    m_view.setUpdatesEnabled(true);
 }
 
 void LocalListFill::selectName(EntryTag tag, const QString &name)
@@ -211,6 +203,13 @@ void LocalListFill::showSize(const QString &key, qint64 bytes)
     const int row = m_rows.rowOfKey(key);
     if (row >= 0)
         m_rows.setText(row, Size, FormatSizeText(bytes));
+}
+
+/// The sizes came behind the sort, which counts once they are all there.
+void LocalListFill::sizesComplete()
+{
+    if (m_rows.sortColumn() == Size && !m_view.inHand())
+        m_rows.resort();
 }
 
 void LocalListFill::tellOdd(const std::vector<DiskEntry> &entries)

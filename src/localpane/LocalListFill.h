@@ -35,6 +35,8 @@ public:
     void UpdateList();
     /// "" or "*.*" shows every file.
     void setFilter(const QString &filter) { m_filter = filter; }
+    /// Folder sizes are measured unless something of the disk is being moved or deleted.
+    void setMeasuring(bool measuring) { m_sizes.setResting(!measuring); }
     /// Puts the selection on one row.
     void selectName(EntryTag tag, const QString &name);
 
@@ -61,15 +63,20 @@ private:
     static void AddFolderRow(Rows &rows, const DiskEntry &entry, bool open);
     static void AddFileRow(Rows &rows, const DiskEntry &entry, const QString &extension, bool open);
     [[nodiscard]] static RowList::Row rowFor(const DiskEntry &entry, bool open);
+    [[nodiscard]] static QString toolTipFor(const DiskEntry &entry);
 
-    /// False when a newer fill has begun or the list is gone.
+    [[nodiscard]] bool putOff();
+    void empty();
+    void addEntries(const std::vector<DiskEntry> &entries, int fill);
+    // Each lets events run; false when a newer fill has begun or the list is gone.
+    [[nodiscard]] bool yield(int fill);
     [[nodiscard]] bool appendAndYield(Rows rows, int fill);
-    void finishFill(const std::vector<DiskEntry> &entries, const Kept &kept);
     [[nodiscard]] Kept keep() const;
-    void restore(const Kept &kept);
+    void restore();
     void updateRow(int row, const DiskEntry &entry);
     void measure(const std::vector<DiskEntry> &entries);
     void showSize(const QString &key, qint64 bytes);
+    void sizesComplete();
     void tellOdd(const std::vector<DiskEntry> &entries);
 
     RowList &m_rows;
@@ -79,6 +86,8 @@ private:
     QString m_folder;
     QString m_filter;
     FolderStamp m_stamp;
+    Kept m_kept;
+    bool m_unrestored = false; ///< the rows are gone, m_kept waits for the new ones
     QString m_toldOdd;
     int m_fill = 0;
     int m_filling = 0;

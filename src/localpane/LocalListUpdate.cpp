@@ -25,13 +25,15 @@ void LocalListFill::UpdateList()
         return;
     const FolderStamp stamp = FolderStamp::of(m_folder);
     const auto entries = readFolder(m_folder);
+    m_stamp = stamp; // first: what cannot be read is said once
     if (!entries) {
         m_frontEnd.message(entries.error().words);
         return;
     }
     ++m_fill; // a fill that waits would add every row once more
     m_view.setUpdatesEnabled(true);
-    QHash<QString, QString> left; // kind and name to the row's key
+    // Kind and name to the row's key; names that are no text may look the same.
+    QMultiHash<QString, QString> left;
     for (int at = 0; at < m_rows.count(); ++at) {
         const RowList::Row &row = m_rows.row(at);
         if (row.tag != EntryTag::NW)
@@ -39,21 +41,24 @@ void LocalListFill::UpdateList()
     }
     Rows added;
     for (const DiskEntry &entry : entries.value()) {
+        if (!entry.folder && !passesFilter(entry.name, m_filter))
+            continue;
         const QString known = left.take(keyOf(entry.folder, entry.name));
         if (!known.isEmpty())
             updateRow(m_rows.rowOfKey(known), entry);
         else if (entry.folder)
             AddFolderRow(added, entry, true);
-        else if (passesFilter(entry.name, m_filter))
+        else
             AddFileRow(added, entry, extensionOf(entry.name), true);
     }
     std::vector<int> gone;
     for (const QString &key : left)
         gone.push_back(m_rows.rowOfKey(key));
     m_rows.remove(std::move(gone));
-    m_stamp = stamp;
     const bool atOnce = m_rows.keys().exhausted();
     const bool fits = m_rows.append(std::move(added));
+    if (m_unrestored)
+        restore();
     measure(entries.value());
     tellOdd(entries.value());
     if (!fits)
@@ -72,6 +77,7 @@ void LocalListFill::updateRow(int row, const DiskEntry &entry)
     if (!entry.folder)
         m_rows.setText(row, Size, FormatSizeText(entry.size));
     m_rows.setText(row, Letters, entry.letters);
+    m_rows.setToolTip(row, toolTipFor(entry));
 }
 
 } // namespace venlo

@@ -40,7 +40,7 @@ struct uFile::Parts final : public QObject, public LocalViews {
     void ExpandNode(const QModelIndex &node) override { treeFill->ExpandNode(node); }
     void UpdateList() override;
     void ShowRoot(const QString &root) override;
-    void setBusy(bool busy) override { busyCount += busy ? 1 : -1; }
+    void setBusy(bool busy) override;
     void expandSoon(const QString &nodeKey) override { expandKey = nodeKey; }
     void requestUpload(bool wholeFolder) override;
     void raiseEAct(const QString &job) override { Q_EMIT q.eAct(job); }

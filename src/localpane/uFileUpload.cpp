@@ -1,4 +1,6 @@
 // The upload that a menu command of the local pane asks for.
+#include <algorithm>
+
 #include <QFileInfo>
 #include <QItemSelectionModel>
 
@@ -42,7 +44,9 @@ private:
 Upload::Group selectedRows(RowList &rows, const PaneView &view, const QString &folder)
 {
     Upload::Group group{folder, {}, {}};
-    for (const QModelIndex &index : view.selectionModel()->selectedRows()) {
+    QModelIndexList selected = view.selectionModel()->selectedRows();
+    std::sort(selected.begin(), selected.end()); // not as they were clicked one by one
+    for (const QModelIndex &index : selected) {
         const int at = index.row();
         const QString name = rows.text(at, LocalListFill::Name);
         if (rows.row(at).tag == EntryTag::FD) {
@@ -78,6 +82,7 @@ void uFile::Parts::requestUpload(bool wholeFolder)
     rooms.operations.standingAnswer = OverwriteMode::Ask;
     rooms.operations.resetCounts();
     const UploadScope scope(*this, rooms.window);
+    listFill->setMeasuring(true); // sending only reads
     upload(wholeFolder, source, target);
     Q_EMIT q.eEndPut();
 }

@@ -18,6 +18,13 @@ bool uFile::Parts::busy() const
     return busyCount > 0 || rooms.gate.busy() || treeView->inHand() || listView->inHand();
 }
 
+void uFile::Parts::setBusy(bool busy)
+{
+    busyCount += busy ? 1 : -1;
+    // What is moved and deleted meanwhile must not be open here.
+    listFill->setMeasuring(busyCount == 0);
+}
+
 void uFile::Parts::tick()
 {
     if (busyCount > 0 || looking)
@@ -54,6 +61,8 @@ void uFile::Parts::look()
         return;
     if (!folderExists(folder))
         vanished(folder);
+    else if (const QString chosen = NodePath(); !isSameFolder(chosen, folder))
+        listFill->FillList(chosen); // reading the tree anew may have moved the selection
     else if (listFill->changed())
         listFill->refill();
     else if (listFill->unsure())

@@ -76,6 +76,7 @@ class tst_Upload : public QObject
 
 private Q_SLOTS:
     void uploadsSelectedRows();
+    void uploadsInTheOrderOfTheList();
     void uploadsAWholeFolder();
     void uploadsNothingUnconfirmed();
     void asksNothingWithoutASelection();
@@ -119,6 +120,26 @@ void tst_Upload::uploadsSelectedRows()
     QVERIFY(!f.window.shown());
     QVERIFY(!f.gate.busy());
     QVERIFY(f.person.verify());
+}
+
+void tst_Upload::uploadsInTheOrderOfTheList()
+{
+    Fixture f;
+    QVERIFY(f.made);
+    f.click(QStringLiteral("not chosen.txt"));
+    f.click(QStringLiteral("a.txt"), Qt::ControlModifier);
+    f.click(QStringLiteral("b.txt"), Qt::ControlModifier);
+    f.pickUpload(f.listView());
+    QStringList sent;
+    for (const QString &line : f.status()) {
+        for (const char *name : {"a.txt", "b.txt", "not chosen.txt"}) {
+            const QString known = QLatin1String(name);
+            if (line.contains(QLatin1Char('/') + known) && !sent.contains(known))
+                sent << known;
+        }
+    }
+    QCOMPARE(sent, (QStringList{QStringLiteral("a.txt"), QStringLiteral("b.txt"),
+                                QStringLiteral("not chosen.txt")}));
 }
 
 void tst_Upload::uploadsAWholeFolder()

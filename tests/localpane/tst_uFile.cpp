@@ -218,6 +218,14 @@ void tst_uFile::filtersByExtension()
                                      QStringLiteral("README")}));
     f.typeInto(filter, QStringLiteral("*.*"));
     QCOMPARE(f.names().size(), 6);
+    QVERIFY(makeTree(f.here(), {{"A.TXT", "1"}, {"a.txt.bak", "1"}}));
+    f.typeInto(filter, QStringLiteral("txt"));
+    QCOMPARE(f.names(), (QStringList{QStringLiteral("css"), QStringLiteral("A.TXT"),
+                                     QStringLiteral("README")}));
+    filter.selectAll();
+    QTest::keyClick(&filter, Qt::Key_Delete);
+    QTest::keyClick(&filter, Qt::Key_Return);
+    QCOMPARE(f.names().size(), 8);
 }
 
 void tst_uFile::sortsEveryColumnAsText()
@@ -376,10 +384,28 @@ void tst_uFile::showsManyFiles()
     f.pane->cOn(f.here());
     QElapsedTimer clock;
     clock.start();
+    int yields = 0;
+    int early = -1;
+    f.person.onYield([&] {
+        if (++yields == 1)
+            early = f.rows().count();
+    });
     f.pane->SetRr(f.at(QStringLiteral("many")), {}, 0);
     qInfo("%d rows: %lld ms", many, clock.elapsed());
     QCOMPARE(f.rows().count(), many);
     QCOMPARE(f.rows().text(many - 1, 0), QStringLiteral("file29999.txt"));
+    QVERIFY2(yields > 2, "events run while a folder is read");
+    QCOMPARE(early, 0); // no rows of a folder that is no longer the selected one
+    // Who goes elsewhere meanwhile need not wait for the end.
+    yields = 0;
+    f.person.onYield([&] {
+        if (++yields == 1)
+            f.pane->SetRr(f.here(), {}, 0);
+    });
+    f.pane->ReFresh();
+    f.person.onYield({});
+    QCOMPARE(f.names(), QStringList{QStringLiteral("many")});
+    QCOMPARE(f.pane->NodePath(), f.here());
 }
 
 QTEST_MAIN(tst_uFile)

@@ -4,6 +4,7 @@
 
 #include <QDragEnterEvent>
 #include <QFile>
+#include <QHeaderView>
 #include <QMenu>
 #include <QMimeData>
 #include <QScrollBar>
@@ -13,6 +14,7 @@
 using namespace venlo;
 using venlo::test::makeTree;
 using venlo::test::PaneFixture;
+using venlo::test::ScriptedPerson;
 
 namespace
 {
@@ -48,6 +50,13 @@ private Q_SLOTS:
     void opensHoveredNodes();
     void updatesInPlace();
     void updatesInTheMiddleOfAFill();
+    void keepsTheSelectionOfAFillThatIsEnded();
+    void tellsNamesApartThatLookTheSame();
+    void takesOutWhatTheFilterNoLongerPasses();
+    void putsARefreshOffWhileANameIsEdited();
+    void followsTheTreesSelection();
+    void sortsBySizeOnceAllAreThere();
+    void measuresNothingDuringFileOperations();
 };
 
 void tst_uFileWatch::showsWhatIsNewByItself()
@@ -257,6 +266,7 @@ void tst_uFileWatch::updatesInPlace()
     QCOMPARE(rows.text(row, LocalListFill::Name), QStringLiteral("a.txt"));
     QCOMPARE(rows.text(row, LocalListFill::Modified), QStringLiteral("20/01/02 03:04:05"));
     QCOMPARE(rows.text(row, LocalListFill::Size), QStringLiteral("3KB"));
+    QVERIFY(rows.row(row).toolTip.endsWith(QStringLiteral(" 作成:2020/01/02 ｻｲｽﾞ:3KB")));
     QVERIFY2(!fill.changed(), "the watch has nothing left to do");
     QTRY_COMPARE(rows.text(0, LocalListFill::Size), QStringLiteral("B"));
 }
@@ -278,6 +288,114 @@ void tst_uFileWatch::updatesInTheMiddleOfAFill()
     f.person.onYield({});
     QCOMPARE(rows.count(), 2);
     QVERIFY(view.updatesEnabled());
+}
+
+void tst_uFileWatch::keepsTheSelectionOfAFillThatIsEnded()
+{
+    Fixture f;
+    f.click(QStringLiteral("a.txt"));
+    int yields = 0;
+    f.person.onYield([&] {
+        if (++yields <= 2)
+            f.pane->ReFresh();
+    });
+    f.pane->ReFresh();
+    f.person.onYield({});
+    QCOMPARE(f.names(), (QStringList{QStringLiteral("sub"), QStringLiteral("a.txt")}));
+    QVERIFY(f.listView().selectionModel()->isRowSelected(f.rowOf(QStringLiteral("a.txt")), {}));
+    QCOMPARE(f.listView().selectionModel()->selectedRows().size(), 1);
+    QVERIFY(f.listView().updatesEnabled());
+}
+
+void tst_uFileWatch::tellsNamesApartThatLookTheSame()
+{
+    const Fixture f;
+    RowList rows(LocalListFill::layout());
+    PaneView view(PaneView::Kind::List);
+    view.setModel(&rows);
+    ScriptedPerson person;
+    LocalListFill fill(rows, view, person);
+    QVERIFY(makeTree(f.here(), {{"\x83", "1"}, {"\x84", "1"}}));
+    fill.FillList(f.here());
+    QCOMPARE(rows.count(), 4);
+    fill.UpdateList();
+    fill.UpdateList();
+    QCOMPARE(rows.count(), 4);
+    QCOMPARE(person.statusLines().size(), 1);
+}
+
+void tst_uFileWatch::takesOutWhatTheFilterNoLongerPasses()
+{
+    Fixture f;
+    f.typeInto(f.child<QLineEdit>("txFilter"), QStringLiteral("txt"));
+    f.listView().setFocus();
+    f.click(QStringLiteral("a.txt"));
+    QTest::keyClick(&f.listView(), Qt::Key_F2);
+    auto *editor = f.listView().findChild<QLineEdit *>(QStringLiteral("nameEditor"));
+    QVERIFY(editor != nullptr);
+    editor->selectAll();
+    QTest::keyClicks(editor, QStringLiteral("a.css"));
+    QTest::keyClick(editor, Qt::Key_Return);
+    QVERIFY(QFile::exists(f.at(QStringLiteral("a.css"))));
+    QTRY_COMPARE(f.names(), QStringList{QStringLiteral("sub")});
+}
+
+void tst_uFileWatch::putsARefreshOffWhileANameIsEdited()
+{
+    Fixture f;
+    f.listView().editName(f.rows().index(f.rowOf(QStringLiteral("a.txt")), 0));
+    QVERIFY(f.listView().editingName());
+    f.add("new.txt");
+    f.pane->ReFresh();
+    QVERIFY(f.listView().editingName());
+    f.listView().viewport()->findChild<QLineEdit *>()->setText(QStringLiteral("kept"));
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
+    QTRY_VERIFY(!f.listView().editingName());
+    f.tick();
+    QVERIFY(f.names().contains(QStringLiteral("new.txt")));
+    QVERIFY(f.names().contains(QStringLiteral("a.txt")));
+}
+
+void tst_uFileWatch::followsTheTreesSelection()
+{
+    Fixture f;
+    f.pane->SetRr(f.sub(), {}, 0);
+    QVERIFY(f.names().contains(QStringLiteral("in.txt")));
+    f.tree().remove(f.node(f.sub())); // as a folder that could not be read loses its nodes
+    QCOMPARE(f.pane->NodePath(), f.here());
+    f.tick();
+    QVERIFY2(f.names().contains(QStringLiteral("a.txt")), "rows are those of the selected folder");
+}
+
+void tst_uFileWatch::sortsBySizeOnceAllAreThere()
+{
+    Fixture f;
+    QVERIFY(
+        makeTree(f.here(), {{"x/file", QByteArray(9000, 'x')}, {"y/file", QByteArray(2, 'x')}}));
+    QHeaderView &header = *f.listView().header();
+    QTest::mouseClick(
+        header.viewport(), Qt::LeftButton, {},
+        {header.sectionViewportPosition(LocalListFill::Size) + 10, header.height() / 2});
+    f.pane->ReFresh();
+    // "1B" (twice), "2B", "9KB".
+    QTRY_COMPARE(f.names(), (QStringList{QStringLiteral("sub"), QStringLiteral("a.txt"),
+                                         QStringLiteral("y"), QStringLiteral("x")}));
+}
+
+void tst_uFileWatch::measuresNothingDuringFileOperations()
+{
+    Fixture f;
+    RowList rows(LocalListFill::layout());
+    PaneView view(PaneView::Kind::List);
+    view.setModel(&rows);
+    LocalListFill fill(rows, view, f.person);
+    fill.setMeasuring(false);
+    fill.FillList(f.here());
+    QTest::qWait(20);
+    const int row = rows.rowOf(EntryTag::FD, QStringLiteral("sub"));
+    QCOMPARE(rows.text(row, LocalListFill::Size), QString());
+    fill.setMeasuring(true);
+    QTRY_COMPARE(rows.text(row, LocalListFill::Size), QStringLiteral("1B"));
 }
 
 QTEST_MAIN(tst_uFileWatch)
