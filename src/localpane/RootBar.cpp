@@ -142,6 +142,9 @@ void RootBar::showRoot(const QString &root)
 {
     const QSignalBlocker quiet(m_root);
     m_shown = root;
+    const int known = m_root->findText(root, Qt::MatchExactly | Qt::MatchCaseSensitive);
+    if (known >= 0)
+        m_root->setCurrentIndex(known); // also after an entry that is gone was chosen
     m_root->setEditText(root);
     m_root->lineEdit()->setCursorPosition(0);
 }
@@ -153,6 +156,10 @@ bool RootBar::eventFilter(QObject *object, QEvent *event)
         // The box has the focus, and hands its keys on to the text past this filter.
         return (object == m_root || object == m_root->lineEdit()) &&
                keyInRoots(*static_cast<QKeyEvent *>(event));
+    case QEvent::Wheel:
+        // A wheel that passes by must not read another folder.
+        event->ignore();
+        return object == m_root || object == m_root->lineEdit();
     case QEvent::DragEnter:
     case QEvent::DragMove:
     case QEvent::Drop:

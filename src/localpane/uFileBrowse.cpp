@@ -38,6 +38,10 @@ void uFile::Parts::ShowRoot(const QString &root)
         bar->showRoot(treeFill->root());
         if (!top.isEmpty())
             rooms.desk.message(wanted + QStringLiteral(" が存在しません"));
+        // A pane that begins with a folder that is gone begins with what is left of its path.
+        const QString nearest = QDir::isAbsolutePath(top) ? nearestExisting(top) : QString();
+        if (treeFill->root().isEmpty() && folderExists(nearest))
+            ShowRoot(nearest);
         return;
     }
     bar->enter(top);

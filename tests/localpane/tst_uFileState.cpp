@@ -5,6 +5,7 @@
 #include <QHeaderView>
 #include <QMimeData>
 #include <QUrl>
+#include <QWheelEvent>
 
 using namespace venlo;
 using venlo::test::makeTree;
@@ -55,6 +56,9 @@ private Q_SLOTS:
     void leavesColumnsThatAreNotNamed();
     void leavesTheRootWhenTheFolderLiesElsewhere();
     void remembersRoots();
+    void beginsWithWhatIsLeftOfARoot();
+    void leavesARootThatIsGone();
+    void ignoresTheWheel();
 };
 
 void tst_uFileState::showsATypedRoot()
@@ -245,6 +249,45 @@ void tst_uFileState::remembersRoots()
     f.pane->setRootHistory(history);
     QCOMPARE(f.pane->rootHistory(), QLatin1Char(',') + f.here() + QLatin1Char(',') + f.sub());
     QCOMPARE(f.cbRoot().currentText(), f.here());
+}
+
+void tst_uFileState::beginsWithWhatIsLeftOfARoot()
+{
+    Fixture f;
+    f.build();
+    const QString missing = f.at(QStringLiteral("sub/gone/deep"));
+    f.person.expectMessage(missing + gone);
+    f.pane->cOn(missing);
+    QCOMPARE(f.pane->Root(), f.sub());
+    QCOMPARE(f.names(), (QStringList{QStringLiteral("deep"), QStringLiteral("in.txt")}));
+    QVERIFY(f.person.verify());
+}
+
+void tst_uFileState::leavesARootThatIsGone()
+{
+    Fixture f;
+    f.pane->cOn(f.at(QStringLiteral("sub/deep")));
+    f.pane->cOn(f.here());
+    QVERIFY(QDir(f.at(QStringLiteral("sub/deep"))).removeRecursively());
+    f.person.expectMessage(f.at(QStringLiteral("sub/deep")) + gone);
+    f.cbRoot().setFocus();
+    QTest::keyClick(&f.cbRoot(), Qt::Key_Down);
+    QCOMPARE(f.pane->Root(), f.here());
+    QCOMPARE(f.cbRoot().currentText(), f.here());
+    QCOMPARE(f.cbRoot().currentIndex(), 0);
+    QVERIFY(f.person.verify());
+}
+
+void tst_uFileState::ignoresTheWheel()
+{
+    Fixture f;
+    f.pane->cOn(f.sub());
+    const QPoint at(5, 5);
+    QWheelEvent wheel(at, f.cbRoot().mapToGlobal(at), {}, {0, -120}, Qt::NoButton, {},
+                      Qt::NoScrollPhase, false);
+    QCoreApplication::sendEvent(&f.cbRoot(), &wheel);
+    QCOMPARE(f.pane->Root(), f.sub());
+    QVERIFY(!wheel.isAccepted());
 }
 
 QTEST_MAIN(tst_uFileState)
