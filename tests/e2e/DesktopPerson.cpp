@@ -178,7 +178,8 @@ void DesktopPerson::check(bool holds, const QString &what) const
         throw StepFailed{what};
 }
 
-/// The place once it stays where it is: windows that just opened are moved by their manager.
+/// The place once it stays where it is (windows that just opened are moved by their manager), in
+/// the display's own pixels.
 QPoint DesktopPerson::steady(const QString &what, const std::function<QPoint()> &place)
 {
     QPoint last(-1, -1);
@@ -186,7 +187,7 @@ QPoint DesktopPerson::steady(const QString &what, const std::function<QPoint()> 
         const QPoint now = place();
         return std::exchange(last, now) == now;
     });
-    return last;
+    return (QPointF(last) * look([] { return qApp->devicePixelRatio(); })).toPoint();
 }
 
 void DesktopPerson::picture(const QString &name)
