@@ -15,6 +15,7 @@
 #include <QUrl>
 
 #include "platform/EntryCopy.h"
+#include "platform/EntryNames.h"
 #include "platform/FilesystemPath.h"
 
 namespace venlo
@@ -128,18 +129,12 @@ bool writeInfo(const QString &file, const QByteArray &text, std::error_code &why
     return whole;
 }
 
-/// Leaves room for the number and for ".trashinfo". The info file knows the whole name.
-QString shortened(QString name)
-{
-    constexpr qsizetype longest = 240; // bytes of 255
-    while (QFile::encodeName(name).size() > longest)
-        name.chop(name.back().isLowSurrogate() ? 2 : 1);
-    return name;
-}
+/// Leaves room for the number and for ".trashinfo"; the info file knows the whole name.
+constexpr qsizetype longestInBin = 240; // bytes of 255
 
 QString nameInBin(const QString &name, int attempt)
 {
-    const QString base = shortened(name);
+    const QString base = shortenedName(name, longestInBin);
     return attempt == 0 ? base : base + QLatin1Char('.') + QString::number(attempt + 1);
 }
 } // namespace

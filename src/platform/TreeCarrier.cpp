@@ -15,11 +15,6 @@ fs::file_type typeOf(const fs::path &path)
     std::error_code error;
     return fs::symlink_status(path, error).type();
 }
-
-bool isThere(const fs::path &path)
-{
-    return typeOf(path) != fs::file_type::not_found;
-}
 } // namespace
 
 TreeCarrier::TreeCarrier(const ShellFileOrder &order, ShellFileWatcher &watcher,
@@ -66,7 +61,11 @@ void TreeCarrier::carryEntry(const Path &from, const Path &to, bool inMerge)
         fail(from, error ? error : std::make_error_code(std::errc::no_such_file_or_directory));
         return;
     }
-    const FileType there = typeOf(to);
+    const FileType there = fs::symlink_status(to, error).type();
+    if (there == FileType::none) {
+        fail(to, error);
+        return;
+    }
     const bool replace = there != FileType::not_found;
     const bool folder = type == FileType::directory;
     if (replace && isSame(from, to)) {
@@ -133,11 +132,13 @@ void TreeCarrier::copyFolder(const Path &from, const Path &to)
         fail(to, error ? error : std::make_error_code(std::errc::file_exists));
         return;
     }
+    // Until it is as private as the source nobody else is to look in.
+    fs::permissions(to, fs::perms::owner_all, error);
     copyContent(from, to, true);
-    if (m_flow.stopped())
-        return;
     // Last: filling it changed its time, and a read-only one could not have been filled.
     keepLook(from, to);
+    if (m_flow.stopped())
+        return;
     arrived(lookAt(from), to.parent_path());
 }
 
@@ -189,20 +190,6 @@ bool TreeCarrier::isBelow(const Path &folder, const Path &top) const
             break;
     }
     return false;
-}
-
-TreeCarrier::Path TreeCarrier::nameOfCopy(const Path &from) const
-{
-    const QString name = shownPath(from.filename());
-    const qsizetype dot =
-        typeOf(from) == FileType::directory ? -1 : name.lastIndexOf(QLatin1Char('.'));
-    const QString stem = (dot > 0 ? name.left(dot) : name) + QStringLiteral(" - ｺﾋﾟｰ");
-    const QString extension = dot > 0 ? name.mid(dot) : QString();
-    const QString folder = shownPath(m_to) + QLatin1Char('/');
-    Path path = filesystemPath(folder + stem + extension);
-    for (int number = 2; isThere(path); ++number)
-        path = filesystemPath(folder + stem + QStringLiteral(" (%1)").arg(number) + extension);
-    return path;
 }
 
 void TreeCarrier::fail(const Path &entry, const std::error_code &why)

@@ -1,4 +1,7 @@
+#include <QFile>
+
 #include "platform/EntryCopy.h"
+#include "platform/EntryNames.h"
 #include "platform/FilesystemPath.h"
 #include "platform/TemporaryName.h"
 #include "platform/TreeCarrier.h"
@@ -14,7 +17,33 @@ fs::path temporaryIn(const fs::path &folder)
 {
     return folder / newTemporaryName().toStdString();
 }
+
+/// What cannot be looked at counts as absent: counting on from there would never end.
+bool isThere(const fs::path &path)
+{
+    std::error_code error;
+    const fs::file_type type = fs::symlink_status(path, error).type();
+    return type != fs::file_type::not_found && type != fs::file_type::none;
+}
 } // namespace
+
+TreeCarrier::Path TreeCarrier::nameOfCopy(const Path &from) const
+{
+    std::error_code error;
+    const QString name = shownPath(from.filename());
+    const qsizetype dot =
+        fs::is_directory(fs::symlink_status(from, error)) ? -1 : name.lastIndexOf(QLatin1Char('.'));
+    const QString extension = dot > 0 ? name.mid(dot) : QString();
+    constexpr qsizetype longest = 215; // bytes of 255, with room for what is added and a number
+    const QString stem = shortenedName(dot > 0 ? name.left(dot) : name,
+                                       longest - QFile::encodeName(extension).size()) +
+                         QStringLiteral(" - ｺﾋﾟｰ");
+    const QString folder = shownPath(m_to) + QLatin1Char('/');
+    Path path = filesystemPath(folder + stem + extension);
+    for (int number = 2; isThere(path); ++number)
+        path = filesystemPath(folder + stem + QStringLiteral(" (%1)").arg(number) + extension);
+    return path;
+}
 
 void TreeCarrier::copyFile(const Path &from, const Path &to, bool replace)
 {

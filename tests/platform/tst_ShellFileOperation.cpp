@@ -51,6 +51,10 @@ private Q_SLOTS:
     void folderIntoItself_data();
     void folderIntoItself();
     void copyIntoTheSameFolder();
+    void copyOfALongName_data();
+    void copyOfALongName();
+    void targetThatCannotBeLookedAt();
+    void privateFoldersStayPrivate();
     void moveIntoTheSameFolderIsNothing();
     void fullDisk();
     void readOnlyTarget();
@@ -493,6 +497,73 @@ void tst_ShellFileOperation::copyIntoTheSameFolder()
                           QStringLiteral("d.x - ｺﾋﾟｰ"), QStringLiteral("d.x - ｺﾋﾟｰ/in.txt"),
                           QStringLiteral("d.x/in.txt")}));
     QVERIFY(m_person->askedClashes.empty());
+}
+
+void tst_ShellFileOperation::copyOfALongName_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::newRow("file") << QString(250 / 3, QChar(0x3042)) + QStringLiteral(".html");
+    QTest::newRow("no extension") << QString(255 / 3, QChar(0x3042));
+    QTest::newRow("nothing but extension")
+        << QStringLiteral("a.") + QString(253, QLatin1Char('x'));
+}
+
+void tst_ShellFileOperation::copyOfALongName()
+{
+    QFETCH(const QString, name);
+    write(QStringLiteral("to/") + name, "one");
+    const bool fits = !name.startsWith(QLatin1Char('a'));
+    for (int i = 0; i < 2; ++i)
+        QCOMPARE(
+            run(ShellVerb::Copy, {QStringLiteral("to/") + name}, QStringLiteral("to")).complete,
+            fits);
+    const QStringList all = tree(QStringLiteral("to"));
+    QCOMPARE(all.size(), fits ? 3 : 1);
+    QVERIFY(all.contains(name));
+    for (const QString &one : all)
+        QCOMPARE(read(QStringLiteral("to/") + one), QByteArray("one"));
+    QVERIFY(m_person->askedClashes.empty());
+}
+
+void tst_ShellFileOperation::targetThatCannotBeLookedAt()
+{
+    constexpr uid_t nobody = 65534;
+    write(QStringLiteral("a.txt"));
+    QCOMPARE(chmod(QFile::encodeName(m_folder->path()).constData(), 0755), 0);
+    QCOMPARE(chmod(QFile::encodeName(path(QStringLiteral("to"))).constData(), 0444), 0);
+    const uid_t before = geteuid();
+    QVERIFY(before != 0 || seteuid(nobody) == 0);
+    const auto report = run(ShellVerb::Copy, {QStringLiteral("a.txt")}, QStringLiteral("to"));
+    QVERIFY(seteuid(before) == 0);
+    QCOMPARE(chmod(QFile::encodeName(path(QStringLiteral("to"))).constData(), 0755), 0);
+    QCOMPARE(report.failures, 1);
+    QVERIFY(m_person->askedClashes.empty()); // nothing is known to be there
+    QCOMPARE(m_person->failures,
+             QStringList{path(QStringLiteral("to/a.txt")) + QStringLiteral(": ") + words(EACCES)});
+}
+
+void tst_ShellFileOperation::privateFoldersStayPrivate()
+{
+    write(QStringLiteral("d/a.txt"));
+    write(QStringLiteral("d/b.txt"));
+    QCOMPARE(chmod(QFile::encodeName(path(QStringLiteral("d"))).constData(), 0700), 0);
+    const auto mode = [this] {
+        struct stat status = {};
+        const bool there =
+            stat(QFile::encodeName(path(QStringLiteral("to/d"))).constData(), &status) == 0;
+        return there ? status.st_mode & 0777 : 0U;
+    };
+    int looks = 0;
+    m_person->onProgress = [this, &looks, &mode](const ShellFileProgress &) {
+        if (mode() == 0)
+            return;
+        ++looks;
+        QCOMPARE(mode(), 0700U);
+        m_person->cancelAt = 1; // also when it stays half filled
+    };
+    QVERIFY(run(ShellVerb::Copy, {QStringLiteral("d")}, QStringLiteral("to")).cancelled);
+    QVERIFY(looks > 0);
+    QCOMPARE(mode(), 0700U);
 }
 
 void tst_ShellFileOperation::moveIntoTheSameFolderIsNothing()
