@@ -1,10 +1,12 @@
 #include "ftp/Session.h"
 
 #include "db/Database.h"
+#include "ftp/CertificatePins.h"
 #include "ftp/ErrorLog.h"
 #include "ftp/SiteTable.h"
 #include "ftp/protocol/ServerAddress.h"
 #include "ftp/protocol/Waiter.h"
+#include "shared/Flags.h"
 #include "shared/FrontEnd.h"
 
 #include <QStringList>
@@ -35,7 +37,8 @@ bool saysBusy(const DbError &error)
 struct Session::Data {
     Data(FrontEnd &person, Database &store, ErrorLog &errors, EventLog &events, ClientLimits limits)
         : frontEnd(person), database(store), errorLog(errors), eventLog(events),
-          clientLimits(limits), waiter([&person] { return person.cancelled(); })
+          clientLimits(limits), judge(person, events),
+          waiter([&person] { return person.cancelled(); })
     {
     }
 
@@ -52,8 +55,10 @@ struct Session::Data {
     ErrorLog &errorLog;
     EventLog &eventLog;
     ClientLimits clientLimits;
+    CertificateJudge judge;
     Waiter waiter;
     std::unique_ptr<FtpClient> client;
+    bool opening = false; ///< the client logs in, or asks about a certificate meanwhile
     State state = Closed;
     QString proxy;
     QString server;
@@ -87,7 +92,7 @@ void Session::Data::setState(State next, const QString &why)
 
 bool Session::Data::insideWait(const char *operation)
 {
-    if (!waiter.busy())
+    if (!waiter.busy() && !opening)
         return false;
     eventLog.note(QStringLiteral("%1 left out: another operation waits for the server")
                       .arg(QLatin1String(operation)));
@@ -106,9 +111,11 @@ Result<void> Session::Data::open(const ConnectOptions &options)
 {
     ConnectOptions effective = options;
     effective.passive = options.passive || activeUnusable;
+    effective.accepts = [this](const ServerCertificate &shown) { return judge.accepts(shown); };
     // A tab would take the stored information for a reconnect apart in the wrong place.
     const bool storable =
         !options.user.contains(QLatin1Char('\t')) && !options.password.contains(QLatin1Char('\t'));
+    const FlagScope scope(opening);
     auto result =
         storable ? client->open(effective)
                  : Error{ErrorClass::Local, QStringLiteral("a name or password holds a tab"), 0};
@@ -172,6 +179,8 @@ void Session::Connect(const QString &siteName, const QString &server, const QStr
     m->client = std::make_unique<FtpClient>(m->waiter, m->clientLimits);
     m->client->setTrace([log = &m->eventLog](const QString &line) { log->note(line); });
     m->activeUnusable = false;
+    const auto address = ServerAddress::parse(server);
+    m->judge.begin(address && address.value().tls != TlsUse::Offered);
     listOffset.reset();
     const auto opened = m->open({server, user, password, m->proxy, passive});
     ok = opened.ok();
@@ -293,6 +302,16 @@ Session::State Session::state() const
 QString Session::server() const
 {
     return m->server;
+}
+
+QString Session::security() const
+{
+    return m->client && m->state == Connected ? m->client->security() : QString();
+}
+
+void Session::setTrust(TrustStore &store, const Flags &flags)
+{
+    m->judge.use(store, flags);
 }
 
 QString Session::proxy() const

@@ -14,7 +14,9 @@ class Database;
 class ErrorLog;
 class EventLog;
 class FrontEnd;
+class TrustStore;
 class Waiter;
+struct Flags;
 
 /// The one FTP session of the program: closed, open (a handle and its proxy) or connected to one
 /// registered site. All remote operations use the client kept here and call ftReConect when an
@@ -31,6 +33,9 @@ public:
     Session(const Session &) = delete;
     Session &operator=(const Session &) = delete;
 
+    /// Where accepted certificates are remembered, and whether anybody is there to be asked.
+    /// Without it a person is asked, and what was accepted holds until the next Connect.
+    void setTrust(TrustStore &store, const Flags &flags);
     /// Opens the handle; reopen true keeps the remembered proxy and the log. While connected it
     /// disconnects instead. In state 1 ok stays as the caller set it, so callers pass true.
     void OpenInternet(const QString &proxy, bool &ok, bool reopen);
@@ -49,7 +54,10 @@ public:
     [[nodiscard]] State state() const;
     /// Registered as connected; a connection that broke stays so until an operation reconnects.
     [[nodiscard]] bool connected() const { return state() == Connected; }
+    /// The server text of the current connection as it was registered, "ftps:" included.
     [[nodiscard]] QString server() const;
+    /// "TLSv1.3" while control and data connections are protected, otherwise empty.
+    [[nodiscard]] QString security() const;
     [[nodiscard]] QString proxy() const;
     [[nodiscard]] QString homeDirectory() const;
     [[nodiscard]] QString currentRemoteDir() const;

@@ -20,6 +20,7 @@
 #include "shared/FrontEnd.h"
 #include "shared/OperationGate.h"
 #include "startup/CommandLine.h"
+#include "startup/PinnedCertificates.h"
 #include "startup/ProgramName.h"
 #include "startup/RunLock.h"
 #include "startup/settings/SettingsFile.h"
@@ -73,8 +74,9 @@ bool usesWindow(const QString &verb)
 struct Program::Rooms {
     Rooms(const Faces &faces, Flags &flags)
         : folder(userDataFolder(programBaseName(executableBaseName()), faces.frontEnd)),
-          turn(folder, faces.frontEnd), settings(faces.frontEnd), database(faces.frontEnd, folder),
-          errorLog(folder), eventLog(folder), session(faces.frontEnd, database, errorLog, eventLog),
+          turn(folder, faces.frontEnd), settings(faces.frontEnd), pins(settings),
+          database(faces.frontEnd, folder), errorLog(folder), eventLog(folder),
+          session(faces.frontEnd, database, errorLog, eventLog),
           cache(session, database, faces.frontEnd, flags),
           operations(session, cache, faces.frontEnd, flags),
           comparison(session, database, cache, faces.frontEnd, flags),
@@ -86,11 +88,13 @@ struct Program::Rooms {
           shell(ProgramPlaces::ofThisProgram(programBaseName(executableBaseName())), folder,
                 helpAddress(), faces.frontEnd)
     {
+        session.setTrust(pins, flags);
     }
 
     QString folder;
     RunLock turn;
     yIni settings;
+    PinnedCertificates pins;
     Database database;
     ErrorLog errorLog;
     EventLog eventLog;

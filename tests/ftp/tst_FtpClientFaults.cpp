@@ -2,6 +2,7 @@
 // cannot do what was asked.
 #include "ftp/protocol/FtpClient.h"
 #include "ftp/protocol/Waiter.h"
+#include "support/ConnectProxy.h"
 #include "support/ScriptedServer.h"
 
 #include <QBuffer>
@@ -19,6 +20,7 @@
 
 using namespace venlo;
 using namespace std::chrono_literals;
+using venlo::test::ConnectProxy;
 using venlo::test::ScriptedServer;
 
 namespace
@@ -91,57 +93,6 @@ struct Fixture {
     Waiter waiter;
     FtpClient client;
     QObject timerContext;
-};
-
-/// An HTTP proxy that knows CONNECT alone (RFC 9110, 9.3.6), in the test's own event loop.
-class ConnectProxy
-{
-public:
-    [[nodiscard]] bool start()
-    {
-        QObject::connect(&m_server, &QTcpServer::newConnection, &m_server, [this] {
-            while (QTcpSocket *client = m_server.nextPendingConnection())
-                take(client);
-        });
-        return m_server.listen(QHostAddress::LocalHost);
-    }
-    [[nodiscard]] QString text() const
-    {
-        return QStringLiteral("127.0.0.1:%1").arg(m_server.serverPort());
-    }
-    /// "host:port" of every CONNECT, in order.
-    [[nodiscard]] const QList<QByteArray> &asked() const { return m_asked; }
-
-private:
-    void take(QTcpSocket *client)
-    {
-        auto *target = new QTcpSocket(client);
-        const auto head = std::make_shared<QByteArray>();
-        QObject::connect(client, &QTcpSocket::readyRead, target, [this, client, target, head] {
-            if (target->state() == QAbstractSocket::ConnectedState) {
-                target->write(client->readAll());
-                return;
-            }
-            *head += client->readAll();
-            if (!head->endsWith("\r\n\r\n") || !head->startsWith("CONNECT "))
-                return;
-            m_asked.append(head->split(' ').value(1));
-            const qsizetype colon = m_asked.last().lastIndexOf(':');
-            target->connectToHost(QString::fromLatin1(m_asked.last().left(colon)),
-                                  m_asked.last().mid(colon + 1).toUShort());
-        });
-        QObject::connect(target, &QTcpSocket::connected, client,
-                         [client] { client->write("HTTP/1.1 200 Connected\r\n\r\n"); });
-        QObject::connect(target, &QTcpSocket::readyRead, client,
-                         [client, target] { client->write(target->readAll()); });
-        QObject::connect(target, &QTcpSocket::disconnected, client,
-                         &QTcpSocket::disconnectFromHost);
-        QObject::connect(client, &QTcpSocket::disconnected, target,
-                         &QTcpSocket::disconnectFromHost);
-    }
-
-    QTcpServer m_server;
-    QList<QByteArray> m_asked;
 };
 
 } // namespace

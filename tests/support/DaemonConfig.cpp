@@ -55,6 +55,13 @@ QByteArray vsftpdText(const DaemonOptions &o, const QString &work)
     text += "\nmax_clients=" + QByteArray::number(o.maxClients);
     text += "\npasv_min_port=" + QByteArray::number(firstPassivePort);
     text += "\npasv_max_port=" + QByteArray::number(lastPassivePort) + "\n";
+    if (o.tls != DaemonTls::None) {
+        text += "ssl_enable=YES\nallow_anon_ssl=YES\nrequire_ssl_reuse=YES\n"
+                "strict_ssl_read_eof=YES\nssl_ciphers=HIGH\nimplicit_ssl=" +
+                yesNo(o.implicitTls);
+        text += "\nrsa_cert_file=" + QFile::encodeName(o.certificate);
+        text += "\nrsa_private_key_file=" + QFile::encodeName(o.certificate) + "\n";
+    }
     return text;
 }
 
@@ -78,6 +85,14 @@ QByteArray proftpdText(const DaemonOptions &o, const QString &unpacked, const QS
     text += "\nScoreboardFile " + dir + "/scores\nPidFile " + dir + "/proftpd.pid\n";
     if (!o.writable)
         text += "<Limit WRITE>\nDenyAll\n</Limit>\n";
+    if (o.tls != DaemonTls::None) {
+        text += "LoadModule mod_tls.c\nTLSEngine on\nTLSRequired off\nTLSLog " + dir +
+                "/tls.log\nTLSProtocol " + (o.tls == DaemonTls::V12 ? "TLSv1.2" : "TLSv1.3");
+        text += "\nTLSRSACertificateFile " + QFile::encodeName(o.certificate);
+        text += "\nTLSRSACertificateKeyFile " + QFile::encodeName(o.certificate) + "\n";
+        if (o.implicitTls)
+            text += "TLSOptions UseImplicitSSL\n";
+    }
     return text;
 }
 
@@ -135,6 +150,10 @@ QStringList pureftpdArguments(const DaemonOptions &o, const QString &work)
     };
     if (!o.writable)
         arguments << QStringLiteral("-R");
+    if (o.tls != DaemonTls::None)
+        arguments << QStringLiteral("--tls=1")
+                  << QLatin1String("--certfile=") + o.certificate + QLatin1Char(',') +
+                         o.certificate;
     return arguments;
 }
 
@@ -165,6 +184,18 @@ DaemonCommand pureftpd(const DaemonOptions &o, const DaemonPrograms &programs, c
 }
 
 } // namespace
+
+QString opensslConfiguration(const DaemonOptions &options, const QString &work)
+{
+    if (options.tls == DaemonTls::None)
+        return {};
+    const QByteArray version = options.tls == DaemonTls::V12 ? "TLSv1.2" : "TLSv1.3";
+    const QString path = work + QLatin1String("/openssl.cnf");
+    const bool written = write(path, "openssl_conf = all\n[all]\nssl_conf = ssl\n[ssl]\n"
+                                     "system_default = versions\n[versions]\nMinProtocol = " +
+                                         version + "\nMaxProtocol = " + version + "\n");
+    return written ? path : QString();
+}
 
 QString daemonUser(DaemonKind kind)
 {

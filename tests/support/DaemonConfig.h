@@ -9,6 +9,9 @@ namespace venlo::test
 
 enum class DaemonKind { Vsftpd, Proftpd, Pureftpd };
 
+/// Which TLS a daemon takes.
+enum class DaemonTls { None, V12, V13 };
+
 /// What a test asks of a real FTP daemon.
 struct DaemonOptions {
     QString root;      ///< the folder it serves as "/"; empty: a temporary one
@@ -22,6 +25,10 @@ struct DaemonOptions {
     QByteArray umask = "022";
     bool writable = true;
     int maxClients = 50; ///< connections above it are refused with 421
+    /// Under TLS vsftpd and proftpd insist on data connections that resume the control session.
+    DaemonTls tls = DaemonTls::None;
+    QString certificate;      ///< key and certificate in PEM
+    bool implicitTls = false; ///< TLS from the first byte on; pure-ftpd cannot
 };
 
 /// A command line.
@@ -29,6 +36,9 @@ struct DaemonCommand {
     QString program;
     QStringList arguments;
 };
+
+/// What the OpenSSL of a daemon is told about versions; empty without TLS. For OPENSSL_CONF.
+[[nodiscard]] QString opensslConfiguration(const DaemonOptions &options, const QString &work);
 
 /// The account that the daemons' sessions work as: "daemon" of every Debian.
 constexpr unsigned daemonUid = 1;

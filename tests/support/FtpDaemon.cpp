@@ -121,6 +121,9 @@ bool FtpDaemon::startOnce(QString *why)
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert(QStringLiteral("TZ"), QString::fromLatin1(m_options.timeZone));
     environment.insert(QStringLiteral("LD_LIBRARY_PATH"), programs.libraryPath);
+    if (m_options.tls != DaemonTls::None)
+        environment.insert(QStringLiteral("OPENSSL_CONF"),
+                           opensslConfiguration(m_options, m_work.path()));
     QStringList arguments{QStringLiteral("-c"), QLatin1String(watcherScript),
                           m_work.filePath(QStringLiteral("output"))};
     arguments << commandPrefix(m_kind) << command.program << command.arguments;
@@ -143,7 +146,10 @@ bool FtpDaemon::waitForGreeting(QString *why)
     while (timer.elapsed() < greetingLimitMs && isRunning()) {
         QTcpSocket socket;
         socket.connectToHost(host(), m_options.port);
-        if (socket.waitForConnected(1000) && socket.waitForReadyRead(3000) &&
+        // Under TLS it says nothing before the handshake.
+        if (socket.waitForConnected(1000) && m_options.implicitTls)
+            return isRunning();
+        if (socket.state() == QAbstractSocket::ConnectedState && socket.waitForReadyRead(3000) &&
             socket.readAll().startsWith("220") && isRunning()) {
             socket.write("QUIT\r\n");
             socket.waitForDisconnected(1000);
@@ -199,7 +205,7 @@ QString FtpDaemon::server() const
 QString FtpDaemon::log() const
 {
     QString text;
-    for (const auto *name : {"output", "proftpd.log"}) {
+    for (const auto *name : {"output", "proftpd.log", "tls.log"}) {
         QFile file(m_work.filePath(QLatin1String(name)));
         if (file.open(QIODevice::ReadOnly))
             text += QString::fromUtf8(file.readAll());

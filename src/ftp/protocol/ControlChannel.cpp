@@ -100,7 +100,7 @@ Result<ServerCertificate> ControlChannel::startTls(std::chrono::milliseconds lim
 
 QString ControlChannel::tlsVersion() const
 {
-    if (!m_socket->isEncrypted())
+    if (!encrypted() || m_socket->state() != QAbstractSocket::ConnectedState)
         return {};
     switch (m_socket->sessionProtocol()) {
     case QSsl::TlsV1_2:

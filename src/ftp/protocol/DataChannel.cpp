@@ -13,6 +13,7 @@ constexpr qint64 sendAhead = 1024LL * 1024;
 // What the system may hold back: its own buffer can take megabytes, and a slow line would then
 // need longer for them than the wait for the completion reply lasts.
 constexpr int sendBuffer = 256 * 1024;
+constexpr int ticketLimit = 1000; // milliseconds; a round trip is what it should take
 
 /// Accepts sockets that can speak TLS.
 class TlsListener final : public QTcpServer
@@ -67,6 +68,8 @@ void DataChannel::adopt(std::unique_ptr<QTcpSocket> socket)
         // Bytes count once the system took them: bytesWritten comes when they are encrypted.
         QObject::connect(m_tls, &QSslSocket::encryptedBytesWritten, m_tls,
                          [this] { m_moved = std::max(m_moved, m_queued - unsentBytes()); });
+        QObject::connect(m_tls, &QSslSocket::newSessionTicketReceived, m_tls,
+                         [this] { m_ticketCame = true; });
     } else {
         QObject::connect(m_socket.get(), &QTcpSocket::bytesWritten, m_socket.get(),
                          [this](qint64 bytes) { m_moved += bytes; });
@@ -92,6 +95,31 @@ void DataChannel::onEncrypted()
     m_wasConnected = !m_otherServer;
     if (m_otherServer)
         m_tls->abort();
+    m_ticketsPossible = m_tls->sessionProtocol() == QSsl::TlsV1_3;
+    m_ticketWait.setRemainingTime(ticketLimit);
+}
+
+/// A connection that is closed while bytes of the peer wait unread is reset, and what it has not
+/// sent yet, or the peer not read, is lost. Under TLS 1.3 the peer's session ticket comes behind
+/// the handshake (RFC 8446, 4.6.1), so that a short upload would be over before it.
+void DataChannel::closeWhenSent()
+{
+    if (m_tls == nullptr || !m_finishing || m_closing ||
+        m_tls->state() != QAbstractSocket::ConnectedState || unsentBytes() > 0)
+        return;
+    const bool awaits = m_protection->ticketsCome && m_ticketsPossible && !m_ticketCame;
+    if (awaits && !m_ticketWait.hasExpired())
+        return;
+    m_closing = true;
+    m_moved = m_queued;
+    m_tls->disconnectFromHost();
+}
+
+bool DataChannel::ticketMissed() const
+{
+    const bool over = m_direction == Direction::Send ? m_closing : m_closeNotified;
+    return over && m_ticketsPossible && !m_ticketCame &&
+           (m_direction == Direction::Receive || m_ticketWait.hasExpired());
 }
 
 void DataChannel::onTlsError(QAbstractSocket::SocketError error)
@@ -136,6 +164,7 @@ void DataChannel::takePending()
 bool DataChannel::connected()
 {
     takePending();
+    closeWhenSent();
     return m_socket && m_wasConnected;
 }
 
@@ -203,13 +232,16 @@ void DataChannel::write(const QByteArray &bytes)
 void DataChannel::finishWriting()
 {
     m_finishing = true;
-    m_socket->disconnectFromHost();
+    if (m_tls != nullptr)
+        closeWhenSent();
+    else
+        m_socket->disconnectFromHost();
 }
 
 bool DataChannel::allSent() const
 {
     return m_finishing && m_socket->state() == QAbstractSocket::UnconnectedState &&
-           m_moved == m_queued && closedInOrder();
+           m_moved == m_queued && closedInOrder() && (m_tls == nullptr || m_closing);
 }
 
 void DataChannel::abort()

@@ -2,6 +2,7 @@
 
 #include "shared/Result.h"
 
+#include <QDeadlineTimer>
 #include <QHostAddress>
 #include <QNetworkProxy>
 #include <QSslCertificate>
@@ -21,6 +22,9 @@ struct DataProtection {
     QSslConfiguration session;
     QString host; ///< the name that the control connection verified
     QSslCertificate certificate;
+    /// The server is known to send a session ticket on each of its connections, or not yet known
+    /// not to: an upload waits for it before it closes.
+    bool ticketsCome = true;
 };
 
 /// One data connection (RFC 959, 3.2): opened towards the server or accepted from it, moves bytes
@@ -59,6 +63,8 @@ public:
     void finishWriting();
     /// All bytes left this program and the connection is closed.
     [[nodiscard]] bool allSent() const;
+    /// All is over and no session ticket came, where TLS 1.3 has them come.
+    [[nodiscard]] bool ticketMissed() const;
     [[nodiscard]] qint64 movedBytes() const { return m_moved; }
     /// No byte was read or handed over for sending.
     [[nodiscard]] bool untouched() const { return m_moved == 0 && m_queued == 0; }
@@ -69,6 +75,7 @@ private:
     void takePending();
     void onConnected();
     void onEncrypted();
+    void closeWhenSent();
     void onTlsError(QAbstractSocket::SocketError error);
     [[nodiscard]] qint64 unsentBytes() const;
     [[nodiscard]] bool closedInOrder() const;
@@ -83,6 +90,10 @@ private:
     qint64 m_queued = 0;
     bool m_wasConnected = false; ///< and its handshake was done
     bool m_closeNotified = false;
+    bool m_closing = false; ///< close_notify is on its way
+    bool m_ticketCame = false;
+    bool m_ticketsPossible = false; ///< TLS 1.3
+    QDeadlineTimer m_ticketWait;
     bool m_otherServer = false; ///< the certificate is not that of the control connection
     bool m_finishing = false;
 };

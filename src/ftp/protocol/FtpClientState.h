@@ -99,6 +99,7 @@ struct FtpClient::State {
     bool tlsBroke = false;     ///< this connection ended in its AUTH or handshake
     bool protectsData = false; ///< PROT P holds
     QSslCertificate certificate;
+    bool ticketsCome = true; ///< see DataProtection
     bool passive = true;
     bool useEpsv = true;
     bool mlsdRefused = false;

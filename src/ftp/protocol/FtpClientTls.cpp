@@ -75,7 +75,7 @@ Result<void> FtpClient::State::settleProtection(TlsUse use, Protection agreed)
 
 QString FtpClient::security() const
 {
-    return m->protectsData && m->control.isOpen() ? m->control.tlsVersion() : QString();
+    return m->protectsData ? m->control.tlsVersion() : QString();
 }
 
 } // namespace venlo

@@ -101,7 +101,7 @@ Result<void> FtpClient::State::prepareActive(Transfer &transfer)
 Result<void> FtpClient::State::begin(Transfer &transfer, const QByteArray &command)
 {
     if (protectsData)
-        transfer.data.protect({control.tlsSession(), control.peerName(), certificate});
+        transfer.data.protect({control.tlsSession(), control.peerName(), certificate, ticketsCome});
     auto prepared = passive ? preparePassive(transfer) : prepareActive(transfer);
     if (!prepared && !passive && prepared.error().kind == ErrorClass::Refused) {
         control.trace(QStringLiteral("! active mode given up: ") + prepared.error().words);
@@ -171,6 +171,7 @@ Result<void> FtpClient::State::run(Transfer &transfer, const std::function<Step(
                 return last != Step::More || transfer.data.failed();
             },
             lastBytesGrace);
+    ticketsCome = ticketsCome && !transfer.data.ticketMissed();
     return afterData(transfer, end, last);
 }
 
@@ -197,7 +198,7 @@ Result<void> FtpClient::State::afterBrokenData(Transfer &transfer)
 {
     const Error broke{ErrorClass::Retry,
                       QStringLiteral("data connection broke: ") + transfer.data.errorWords()};
-    waitForFinal(transfer, brokenDataGrace);
+    waitForFinal(transfer, std::min<std::chrono::milliseconds>(brokenDataGrace, limits.reply));
     if (auto due = whileReplyIsDue(transfer); !due)
         return due;
     if (transfer.final_ && !transfer.final_->completion()) {
@@ -242,9 +243,10 @@ bool FtpClient::State::backInStep()
 {
     // Two replies are due: the transfer's (426, or 226 when it was over) and that of ABOR. Some
     // servers send only one for both, others a third.
+    const auto grace = std::min<std::chrono::milliseconds>(abortGrace, limits.reply);
     int replies = 0;
     while (control.outstanding() > 0 && replies < maxPreliminary) {
-        (void)waiter.untilEvenIfCancelled([this] { return control.hasNews(); }, abortGrace);
+        (void)waiter.untilEvenIfCancelled([this] { return control.hasNews(); }, grace);
         const auto reply = control.takeReply();
         if (!reply)
             break;
@@ -258,7 +260,7 @@ bool FtpClient::State::backInStep()
     (void)waiter.untilEvenIfCancelled([this] { return !control.isOpen(); }, stragglerGrace);
     if (!control.send("NOOP"))
         return false;
-    const auto reply = control.readReplyWithin(abortGrace);
+    const auto reply = control.readReplyWithin(grace);
     return reply && reply.value().code == commandOkay &&
            waiter.untilEvenIfCancelled([this] { return control.hasNews(); }, stragglerGrace) ==
                WaitEnd::TimedOut;
