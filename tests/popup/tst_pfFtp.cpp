@@ -64,6 +64,7 @@ private Q_SLOTS:
     void patternPick();
     void patternNamedLikeAGroup();
     void patternNameIsShownLiterally();
+    void longPatternNamesFitTheScreen();
     void manyPatternsScroll();
     void bCanPastSwitchesCopy();
     void bItemSwitchesEntries();
@@ -226,6 +227,20 @@ void tst_pfFtp::patternNameIsShownLiterally()
     m_menus->mnSync()->popup(QPoint(0, 0));
     clickEntry(*m_menus->mnSync(), 0);
     QCOMPARE(m_menus->pickGroup(), QStringLiteral("R&D"));
+}
+
+void tst_pfFtp::longPatternNamesFitTheScreen()
+{
+    const QString name = QString(200, u'長') + QStringLiteral("&2");
+    m_store->addPattern(name);
+    m_menus->SetSyncMn();
+    QMenu &menu = *m_menus->mnSync();
+    QVERIFY(menu.sizeHint().width() < menu.screen()->availableGeometry().width());
+    QVERIFY(menu.actions().constFirst()->text().startsWith(QStringLiteral("長長")));
+    QVERIFY(menu.actions().constFirst()->text().endsWith(QStringLiteral("長&&2")));
+    menu.popup(QPoint(0, 0));
+    clickEntry(menu, 0);
+    QCOMPARE(m_menus->pickGroup(), name);
 }
 
 void tst_pfFtp::manyPatternsScroll()

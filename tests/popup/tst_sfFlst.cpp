@@ -3,10 +3,14 @@
 #include <QAbstractItemModelTester>
 #include <QApplication>
 #include <QClipboard>
+#include <QContextMenuEvent>
 #include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMenu>
+#include <QPushButton>
 #include <QTableView>
+#include <QTimer>
 
 #include "db/Recordset.h"
 #include "db/Store.h"
@@ -75,6 +79,11 @@ private Q_SLOTS:
     void cells();
     void headingsSort();
     void rowsAreCopiedAsText();
+    void firstRowIsCopiedByKeyboard();
+    void menuCopies();
+    void arrowPointsUpForAscending();
+    void longPathKeepsItsEnds();
+    void enterCloses();
     void pathsOfAnyLetters_data();
     void pathsOfAnyLetters();
     void notConnected();
@@ -272,6 +281,102 @@ void tst_sfFlst::rowsAreCopiedAsText()
         QCOMPARE(QApplication::clipboard()->text(),
                  QStringLiteral("/pub\tA.TXT\t3B\t23/03/18 18:00:00\r\n"
                                 "/pub/sub\tREADME\t500B\t23/03/17 00:00:00\r\n"));
+    });
+}
+
+void tst_sfFlst::firstRowIsCopiedByKeyboard()
+{
+    act(QStringLiteral("/pub"), [](QWidget &window) {
+        QTest::keyClick(&filter(window), Qt::Key_Tab);
+        QVERIFY(grid(window).hasFocus());
+        const auto copied = [&] {
+            QTest::keyClick(&grid(window), Qt::Key_C, Qt::ControlModifier);
+            return QApplication::clipboard()->text().section(QLatin1Char('\t'), 1, 1);
+        };
+        QCOMPARE(copied(), QStringLiteral("A.TXT"));
+        QTest::keyClick(&grid(window), Qt::Key_Down);
+        QCOMPARE(copied(), QStringLiteral("b.html"));
+        // Copying in the box is the box's own.
+        filterBy(window, QStringLiteral("*.*"));
+        filter(window).selectAll();
+        QTest::keyClick(&filter(window), Qt::Key_C, Qt::ControlModifier);
+        QCOMPARE(QApplication::clipboard()->text(), QStringLiteral("*.*"));
+    });
+}
+
+void tst_sfFlst::menuCopies()
+{
+    act(QStringLiteral("/pub"), [](QWidget &window) {
+        QTableView &view = grid(window);
+        clickCell(view, 1, 1);
+        QTimer::singleShot(50, &view, [] {
+            auto *menu = qobject_cast<QMenu *>(QApplication::activePopupWidget());
+            QVERIFY(menu != nullptr);
+            QCOMPARE(menu->actions().size(), 1);
+            QTest::keyClick(menu, Qt::Key_C);
+        });
+        const QPoint at = view.visualRect(view.model()->index(1, 1)).center();
+        QContextMenuEvent event(QContextMenuEvent::Mouse, at, view.viewport()->mapToGlobal(at));
+        QApplication::sendEvent(view.viewport(), &event);
+        QVERIFY(QApplication::clipboard()->text().startsWith(QStringLiteral("/pub\tb.html\t")));
+    });
+}
+
+void tst_sfFlst::arrowPointsUpForAscending()
+{
+    act(QStringLiteral("/pub"), [](QWidget &window) {
+        QHeaderView &header = *grid(window).horizontalHeader();
+        // Where the arrow is drawn, the way up has its point above its base.
+        const auto widthAt = [](const QImage &image, const QRect &arrow, int y) {
+            int dark = 0;
+            for (int x = arrow.left(); x <= arrow.right(); ++x)
+                dark += qGray(image.pixel(x, y)) < 128 ? 1 : 0;
+            return dark;
+        };
+        const auto pointsUp = [&] {
+            const QImage image = header.viewport()->grab().toImage();
+            const int right = header.sectionSize(FileListModel::Directory);
+            const QRect arrow(right - 22, 2, 20, header.height() - 4);
+            QList<int> widths;
+            for (int y = arrow.top(); y <= arrow.bottom(); ++y) {
+                if (const int width = widthAt(image, arrow, y); width > 0)
+                    widths.append(width);
+            }
+            if (widths.size() < 2)
+                qFatal("no arrow");
+            return widths.constFirst() < widths.constLast();
+        };
+        QVERIFY(pointsUp());
+        QTest::mouseClick(header.viewport(), Qt::LeftButton, {}, QPoint(20, header.height() / 2));
+        QVERIFY(!pointsUp());
+    });
+}
+
+void tst_sfFlst::longPathKeepsItsEnds()
+{
+    const QString path = QStringLiteral("/first/") + QString(300, u'x') + QStringLiteral("/last");
+    act(path, [&](QWidget &window) {
+        const auto &label = part<QLabel>(window, "lbPath");
+        QVERIFY(label.text().startsWith(QStringLiteral("/first/")));
+        QVERIFY(label.text().endsWith(QStringLiteral("/last")));
+        QVERIFY(label.fontMetrics().horizontalAdvance(label.text()) <= label.width());
+        QCOMPARE(label.toolTip(), path);
+        const auto shown = label.text().size();
+        window.resize(window.width() + 200, window.height());
+        QVERIFY(label.text().size() > shown);
+    });
+}
+
+void tst_sfFlst::enterCloses()
+{
+    act(QStringLiteral("/pub"), [](QWidget &window) {
+        QTest::keyClick(&filter(window), Qt::Key_Return);
+        QVERIFY(window.isVisible());
+        QTest::keyClick(&filter(window), Qt::Key_Tab, Qt::ShiftModifier);
+        auto &button = part<QPushButton>(window, "cmClose");
+        QVERIFY(button.hasFocus());
+        QTest::keyClick(&button, Qt::Key_Return);
+        QVERIFY(!window.isVisible());
     });
 }
 

@@ -43,6 +43,7 @@ private Q_SLOTS:
     void init();
     void cleanup();
     void comesUpCentredAndModeless();
+    void longTitlesWrap();
     void statusLinesComeHere();
     void listIsClearedAboveFifty();
     void onTwiceIsHarmless();
@@ -58,6 +59,8 @@ private Q_SLOTS:
     void hiddenWindowIgnoresProgress();
     void drawsTenTimesASecondAtMost();
     void typingElsewhereGoesOn();
+    void enterPressesCancel_data();
+    void enterPressesCancel();
     void everythingHasAName();
 
 private:
@@ -105,6 +108,25 @@ void tst_sfMsg::comesUpCentredAndModeless()
     m_window->setTitleLine(QStringLiteral("/pub > <b>C:\\site Down Loading････"));
     QCOMPARE(label("lbTitle"), QStringLiteral("/pub > <b>C:\\site Down Loading････"));
     QVERIFY(part<QLabel>(*m_window, "lbTitle").textFormat() == Qt::PlainText);
+}
+
+void tst_sfMsg::longTitlesWrap()
+{
+    m_window->cOn();
+    const int width = m_window->width();
+    const QString title = QStringLiteral("/pub/") + QString(150, u'W') + QStringLiteral(" > C:\\") +
+                          QString(150, u'W');
+    m_window->setTitleLine(title);
+    QTest::qWait(0);
+    QCOMPARE(m_window->width(), width);
+    QCOMPARE(label("lbTitle").remove(QChar(u'\u200b')), title);
+    const auto &line = part<QLabel>(*m_window, "lbTitle");
+    QCOMPARE(line.toolTip(), title.toHtmlEscaped());
+    QVERIFY(line.height() >= line.heightForWidth(line.width()));
+    m_window->setTitleLine(QString(5000, u'W'));
+    QTest::qWait(0);
+    QCOMPARE(m_window->width(), width);
+    QVERIFY(m_window->height() <= m_window->screen()->availableGeometry().height());
 }
 
 void tst_sfMsg::statusLinesComeHere()
@@ -263,7 +285,7 @@ void tst_sfMsg::hiddenWindowIgnoresProgress()
     m_desk->outcome({Outcome::Kind::Uploaded, QStringLiteral("/a"), {}, {}});
     m_window->cOn();
     QVERIFY(label("lbFile").isEmpty());
-    QCOMPARE(label("lbWhole"), QStringLiteral("全体  0件  B"));
+    QCOMPARE(label("lbWhole"), QStringLiteral("全体  0件  0B"));
 }
 
 void tst_sfMsg::drawsTenTimesASecondAtMost()
@@ -298,6 +320,31 @@ void tst_sfMsg::typingElsewhereGoesOn()
     QTest::keyClick(m_window, Qt::Key_Space);
     QVERIFY(!m_desk->cancelled());
     QCOMPARE(box->text(), QStringLiteral("ab"));
+}
+
+void tst_sfMsg::enterPressesCancel_data()
+{
+    QTest::addColumn<int>("key");
+    QTest::newRow("Return") << int(Qt::Key_Return);
+    QTest::newRow("Enter") << int(Qt::Key_Enter);
+    QTest::newRow("Space") << int(Qt::Key_Space);
+}
+
+void tst_sfMsg::enterPressesCancel()
+{
+    QFETCH(int, key);
+    m_window->cOn();
+    m_window->activateWindow();
+    QTRY_COMPARE(QApplication::activeWindow(), m_window);
+    list().setFocus();
+    QTest::keyClick(&list(), static_cast<Qt::Key>(key));
+    QVERIFY(!m_desk->cancelled());
+    QTest::keyClick(&list(), Qt::Key_Tab);
+    auto &button = part<QPushButton>(*m_window, "cmCancel");
+    QVERIFY(button.hasFocus());
+    QTest::keyClick(&button, static_cast<Qt::Key>(key));
+    QVERIFY(m_desk->cancelled());
+    QVERIFY(m_window->isVisible());
 }
 
 void tst_sfMsg::everythingHasAName()

@@ -15,10 +15,15 @@ namespace
 {
 constexpr int whole = 1000;
 
+/// As lists show sizes, but for nothing, which they show without a figure.
+QString sizeText(qint64 bytes)
+{
+    return bytes == 0 ? QStringLiteral("0B") : FormatSizeText(bytes);
+}
+
 QString sizes(qint64 done, qint64 total)
 {
-    return total < 0 ? FormatSizeText(done)
-                     : FormatSizeText(done) + QStringLiteral(" / ") + FormatSizeText(total);
+    return total < 0 ? sizeText(done) : sizeText(done) + QStringLiteral(" / ") + sizeText(total);
 }
 
 QString pace(const TransferMeter &meter, bool knowsEnd)

@@ -6,6 +6,7 @@
 
 #include <QAction>
 #include <QMenu>
+#include <QScreen>
 
 #include "db/Database.h"
 
@@ -76,10 +77,12 @@ Group elseGroup()
              QStringLiteral("切断")}};
 }
 
-/// A name as a caption that shows it letter for letter.
-QString literal(const QString &name)
+/// A name as a caption that shows it letter for letter, its middle left out when it is too long
+/// for the screen.
+QString literal(const QString &name, const QMenu &menu)
 {
-    QString text = name;
+    const int room = menu.screen()->availableGeometry().width() / 2;
+    QString text = menu.fontMetrics().elidedText(name, Qt::ElideMiddle, room);
     text.replace(QLatin1Char('&'), QLatin1String("&&"));
     for (const char16_t control : {u'\t', u'\r', u'\n'})
         text.replace(QChar(control), QLatin1Char(' '));
@@ -152,7 +155,7 @@ void pfFtp::showPatterns(const QStringList &names)
         entries.append(made);
     }
     for (qsizetype i = 0; i < names.size(); ++i) {
-        entries.at(i)->setText(literal(names.at(i)));
+        entries.at(i)->setText(literal(names.at(i), *m_sync));
         entries.at(i)->setData(names.at(i));
     }
     if (names.isEmpty())

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include <QAction>
 #include <QApplication>
 #include <QClipboard>
 #include <QHeaderView>
@@ -10,7 +11,6 @@
 #include <QLineEdit>
 #include <QLocale>
 #include <QScreen>
-#include <QShortcut>
 #include <QTableView>
 
 #include "db/Database.h"
@@ -105,9 +105,12 @@ sfFlst::~sfFlst() = default;
 void sfFlst::wire()
 {
     connect(m_parts->filter, &QLineEdit::returnPressed, this, [this] { fill({}); });
-    auto *copy = new QShortcut(QKeySequence::Copy, m_parts->grid);
-    copy->setContext(Qt::WidgetShortcut);
-    connect(copy, &QShortcut::activated, this, &sfFlst::copyRows);
+    auto *copy = new QAction(QStringLiteral("ｺﾋﾟｰ(&C)"), m_parts->grid);
+    copy->setShortcut(QKeySequence::Copy);
+    copy->setShortcutContext(Qt::WidgetShortcut);
+    connect(copy, &QAction::triggered, this, &sfFlst::copyRows);
+    m_parts->grid->addAction(copy);
+    m_parts->grid->setContextMenuPolicy(Qt::ActionsContextMenu);
     m_parts->filter->installEventFilter(this);
     connect(m_parts->grid->horizontalHeader(), &QHeaderView::sortIndicatorChanged, m_parts->model,
             [this](int column, Qt::SortOrder order) { m_parts->model->sort(column, order); });
@@ -133,8 +136,7 @@ void sfFlst::fill(const QString &remotePath)
     if (asked.isEmpty())
         return;
     m_parts->path = cut(asked);
-    m_parts->shown->setText(m_parts->path);
-    m_parts->shown->setToolTip(m_parts->path.toHtmlEscaped());
+    showPath();
     const QString table = m_parts->session.connected() ? m_parts->session.currentSite() : QString();
     if (table.isEmpty()) {
         m_parts->model->setFiles({});
@@ -155,6 +157,8 @@ void sfFlst::fill(const QString &remotePath)
     }
     const int shown = static_cast<int>(files.size());
     m_parts->model->setFiles(std::move(files));
+    // Keys go on from the first row.
+    m_parts->grid->setCurrentIndex(m_parts->model->index(0, FileListModel::Directory));
     m_parts->grid->scrollToTop();
     QApplication::restoreOverrideCursor();
     tellCount(shown, all);

@@ -27,6 +27,7 @@ public:
 
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
 
 private:
     struct Parts;
@@ -35,6 +36,7 @@ private:
     void centre();
     /// Fills the list for a path; an empty one is the one last shown.
     void fill(const QString &remotePath);
+    void showPath();
     void tellCount(int shown, int all);
     void copyRows();
 

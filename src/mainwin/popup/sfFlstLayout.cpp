@@ -3,10 +3,13 @@
 #include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
+#include <QProxyStyle>
 #include <QPushButton>
+#include <QStyleOptionHeader>
 #include <QTableView>
 #include <QVBoxLayout>
 
+#include "mainwin/popup/EnterPresses.h"
 #include "mainwin/popup/FileListModel.h"
 #include "mainwin/popup/sfFlstParts.h"
 
@@ -21,6 +24,27 @@ constexpr int directoryWidth = 260;
 constexpr int nameWidth = 260;
 constexpr int sizeWidth = 90;
 constexpr int filterCharacters = 24;
+
+/// The sort arrow points up for ascending in every look, as in the panes.
+class ArrowStyle : public QProxyStyle
+{
+public:
+    explicit ArrowStyle(QObject *parent) { setParent(parent); }
+    void drawPrimitive(PrimitiveElement element, const QStyleOption *option, QPainter *painter,
+                       const QWidget *widget) const override
+    {
+        const auto *heading = qstyleoption_cast<const QStyleOptionHeader *>(option);
+        if (element == PE_IndicatorHeaderArrow && heading != nullptr) {
+            if (heading->sortIndicator == QStyleOptionHeader::None)
+                return;
+            // The header view says SortDown for ascending order.
+            element = heading->sortIndicator == QStyleOptionHeader::SortDown
+                          ? PE_IndicatorArrowUp
+                          : PE_IndicatorArrowDown;
+        }
+        QProxyStyle::drawPrimitive(element, option, painter, widget);
+    }
+};
 
 QLabel *plainLabel(QWidget *parent, const QString &name, const QString &accessibleName)
 {
@@ -47,6 +71,7 @@ void prepareGrid(QTableView &grid, FileListModel &model)
     grid.verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     grid.verticalHeader()->setDefaultSectionSize(grid.fontMetrics().height() + 4);
     QHeaderView *header = grid.horizontalHeader();
+    header->setStyle(new ArrowStyle(header));
     header->setSectionsClickable(true);
     header->setHighlightSections(false);
     header->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
@@ -87,8 +112,7 @@ void sfFlst::build()
     auto *close = new QPushButton(QStringLiteral("閉じる"), this);
     close->setObjectName(QStringLiteral("cmClose"));
     close->setAccessibleName(close->text());
-    // Enter is the filter's.
-    close->setAutoDefault(false);
+    enterPresses(*close); // in the box Enter filters
     connect(close, &QPushButton::clicked, this, &sfFlst::reject);
 
     auto *layout = new QVBoxLayout(this);
@@ -106,6 +130,20 @@ void sfFlst::build()
     setTabOrder(m_parts->filter, m_parts->grid);
     setTabOrder(m_parts->grid, close);
     resize(designedWidth, designedHeight);
+}
+
+void sfFlst::showPath()
+{
+    QLabel &label = *m_parts->shown;
+    label.setText(label.fontMetrics().elidedText(m_parts->path, Qt::ElideMiddle, label.width()));
+    label.setToolTip(m_parts->path.toHtmlEscaped());
+}
+
+void sfFlst::resizeEvent(QResizeEvent *event)
+{
+    QDialog::resizeEvent(event);
+    layout()->activate();
+    showPath();
 }
 
 } // namespace venlo

@@ -5,10 +5,12 @@
 #include <QLabel>
 #include <QListWidget>
 #include <QPushButton>
+#include <QRegularExpression>
 #include <QScreen>
 #include <QTimer>
 #include <QVBoxLayout>
 
+#include "mainwin/popup/EnterPresses.h"
 #include "mainwin/popup/TransferGauge.h"
 
 namespace venlo
@@ -20,6 +22,19 @@ constexpr int mostLines = 50;
 constexpr int drawInterval = 100; // ms
 constexpr int designedWidth = 560;
 constexpr int designedHeight = 340;
+constexpr int longestTitle = 400; // characters
+
+/// A text that a label can wrap however long its words are: a path may be one word, and a label
+/// makes its window as wide as its longest word.
+QString wrappable(const QString &text)
+{
+    static const QRegularExpression longWord(QStringLiteral("(\\S{40})(?=\\S)"));
+    constexpr int half = longestTitle / 2;
+    QString title = text;
+    if (text.size() > longestTitle)
+        title = text.left(half) + QChar(u'…') + text.right(half);
+    return title.replace(longWord, QStringLiteral("\\1\u200b"));
+}
 } // namespace
 
 struct sfMsg::Parts {
@@ -69,7 +84,7 @@ void sfMsg::build()
     m_list->setTextElideMode(Qt::ElideMiddle);
     m_parts->cancel->setObjectName(QStringLiteral("cmCancel"));
     m_parts->cancel->setAccessibleName(QStringLiteral("実行中の処理をｷｬﾝｾﾙ"));
-    m_parts->cancel->setAutoDefault(false);
+    enterPresses(*m_parts->cancel);
     m_parts->drawing->setInterval(drawInterval);
 
     auto *layout = new QVBoxLayout(this);
@@ -111,7 +126,8 @@ void sfMsg::cOff()
 
 void sfMsg::setTitleLine(const QString &text)
 {
-    m_parts->title->setText(text);
+    m_parts->title->setText(wrappable(text));
+    m_parts->title->setToolTip(text.toHtmlEscaped());
 }
 
 void sfMsg::setTotal(qint64 bytes)
