@@ -40,6 +40,7 @@ private Q_SLOTS:
     void readsAgain();
     void saysOnceThatAFolderIsGone();
     void runsMenuCommands();
+    void runsNothingForAMenuDismissed();
     void hasNoMenuWhileAnOperationRuns();
     void namesItsParts();
     void goesRoundByTab();
@@ -164,6 +165,26 @@ void tst_uFileBrowse::runsMenuCommands()
     QCoreApplication::sendEvent(f.treeView().viewport(), &event);
     QCOMPARE(asked, 2);
     QCOMPARE(f.pane->NodePath(), f.sub());
+}
+
+void tst_uFileBrowse::runsNothingForAMenuDismissed()
+{
+    Fixture f;
+    int asked = 0;
+    QObject::connect(f.pane.get(), &uFile::eBfrPut, f.pane.get(),
+                     [&](bool &, QString &) { ++asked; });
+    f.click(QStringLiteral("a.txt"));
+    f.menus.setPickIndex(9); // an upload, as if picked before
+    QMenu &menu = *f.menus.menu(pfFtp::TREE);
+    int shown = 0;
+    QObject::connect(&menu, &QMenu::aboutToShow, &menu, [&] {
+        ++shown;
+        QTimer::singleShot(0, &menu, [&] { QTest::keyClick(&menu, Qt::Key_Escape); });
+    });
+    QTest::keyClick(&f.listView(), Qt::Key_Menu);
+    QCOMPARE(shown, 1);
+    QCOMPARE(f.menus.pickIndex(), -1);
+    QCOMPARE(asked, 0);
 }
 
 void tst_uFileBrowse::hasNoMenuWhileAnOperationRuns()
