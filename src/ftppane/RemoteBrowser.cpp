@@ -172,9 +172,18 @@ bool RemoteBrowser::addChildren(const QPersistentModelIndex &parent, const QStri
 void RemoteBrowser::show(const QModelIndex &node)
 {
     const FlagScope busy(m_busy);
+    m_shown = node;
     m_tree.setCurrentIndex(node);
     m_tree.scrollTo(node);
     fillList(node);
+}
+
+/// Closed, so that nobody looks at the marker; opening it asks again.
+void RemoteBrowser::markUnread(const QModelIndex &node)
+{
+    const FlagScope busy(m_busy);
+    m_nodes.markUnread(node);
+    m_tree.collapse(node);
 }
 
 void RemoteBrowser::selectShown()

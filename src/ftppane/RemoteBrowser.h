@@ -91,6 +91,7 @@ private:
     [[nodiscard]] bool isDoubtful(const QString &dir) const;
     void syncNode(const QModelIndex &node);
     void syncChild(const QModelIndex &child);
+    void markUnread(const QModelIndex &node);
     void removeVanished(const QModelIndex &node, const QStringList &names);
     /// Asks the cache; entries that it could not hold are said once, and what it holds is asked
     /// for.

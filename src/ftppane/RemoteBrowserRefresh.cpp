@@ -109,7 +109,7 @@ void RemoteBrowser::syncNode(const QModelIndex &node)
     if (!at.isValid())
         return;
     if (names.isEmpty() && isDoubtful(dir)) {
-        m_nodes.markUnread(at);
+        markUnread(at);
         return;
     }
     if (m_nodes.isUnread(at)) {
@@ -155,7 +155,7 @@ void RemoteBrowser::syncChild(const QModelIndex &child)
     const bool childless = m_nodes.rowCount(child) == 0;
     if (childless || m_nodes.isUnread(child)) {
         if (childless && (!folders.isEmpty() || isDoubtful(dir)))
-            m_nodes.markUnread(child);
+            markUnread(child);
         else if (!childless && folders.isEmpty() && !files.isEmpty() && !isDoubtful(dir))
             m_nodes.removeChildren(child);
         return;
@@ -166,7 +166,7 @@ void RemoteBrowser::syncChild(const QModelIndex &child)
     }
     m_nodes.removeChildren(child);
     if (!folders.isEmpty() || files.isEmpty())
-        m_nodes.markUnread(child);
+        markUnread(child);
 }
 
 } // namespace venlo

@@ -136,13 +136,17 @@ void uFtp::Parts::connectViews()
 {
     // Behind the click: what it asks for may wait for the server.
     connect(treeView, &PaneView::chosen, this, [this] {
-        if (browser->busy() || choosing)
+        if (choosing)
             return;
+        if (browser->busy()) {
+            chosenMeanwhile();
+            return;
+        }
         choosing = true;
         QMetaObject::invokeMethod(this, &Parts::nodeChosen, Qt::QueuedConnection);
     });
     connect(treeView, &QTreeView::expanded, this, [this](const QModelIndex &index) {
-        if (browser->busy() || !nodes->isUnread(index))
+        if (!nodes->isUnread(index))
             return;
         QMetaObject::invokeMethod(
             this, [this, node = QPersistentModelIndex(index)] { nodeExpanded(node); },
@@ -153,6 +157,9 @@ void uFtp::Parts::connectViews()
     });
     connect(listView, &PaneView::entered, this, &Parts::rowEntered);
     connect(listView, &PaneView::headingClicked, this, &Parts::sortBy);
+    connect(&rooms.gate, &OperationGate::busyChanged, this, [this] {
+        QMetaObject::invokeMethod(this, &Parts::settleChoice, Qt::QueuedConnection);
+    });
     for (PaneView *view : {treeView, listView}) {
         const bool isTree = view == treeView;
         connect(view, &PaneView::menuWanted, this,

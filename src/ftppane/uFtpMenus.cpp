@@ -1,5 +1,6 @@
 // How a person goes about in the FTP pane: clicks, keys and menus.
 #include <algorithm>
+#include <utility>
 
 #include <QAction>
 #include <QLabel>
@@ -24,15 +25,58 @@ void uFtp::Parts::nodeChosen()
     const QModelIndex node = treeView->currentIndex();
     if (browser->busy() || !on || !node.isValid() || nodes->tag(node) != EntryTag::FD)
         return;
-    if (!run([&] { browser->show(node); }))
+    const bool shown = run([&] {
+        const FlagScope now(filling);
+        browser->show(node);
+    });
+    if (!shown)
         browser->selectShown();
+}
+
+/// A person picked a folder while the pane was changing: it is shown behind that, and a listing
+/// that is under way only to be looked at is not waited for.
+void uFtp::Parts::chosenMeanwhile()
+{
+    const QModelIndex node = treeView->currentIndex();
+    if (!on || !node.isValid() || node == browser->shown() || nodes->tag(node) != EntryTag::FD)
+        return;
+    chosenWaits = true;
+    if (filling)
+        rooms.desk.requestCancel();
+}
+
+/// The tree never stands on another folder than the one that commands are about.
+void uFtp::Parts::settleChoice()
+{
+    if (rooms.gate.busy() || browser->busy() || choosing || treeView->editingName())
+        return;
+    const bool waits = std::exchange(chosenWaits, false);
+    if (!on || !browser->shown().isValid() || treeView->currentIndex() == browser->shown())
+        return;
+    if (waits)
+        nodeChosen();
+    else
+        browser->selectShown();
+}
+
+/// What was opened while it could not be read closes again.
+void uFtp::Parts::closeUnread(const QModelIndex &node)
+{
+    if (!node.isValid() || !nodes->isUnread(node))
+        return;
+    const FlagScope busy(browser->busy());
+    treeView->collapse(node);
 }
 
 void uFtp::Parts::nodeExpanded(const QModelIndex &node)
 {
     const QPersistentModelIndex at(node);
-    if (!on || browser->busy() || !at.isValid() || !nodes->isUnread(at))
+    if (!on || !at.isValid() || !nodes->isUnread(at))
         return;
+    if (browser->busy()) {
+        closeUnread(at);
+        return;
+    }
     bool read = false;
     run([&] { read = browser->readNode(at); });
     if (!at.isValid())
@@ -46,7 +90,10 @@ void uFtp::Parts::rowEntered(const QModelIndex &index)
     if (!on || list->row(index.row()).tag != EntryTag::FD)
         return;
     const QString name = list->text(index.row(), RemoteColumn::Name);
-    run([&] { browser->enter(name); });
+    run([&] {
+        const FlagScope now(filling);
+        browser->enter(name);
+    });
 }
 
 void uFtp::Parts::keyWanted(PaneKey key, bool forTree)
@@ -64,7 +111,10 @@ void uFtp::Parts::keyWanted(PaneKey key, bool forTree)
         reload();
         return;
     case PaneKey::Parent:
-        run([this] { browser->toParent(); });
+        run([this] {
+            const FlagScope now(filling);
+            browser->toParent();
+        });
         return;
     case PaneKey::Copy:
         copy(forTree);
@@ -132,7 +182,7 @@ void uFtp::Parts::popUpMenu(const QPoint &at, bool forTree)
     rooms.menus.bItem(forTree ? browser->shown().isValid() : !chosen.isEmpty());
     for (const int index : {0, 1}) {
         QAction *open = rooms.menus.entry(pfFtp::FTP, index);
-        open->setEnabled(open->isEnabled() && file);
+        open->setEnabled(open->isEnabled() && file && !forTree);
     }
     rooms.menus.setPickIndex(-1);
     rooms.menus.popUp(pfFtp::FTP, at);

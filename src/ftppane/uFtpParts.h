@@ -71,6 +71,9 @@ struct uFtp::Parts final : public QObject, public DragPartner {
 
     // Going about
     void nodeChosen();
+    void chosenMeanwhile();
+    void settleChoice();
+    void closeUnread(const QModelIndex &node);
     void nodeExpanded(const QModelIndex &node);
     void rowEntered(const QModelIndex &index);
     void keyWanted(PaneKey key, bool forTree);
@@ -143,10 +146,12 @@ struct uFtp::Parts final : public QObject, public DragPartner {
     bool on = false;       ///< the connected flag
     int treeHeight = -1;   ///< not placed yet; -1: the default
     bool placed = false;
-    bool settled = false; ///< someone has gone about since the pane was built
-    bool ranOut = false;  ///< keysRanOut was raised
-    bool tells = false;   ///< a refusal is being said here
-    bool choosing = false;
+    bool settled = false;     ///< someone has gone about since the pane was built
+    bool ranOut = false;      ///< keysRanOut was raised
+    bool tells = false;       ///< a refusal is being said here
+    bool choosing = false;    ///< nodeChosen is on its way
+    bool filling = false;     ///< the operation that runs only shows a folder
+    bool chosenWaits = false; ///< a folder was picked while the pane was changing
 };
 
 } // namespace venlo

@@ -46,6 +46,7 @@ private Q_SLOTS:
     void nothingSelected();
     void filesAndFoldersInTheMenu();
     void menuActions_data();
+    void rootInTheMenuOpensNothing();
     void menuActions();
     void menuDismissed();
     void elseMenuUnconnected();
@@ -309,6 +310,18 @@ void tst_uFtpChanges::menuActions_data()
     QTest::newRow("open") << 0 << false;
     QTest::newRow("open text") << 1 << true;
     QTest::newRow("synchronise") << 4 << false;
+}
+
+void tst_uFtpChanges::rootInTheMenuOpensNothing()
+{
+    // The root stands for the files in it too, but a selected one is another menu's matter.
+    m->click(QStringLiteral("news.txt"));
+    m->pickForNode({}, -1);
+    for (const int index : {0, 1})
+        QVERIFY(!m->menus.entry(pfFtp::FTP, index)->isEnabled());
+    m->pickForRow(QStringLiteral("news.txt"), -1);
+    for (const int index : {0, 1})
+        QVERIFY(m->menus.entry(pfFtp::FTP, index)->isEnabled());
 }
 
 void tst_uFtpChanges::menuActions()

@@ -1,5 +1,8 @@
 #include "ftppane/FtpPaneFixture.h"
 
+#include <atomic>
+
+#include <QElapsedTimer>
 #include <QSignalSpy>
 
 #include "db/Recordset.h"
@@ -29,6 +32,10 @@ private Q_SLOTS:
     void brokenOffListing();
     void cancelledExpand();
     void cancelledRefresh();
+    void newerChoiceEndsAListing();
+    void choiceDuringARefresh();
+    void openedDuringARefresh();
+    void staleMarkerIsClosed();
     void lostInTheMiddleOfAnExpand();
     void lostWhileRenaming();
     void hostFindsTheSessionGone();
@@ -44,7 +51,11 @@ private Q_SLOTS:
     void manyRows();
 
 private:
+    /// Does something once, inside the wait for an answer to CWD with that directory.
+    void whileAsked(const QByteArray &dir, int delay, const std::function<void()> &act);
+
     std::unique_ptr<FtpPaneFixture> m;
+    std::atomic<bool> m_asked{false};
 };
 
 void tst_uFtpFaults::failedListingIsUnread()
@@ -122,6 +133,91 @@ void tst_uFtpFaults::cancelledRefresh()
     QCOMPARE(m->names(), words("docs,img,index.html,news.txt"));
     QVERIFY(m->pane->cOn());
     QCOMPARE(m->person.openWaits(), 0);
+}
+
+void tst_uFtpFaults::whileAsked(const QByteArray &dir, int delay, const std::function<void()> &act)
+{
+    m_asked = false;
+    m->server.on("CWD", dir).call([this] { m_asked = true; }).delay(delay);
+    auto *looks = new QTimer(&m->gate);
+    connect(looks, &QTimer::timeout, looks, [this, act] {
+        if (m_asked.exchange(false))
+            act();
+    });
+    looks->start(10);
+    // As the windows' front end does.
+    connect(&m->gate, &OperationGate::busyChanged, &m->gate, [this](bool busy) {
+        if (busy)
+            m->person.resetCancel();
+    });
+}
+
+void tst_uFtpFaults::newerChoiceEndsAListing()
+{
+    m->server.on("CWD", "/img").reply(550, "keep out");
+    QVERIFY(m->open());
+    m->server.script().clear();
+    whileAsked("/img", 8000, [this] { m->clickNode(QStringLiteral("docs")); });
+    QElapsedTimer took;
+    took.start();
+    m->clickNode(QStringLiteral("img"));
+    QTRY_COMPARE(m->pane->remotePath(), QStringLiteral("/docs"));
+    QTRY_VERIFY(!m->gate.busy());
+    QVERIFY2(took.elapsed() < 4000, qPrintable(QString::number(took.elapsed())));
+    QCOMPARE(m->treeView().currentIndex(), m->node(QStringLiteral("docs")));
+    QCOMPARE(m->names(), words("deep,a.txt"));
+    QVERIFY(m->pane->cOn());
+}
+
+void tst_uFtpFaults::choiceDuringARefresh()
+{
+    QVERIFY(m->open());
+    bool acted = false;
+    whileAsked("/img", 400, [&] {
+        acted = true;
+        m->clickNode(QStringLiteral("docs"));
+    });
+    QTest::keyClick(&m->listView(), Qt::Key_F5);
+    QTRY_VERIFY(acted && !m->gate.busy());
+    // A refresh is not given up for a click, and the tree stands on the folder that is shown.
+    QTRY_COMPARE(m->treeView().currentIndex(), m->tree().root());
+    QCOMPARE(m->pane->remotePath(), QStringLiteral("/"));
+    QVERIFY(m->childrenOf(QStringLiteral("img")).isEmpty());
+}
+
+void tst_uFtpFaults::openedDuringARefresh()
+{
+    for (int i = 0; i < 3; ++i)
+        m->server.put(QByteArray("/many/sub") + QByteArray::number(i) + "/inside/f", "f");
+    QVERIFY(m->open());
+    bool acted = false;
+    whileAsked("/many/sub1", 400, [&] {
+        acted = true;
+        m->clickArrow(QStringLiteral("docs"));
+    });
+    m->clickArrow(QStringLiteral("many"));
+    QTRY_COMPARE(m->childrenOf(QStringLiteral("many")).size(), 3);
+    QTRY_VERIFY(!m->gate.busy());
+    QVERIFY(acted);
+    // Nobody sees the marker of a folder that was not read.
+    QTRY_VERIFY(!m->treeView().isExpanded(m->node(QStringLiteral("docs"))));
+    m->clickArrow(QStringLiteral("docs"));
+    QTRY_COMPARE(m->childrenOf(QStringLiteral("docs")), words("deep"));
+}
+
+void tst_uFtpFaults::staleMarkerIsClosed()
+{
+    QVERIFY(m->open());
+    m->clickArrow(QStringLiteral("docs"));
+    QTRY_COMPARE(m->childrenOf(QStringLiteral("docs")), words("deep"));
+    m->clickNode(QStringLiteral("docs"));
+    QTRY_COMPARE(m->pane->remotePath(), QStringLiteral("/docs"));
+    m->server.on("CWD", "/docs").reply(550, "keep out");
+    QTest::keyClick(&m->treeView(), Qt::Key_F5);
+    QTRY_VERIFY(!m->gate.busy());
+    // What is known of the folder or the marker, but the marker is never to be seen.
+    if (m->childrenOf(QStringLiteral("docs")) == words("?"))
+        QVERIFY(!m->treeView().isExpanded(m->node(QStringLiteral("docs"))));
 }
 
 void tst_uFtpFaults::lostInTheMiddleOfAnExpand()
