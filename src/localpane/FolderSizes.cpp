@@ -93,6 +93,9 @@ bool FolderSizes::step()
         m_entries.pop_back();
         add(item, error);
     }
+    // Temporary files come and go while a folder is measured.
+    if (error == std::errc::no_such_file_or_directory)
+        error.clear();
     if (!error && m_bytes <= largest)
         return true;
     m_bytes = 0;

@@ -12,8 +12,8 @@ namespace venlo
 {
 
 /// Adds up what lies below folders, a few milliseconds at a time between other events. Links are
-/// not followed. A folder that cannot be read whole, or that holds more than 2^31-1 bytes, counts
-/// as 0.
+/// not followed, and what vanishes meanwhile is left out. A folder that cannot be read whole, or
+/// that holds more than 2^31-1 bytes, counts as 0.
 class FolderSizes : public QObject
 {
     Q_OBJECT

@@ -11,7 +11,8 @@ QString IconList::trIcnToPic(const QString &path)
     const QString number = QString::number(found.number);
     const QString key = QStringLiteral("ICON:") + number;
     const QChar dot = QLatin1Char('.');
-    if (!m_loaded.contains(dot + number + dot)) {
+    // What the system could not draw this time it may draw the next.
+    if (!found.icon.isNull() && !m_loaded.contains(dot + number + dot)) {
         m_images.insert(key, found.icon);
         m_loaded += number + dot;
     }

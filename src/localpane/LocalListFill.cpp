@@ -45,6 +45,7 @@ void LocalListFill::FillList(const QString &folder)
     if (!again) {
         // While events run the rows must be those of the folder that is selected.
         m_kept = Kept();
+        m_toldOdd.clear();
         empty();
         m_folder = folder;
     }
@@ -156,13 +157,21 @@ void LocalListFill::restore()
     m_unrestored = false;
     QItemSelection selection;
     QModelIndex current;
+    int first = -1; // of the selected rows that lie together: thousands of ranges would be slow
     for (int row = 0; row < m_rows.count(); ++row) {
         const QString key = m_rows.row(row).texts.value(SortKey);
-        const QModelIndex index = m_rows.index(row, 0);
-        if (kept.selected.contains(key))
-            selection.select(index, m_rows.index(row, Columns - 1));
         if (!kept.current.isEmpty() && key == kept.current)
-            current = index;
+            current = m_rows.index(row, 0);
+        if (!kept.selected.contains(key)) {
+            first = -1;
+            continue;
+        }
+        if (first < 0)
+            first = row;
+        const bool isLast = row + 1 == m_rows.count() ||
+                            !kept.selected.contains(m_rows.row(row + 1).texts.value(SortKey));
+        if (isLast)
+            selection.select(m_rows.index(first, 0), m_rows.index(row, Columns - 1));
     }
     if (current.isValid())
         m_view.selectionModel()->setCurrentIndex(current, QItemSelectionModel::NoUpdate);

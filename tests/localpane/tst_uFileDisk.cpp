@@ -64,6 +64,7 @@ private Q_SLOTS:
     void dropsWhatItMeasures();
     void restsAndBeginsAnew();
     void keepsNoFolderOpen();
+    void leavesOutWhatVanishesMeanwhile();
     void endsReadingWhenNobodyWantsIt();
     void countsWhatAnUploadWouldSend();
     void takesNoFutureDateForAFreshOne();
@@ -361,6 +362,26 @@ void tst_uFileDisk::keepsNoFolderOpen()
     QCOMPARE(open, QStringList());
     QCOMPARE(told.size(), 10);
     QCOMPARE(told.at(9).at(1).toLongLong(), 3000);
+}
+
+void tst_uFileDisk::leavesOutWhatVanishesMeanwhile()
+{
+    const QString folder = at(QStringLiteral("temporary"));
+    QVERIFY(QDir().mkpath(folder));
+    for (int i = 0; i < 20'000; ++i) {
+        QFile file(folder + QStringLiteral("/%1").arg(i));
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.putChar('x'));
+    }
+    FolderSizes sizes;
+    QSignalSpy told(&sizes, &FolderSizes::measured);
+    sizes.start({{QStringLiteral("L000"), folder}});
+    QCoreApplication::processEvents();
+    QCoreApplication::processEvents();
+    QVERIFY(sizes.running());
+    QVERIFY(QDir(folder).removeRecursively());
+    QTRY_COMPARE(told.size(), 1);
+    const qint64 bytes = told.at(0).at(1).toLongLong();
+    QVERIFY2(bytes > 0 && bytes < 20'000, qPrintable(QString::number(bytes)));
 }
 
 void tst_uFileDisk::endsReadingWhenNobodyWantsIt()

@@ -51,6 +51,7 @@ private Q_SLOTS:
     void updatesInPlace();
     void updatesInTheMiddleOfAFill();
     void keepsTheSelectionOfAFillThatIsEnded();
+    void keepsWhatIsSelectedInOnePiece();
     void tellsNamesApartThatLookTheSame();
     void takesOutWhatTheFilterNoLongerPasses();
     void putsARefreshOffWhileANameIsEdited();
@@ -307,6 +308,21 @@ void tst_uFileWatch::keepsTheSelectionOfAFillThatIsEnded()
     QVERIFY(f.listView().updatesEnabled());
 }
 
+void tst_uFileWatch::keepsWhatIsSelectedInOnePiece()
+{
+    Fixture f;
+    QVERIFY(makeTree(f.here(), {{"b", "1"}, {"c", "1"}, {"d", "1"}}));
+    f.pane->ReFresh();
+    f.listView().setFocus();
+    QTest::keyClick(&f.listView(), Qt::Key_A, Qt::ControlModifier);
+    f.click(QStringLiteral("b"), Qt::ControlModifier);
+    f.pane->ReFresh();
+    const QItemSelection selection = f.listView().selectionModel()->selection();
+    QCOMPARE(f.listView().selectionModel()->selectedRows().size(), 4);
+    QVERIFY(!f.listView().selectionModel()->isRowSelected(f.rowOf(QStringLiteral("b")), {}));
+    QCOMPARE(selection.size(), 2);
+}
+
 void tst_uFileWatch::tellsNamesApartThatLookTheSame()
 {
     const Fixture f;
@@ -322,6 +338,9 @@ void tst_uFileWatch::tellsNamesApartThatLookTheSame()
     fill.UpdateList();
     QCOMPARE(rows.count(), 4);
     QCOMPARE(person.statusLines().size(), 1);
+    fill.FillList(f.sub());
+    fill.FillList(f.here());
+    QCOMPARE(person.statusLines().size(), 2);
 }
 
 void tst_uFileWatch::takesOutWhatTheFilterNoLongerPasses()
