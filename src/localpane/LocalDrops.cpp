@@ -82,6 +82,10 @@ Qt::DropAction LocalDrops::actionFor(const QDropEvent &event, const QString &tar
 {
     if (target.isEmpty() || m.gate.busy() || event.mimeData() == nullptr)
         return Qt::IgnoreAction;
+    // A folder whose name is still being typed is on no disk; bringing the tree up to date would
+    // take it from under the person's hands.
+    if (!m.selection.selectedNode().isValid())
+        return Qt::IgnoreAction;
     if (hasRemoteEntries(*event.mimeData()))
         return remoteEntries(*event.mimeData(), m.session.currentSite()) ? Qt::CopyAction
                                                                          : Qt::IgnoreAction;

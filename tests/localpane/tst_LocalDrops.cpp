@@ -27,6 +27,8 @@ private Q_SLOTS:
     void carriesTheSelection();
     void backWhereItCameFrom();
     void movedAwayByAnother();
+    void whileANameIsEdited_data();
+    void whileANameIsEdited();
     void onTheRoots_data();
     void onTheRoots();
 };
@@ -281,6 +283,36 @@ void tst_LocalDrops::movedAwayByAnother()
     QVERIFY(!f.node(QStringLiteral("d")).isValid());
     QVERIFY(f.has(QStringLiteral("a.txt"))); // nothing is deleted on a target's word
     QVERIFY(f.person.verify());
+}
+
+void tst_LocalDrops::whileANameIsEdited_data()
+{
+    QTest::addColumn<bool>("inTree");
+    QTest::newRow("tree") << true;
+    QTest::newRow("list") << false;
+}
+
+void tst_LocalDrops::whileANameIsEdited()
+{
+    QFETCH(const bool, inTree);
+    CommandsFixture f;
+    f.show({{"d/", ""}});
+    QTemporaryDir outside;
+    QVERIFY(test::makeTree(outside.path(), {{"a.txt", "a"}}));
+    f.menu(15, inTree);
+    QVERIFY(f.editor() != nullptr);
+    const auto data = CommandsFixture::files({outside.filePath(QStringLiteral("a.txt"))});
+    // A new folder that stands in the tree is where the drop would go, and is not there yet.
+    QCOMPARE(f.drop(f.lsView, {}, *data), inTree ? Qt::IgnoreAction : Qt::CopyAction);
+    QCOMPARE(f.drop(f.trView, f.node(QStringLiteral("d")), *data),
+             inTree ? Qt::IgnoreAction : Qt::CopyAction);
+    QCOMPARE(f.has(QStringLiteral("a.txt")), !inTree);
+    QCOMPARE(f.has(QStringLiteral("d/a.txt")), !inTree);
+    // The person goes on typing where they were.
+    f.type(QStringLiteral("資料"));
+    QTRY_VERIFY(f.editor() == nullptr);
+    QVERIFY(f.has(QStringLiteral("資料")));
+    QVERIFY(f.node(QStringLiteral("資料")).isValid());
 }
 
 void tst_LocalDrops::onTheRoots_data()
