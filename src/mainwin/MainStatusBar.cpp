@@ -34,6 +34,8 @@ MainStatusBar::MainStatusBar(WindowDesk &desk, OperationGate &gate, QWidget *par
     m_cancel->setObjectName(QStringLiteral("stCancel"));
     m_cancel->setAccessibleName(QStringLiteral("実行中の処理をｷｬﾝｾﾙ"));
     m_cancel->setToolTip(QStringLiteral("実行中の処理を中止します"));
+    // A click leaves the focus where it is: the button goes with the operation.
+    m_cancel->setFocusPolicy(Qt::TabFocus);
     addWidget(m_label, 1);
     addPermanentWidget(m_bar);
     addPermanentWidget(m_cancel);
