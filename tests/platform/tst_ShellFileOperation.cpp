@@ -504,8 +504,7 @@ void tst_ShellFileOperation::copyOfALongName_data()
     QTest::addColumn<QString>("name");
     QTest::newRow("file") << QString(250 / 3, QChar(0x3042)) + QStringLiteral(".html");
     QTest::newRow("no extension") << QString(255 / 3, QChar(0x3042));
-    QTest::newRow("nothing but extension")
-        << QStringLiteral("a.") + QString(253, QLatin1Char('x'));
+    QTest::newRow("nothing but extension") << QStringLiteral("a.") + QString(253, QLatin1Char('x'));
 }
 
 void tst_ShellFileOperation::copyOfALongName()
