@@ -1,4 +1,5 @@
 // The client under TLS on servers and lines that do it wrong.
+#include "ftp/TinyTlsServer.h"
 #include "ftp/TlsFixture.h"
 #include "ftp/protocol/DataChannel.h"
 #include "support/ConnectProxy.h"
@@ -21,6 +22,7 @@ using venlo::test::DaemonOptions;
 using venlo::test::DaemonTls;
 using venlo::test::FtpDaemon;
 using venlo::test::ScriptedServer;
+using venlo::test::TinyTlsServer;
 using venlo::test::TlsFixture;
 
 namespace
@@ -81,9 +83,15 @@ private Q_SLOTS:
     void repliesBeforeTheHandshake();
     void silentHandshakeEnds();
     void tlsIsNotGivenUpOnceUsed();
+    void protectionRefused_data();
+    void protectionRefused();
+    void protectionAfterTheLogin();
+    void sessionsThatResumeUnder12Only_data();
+    void sessionsThatResumeUnder12Only();
 
 private:
     static void daemons();
+    [[nodiscard]] QSslConfiguration serverConfiguration(Certificates::Kind kind) const;
     static void breakTls(ScriptedServer &server, const QString &fault);
     [[nodiscard]] DaemonOptions options(DaemonTls tls) const;
 
@@ -191,6 +199,17 @@ void tst_TlsFaults::wholeThroughAProxy()
     QCOMPARE(proxy.asked().size(), 4);
 }
 
+QSslConfiguration tst_TlsFaults::serverConfiguration(Certificates::Kind kind) const
+{
+    QFile pem(m_certificates.file(kind));
+    QSslConfiguration configuration = QSslConfiguration::defaultConfiguration();
+    if (pem.open(QIODevice::ReadOnly))
+        configuration.setPrivateKey(QSslKey(&pem, QSsl::Rsa));
+    configuration.setLocalCertificate(m_certificates.certificate(kind));
+    configuration.setPeerVerifyMode(QSslSocket::VerifyNone);
+    return configuration;
+}
+
 void tst_TlsFaults::dataTowardsAnotherServer_data()
 {
     QTest::addColumn<Certificates::Kind>("shown");
@@ -205,13 +224,7 @@ void tst_TlsFaults::dataTowardsAnotherServer()
     QFETCH(Certificates::Kind, shown);
     QFETCH(bool, connected);
     QSslServer server;
-    QFile pem(m_certificates.file(shown));
-    QVERIFY(pem.open(QIODevice::ReadOnly));
-    QSslConfiguration configuration = QSslConfiguration::defaultConfiguration();
-    configuration.setPrivateKey(QSslKey(&pem, QSsl::Rsa));
-    configuration.setLocalCertificate(m_certificates.certificate(shown));
-    configuration.setPeerVerifyMode(QSslSocket::VerifyNone);
-    server.setSslConfiguration(configuration);
+    server.setSslConfiguration(serverConfiguration(shown));
     QVERIFY(server.listen(QHostAddress::LocalHost));
     QSslConfiguration session = QSslConfiguration::defaultConfiguration();
     session.setPeerVerifyMode(QSslSocket::QueryPeer);
@@ -366,6 +379,89 @@ void tst_TlsFaults::tlsIsNotGivenUpOnceUsed()
     QVERIFY(!again);
     QCOMPARE(again.error().kind, ErrorClass::Refused);
     QCOMPARE(first->trace.filter(QStringLiteral("> USER")).size(), 1);
+}
+
+void tst_TlsFaults::protectionRefused_data()
+{
+    QTest::addColumn<QByteArray>("reply");
+    QTest::newRow("534") << QByteArray("534 not here");
+    QTest::newRow("not before and not after the login") << QByteArray("530 log in first");
+}
+
+void tst_TlsFaults::protectionRefused()
+{
+    QFETCH(QByteArray, reply);
+    TinyTlsServer server(serverConfiguration(Certificates::Kind::Signed));
+    server.on("PROT", [reply](auto) { return reply; });
+    QVERIFY(server.start());
+    PlainFixture f;
+    const auto open = [&](const QString &prefix) {
+        return f.client.open(
+            {prefix + server.server(), QStringLiteral("user"), QStringLiteral("pass"), {}});
+    };
+    QVERIFY(open({}));
+    QCOMPARE(f.client.security(), QString()); // no lock where the files travel without TLS
+    const auto listing = f.client.list();
+    QVERIFY(listing && listing.value().whole);
+    QVERIFY(f.trace.contains(QStringLiteral("! data connections stay without TLS")));
+    QVERIFY(!open(QStringLiteral("ftps:")));
+}
+
+void tst_TlsFaults::protectionAfterTheLogin()
+{
+    TinyTlsServer server(serverConfiguration(Certificates::Kind::Signed));
+    server.on("PROT", [&server](auto) {
+        return server.verbs().contains("PASS") ? QByteArray("200 fine")
+                                               : QByteArray("530 log in first");
+    });
+    QVERIFY(server.start());
+    PlainFixture f;
+    QVERIFY(f.client.open({QStringLiteral("ftps:") + server.server(),
+                           QStringLiteral("user"),
+                           QStringLiteral("pass"),
+                           {}}));
+    QVERIFY(!f.client.security().isEmpty());
+    const auto listing = f.client.list();
+    QVERIFY2(listing, qPrintable(f.trace.join(QLatin1Char('\n'))));
+    QVERIFY(listing.value().whole);
+    QCOMPARE(listing.value().entries.size(), 1U);
+}
+
+void tst_TlsFaults::sessionsThatResumeUnder12Only_data()
+{
+    QTest::addColumn<QByteArray>("refusal");
+    QTest::newRow("522") << QByteArray("522 session reuse required");
+    QTest::newRow("425") << QByteArray("425 cannot build the data connection");
+}
+
+void tst_TlsFaults::sessionsThatResumeUnder12Only()
+{
+    QFETCH(QByteArray, refusal);
+    TinyTlsServer server(serverConfiguration(Certificates::Kind::Signed));
+    server.on("LIST", [refusal](QSsl::SslProtocol version) {
+        return version == QSsl::TlsV1_3 ? refusal : QByteArray("150 here it comes");
+    });
+    QVERIFY(server.start());
+    PlainFixture f;
+    const auto open = [&] {
+        return f.client.open({server.server(), QStringLiteral("user"), QStringLiteral("pass"), {}});
+    };
+    QVERIFY(open());
+    QCOMPARE(f.client.security(), QStringLiteral("TLSv1.3"));
+    const auto refused = f.client.list();
+    QVERIFY(!refused);
+    QCOMPARE(refused.error().kind, ErrorClass::Lost); // whoever asked connects again
+    QVERIFY(refused.error().words.contains(QStringLiteral("next with TLS 1.2")));
+    QVERIFY(open());
+    QCOMPARE(f.client.security(), QStringLiteral("TLSv1.2"));
+    const auto listing = f.client.list();
+    QVERIFY2(listing, qPrintable(f.trace.join(QLatin1Char('\n'))));
+    QVERIFY(listing.value().whole);
+    // Only once: a refusal under TLS 1.2 is a refusal.
+    server.on("LIST", [refusal](auto) { return refusal; });
+    const auto again = f.client.list();
+    QVERIFY(!again);
+    QVERIFY(again.error().kind != ErrorClass::Lost);
 }
 
 QTEST_GUILESS_MAIN(tst_TlsFaults)

@@ -65,13 +65,13 @@ Result<void> ControlChannel::connectTo(const QString &host, quint16 port,
     return Error{ErrorClass::Lost, words};
 }
 
-Result<ServerCertificate> ControlChannel::startTls(std::chrono::milliseconds limit)
+Result<ServerCertificate> ControlChannel::startTls(std::chrono::milliseconds limit, TlsRange range)
 {
     pump();
     if (m_next || m_parser.broken() || m_parser.pending())
         return lost(QStringLiteral("the server sent something before the TLS handshake"));
     QSslConfiguration configuration = QSslConfiguration::defaultConfiguration();
-    configuration.setProtocol(QSsl::TlsV1_2OrLater);
+    configuration.setProtocol(range == TlsRange::Only12 ? QSsl::TlsV1_2 : QSsl::TlsV1_2OrLater);
     configuration.setPeerVerifyMode(QSslSocket::QueryPeer);
     // Data connections resume this session; without persistence it could not be handed to them.
     configuration.setSslOption(QSsl::SslOptionDisableSessionPersistence, false);

@@ -35,7 +35,9 @@ public:
     /// The TLS handshake (RFC 4217, 4), TLS 1.2 or newer. It succeeds with any certificate: nothing
     /// secret may be sent before somebody has judged it. Bytes that came before it are refused,
     /// because whoever sat on the line could have put replies there.
-    [[nodiscard]] Result<ServerCertificate> startTls(std::chrono::milliseconds limit);
+    enum class TlsRange { From12, Only12 };
+    [[nodiscard]] Result<ServerCertificate> startTls(std::chrono::milliseconds limit,
+                                                     TlsRange range);
     [[nodiscard]] bool encrypted() const { return m_socket->isEncrypted(); }
     /// "TLSv1.3", empty on a plain connection.
     [[nodiscard]] QString tlsVersion() const;

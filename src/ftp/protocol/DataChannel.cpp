@@ -13,7 +13,7 @@ constexpr qint64 sendAhead = 1024LL * 1024;
 // What the system may hold back: its own buffer can take megabytes, and a slow line would then
 // need longer for them than the wait for the completion reply lasts.
 constexpr int sendBuffer = 256 * 1024;
-constexpr int ticketLimit = 1000; // milliseconds; a round trip is what it should take
+constexpr int ticketLimit = 500; // milliseconds; a round trip is what it should take
 
 /// Accepts sockets that can speak TLS.
 class TlsListener final : public QTcpServer

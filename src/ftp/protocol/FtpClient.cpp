@@ -231,6 +231,9 @@ Result<void> FtpClient::changeDirectory(const QByteArray &dir)
 {
     if (m->control.isOpen() && !m->directory.isEmpty() && m->directory == dir)
         return {};
+    // Until the server has confirmed it, where it stands is unknown: a command with a relative name
+    // must not go by what was true before.
+    m->directory.clear();
     const auto reply = m->expectCompletion("CWD " + dir);
     if (!reply)
         return reply.error();
@@ -331,6 +334,11 @@ bool FtpClient::canSetTime() const
 bool FtpClient::listsByMlsd() const
 {
     return !m->mlsdRefused && (m->features.contains("MLSD") || m->features.contains("MLST"));
+}
+
+bool FtpClient::hasSize() const
+{
+    return m->features.contains("SIZE");
 }
 
 bool FtpClient::hasMdtm() const

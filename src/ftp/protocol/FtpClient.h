@@ -91,6 +91,7 @@ public:
     [[nodiscard]] Result<void> setModificationTime(const QByteArray &name, const QDateTime &utc);
     [[nodiscard]] bool canSetTime() const;
     [[nodiscard]] bool listsByMlsd() const;
+    [[nodiscard]] bool hasSize() const;
     [[nodiscard]] bool hasMdtm() const;
     /// Active mode was asked for and cannot work here; this connection uses passive mode instead.
     [[nodiscard]] bool activeUnusable() const;

@@ -40,6 +40,9 @@ struct FtpClient::State {
     enum class Protection { Agreed, AfterLogin, Refused };
     /// PBSZ and PROT (RFC 4217, 8 and 9).
     [[nodiscard]] Result<Protection> protectData();
+    /// The first data connection was refused under TLS 1.3, most likely because its session was
+    /// not resumed the way the server wants it: the next login stays with TLS 1.2.
+    [[nodiscard]] bool resumesOnly12(const Transfer &transfer);
     [[nodiscard]] Result<void> settleProtection(TlsUse use, Protection agreed);
     [[nodiscard]] Result<void> learnFeatures();
     [[nodiscard]] Result<Reply> expectCompletion(const QByteArray &command);
@@ -100,6 +103,8 @@ struct FtpClient::State {
     bool protectsData = false; ///< PROT P holds
     QSslCertificate certificate;
     bool ticketsCome = true; ///< see DataProtection
+    bool dataWorked = false; ///< a protected data connection has done its work
+    bool only12 = false;     ///< TLS 1.3 sessions could not be resumed
     bool passive = true;
     bool useEpsv = true;
     bool mlsdRefused = false;

@@ -9,6 +9,8 @@ namespace
 constexpr int authAccepted = 234;
 constexpr int badSequence = 503;
 constexpr int notLoggedIn = 530;
+constexpr int cannotOpenData = 425;
+constexpr int unsuitableTls = 522; ///< RFC 4217, 10.2
 } // namespace
 
 Result<void> FtpClient::State::askForTls(TlsUse use, const CertificateTest &accepts)
@@ -30,7 +32,8 @@ Result<void> FtpClient::State::askForTls(TlsUse use, const CertificateTest &acce
 
 Result<void> FtpClient::State::secure(const CertificateTest &accepts)
 {
-    const auto shown = control.startTls(limits.connect);
+    const auto shown = control.startTls(limits.connect, only12 ? ControlChannel::TlsRange::Only12
+                                                               : ControlChannel::TlsRange::From12);
     if (!shown) {
         // A wait that was over says nothing about what the server can do.
         tlsBroke = shown.error().kind == ErrorClass::Lost && control.endedByPeer();
@@ -71,6 +74,15 @@ Result<void> FtpClient::State::settleProtection(TlsUse use, Protection agreed)
         control.trace(QStringLiteral("! data connections stay without TLS"));
     tlsUsed = tlsUsed || protectsData;
     return {};
+}
+
+bool FtpClient::State::resumesOnly12(const Transfer &transfer)
+{
+    if (!protectsData || only12 || dataWorked || control.tlsVersion() != QLatin1String("TLSv1.3"))
+        return false;
+    const int code = transfer.final_ ? transfer.final_->code : 0;
+    only12 = code == unsuitableTls || code == cannotOpenData;
+    return only12;
 }
 
 QString FtpClient::security() const

@@ -37,11 +37,14 @@ public:
         return m_rest.size() <= maxLine && m_lines <= m_limits.maxEntries &&
                m_bytes <= m_limits.maxListingBytes;
     }
-    void finish()
+    /// False when the last line has no end: it was cut, and so may be the name in it.
+    bool finish()
     {
-        if (!m_rest.isEmpty())
+        const bool cut = !m_rest.isEmpty();
+        if (cut)
             line(m_rest);
         m_rest.clear();
+        return !cut;
     }
     [[nodiscard]] int lines() const { return m_lines; }
 
@@ -82,8 +85,8 @@ Result<Listing> FtpClient::State::listBy(bool mlsd)
             return Step::Stop;
         return transfer.data.atEnd() ? Step::Done : Step::More;
     });
-    if (ended)
-        feeder.finish(); // a last line without its line end counts only when nothing broke
+    // A last line without its line end counts only when nothing broke.
+    const bool lastLineWhole = !ended || feeder.finish();
     Listing listing = parser.take();
     listing.fromMlsd = mlsd;
     if (!ended && (listing.entries.empty() || ended.error().kind == ErrorClass::Cancelled))
@@ -91,6 +94,9 @@ Result<Listing> FtpClient::State::listBy(bool mlsd)
     if (!ended || !transfer.opened) {
         listing.whole = false;
         listing.why = ended ? QStringLiteral("no opening reply") : ended.error().words;
+    } else if (!lastLineWhole) {
+        listing.whole = false;
+        listing.why = QStringLiteral("the last line has no end");
     } else if (saysListingIsNotWhole(transfer.final_->text())) {
         listing.whole = false;
         listing.why = control.withoutSecret(transfer.final_->text());

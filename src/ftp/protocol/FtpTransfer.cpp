@@ -187,8 +187,12 @@ Result<void> FtpClient::State::afterData(Transfer &transfer, WaitEnd end, Step l
         transfer.data.abort();
         if (!passive && transfer.final_->code == cannotOpenData)
             giveUpActiveMode(transfer);
+        if (resumesOnly12(transfer))
+            return control.lost(QStringLiteral("data refused under TLS 1.3, next with TLS 1.2: ") +
+                                transfer.final_->text());
         return errorOf(*transfer.final_);
     }
+    dataWorked = dataWorked || last == Step::Done;
     if (end == WaitEnd::TimedOut)
         return abandon(transfer, {ErrorClass::Retry, QStringLiteral("no data in time")});
     return last == Step::Done ? finish(transfer) : afterBrokenData(transfer);
