@@ -5,6 +5,7 @@
 #include "ftppane/SiteHeader.h"
 #include "ftppane/sfSite.h"
 #include "ftppane/uFtpParts.h"
+#include "mainwin/popup/pfFtp.h"
 #include "shared/OperationGate.h"
 #include "shared/RemotePath.h"
 #include "shared/WindowDesk.h"
@@ -198,6 +199,7 @@ void uFtp::Parts::editSites()
     sfSite dialog(rooms.database, rooms.desk, &q);
     dialog.Act();
     guarded([this] { fillSites(); });
+    rooms.menus.SetSyncMn(); // a site's patterns go with it
     if (!on || header->indexOf(connectedSite) >= 0)
         return;
     rooms.desk.message(QStringLiteral("現在の接続は削除されています 一旦切断します"));

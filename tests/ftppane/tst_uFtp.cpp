@@ -1,6 +1,7 @@
 #include "ftppane/FtpPaneFixture.h"
 
 #include <QHeaderView>
+#include <QListWidget>
 
 #include "support/FtpDaemon.h"
 
@@ -42,6 +43,7 @@ private Q_SLOTS:
     void widthsAndHeight();
     void headerWidens();
     void siteDeletedInTheDialog();
+    void deletedSitesPatternsLeaveTheMenu();
     void realDaemons_data();
     void realDaemons();
 
@@ -399,6 +401,36 @@ void tst_uFtp::siteDeletedInTheDialog()
     QCOMPARE(m->session.state(), Session::Closed);
     QCOMPARE(m->caption(), QStringLiteral("未接続"));
     QCOMPARE(m->cbSvr().count(), 2);
+}
+
+void tst_uFtp::deletedSitesPatternsLeaveTheMenu()
+{
+    QVERIFY(m->begin());
+    bool ok = false;
+    m->database.ExecSql(QStringLiteral("Insert Into msSync (sSync, sLph, sName, sFph) Values "
+                                       "('p', '/tmp', 'web', '/docs')"),
+                        ok);
+    QVERIFY(ok);
+    m->menus.SetSyncMn();
+    QVERIFY(m->menus.entry(pfFtp::ELSE, 4)->isEnabled());
+    QTimer person;
+    connect(&person, &QTimer::timeout, &person, [&] {
+        QWidget *dialog = QApplication::activeModalWidget();
+        if (dialog == nullptr)
+            return;
+        person.stop();
+        auto *names = dialog->findChild<QListWidget *>(QStringLiteral("lsSite"));
+        const auto found = names->findItems(QStringLiteral("web"), Qt::MatchExactly);
+        QTest::mouseClick(names->viewport(), Qt::LeftButton, {},
+                          names->visualItemRect(found.value(0)).center());
+        auto *remove = dialog->findChild<QPushButton *>(QStringLiteral("cmSite2"));
+        QTest::mouseClick(remove, Qt::LeftButton);
+        QTest::keyClick(dialog, Qt::Key_Escape);
+    });
+    person.start(20);
+    m->pickElse(0);
+    QVERIFY(!m->menus.entry(pfFtp::ELSE, 4)->isEnabled());
+    QVERIFY(!m->menus.mnSync()->actions().constFirst()->isVisible());
 }
 
 void tst_uFtp::realDaemons_data()
