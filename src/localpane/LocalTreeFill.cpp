@@ -27,7 +27,10 @@ QString LocalTreeFill::root() const
 
 QString LocalTreeFill::selectedPath() const
 {
-    return m_tree.path(m_view.currentIndex());
+    // A new entry is no folder yet, though one of its name may lie beside it: what shows is still
+    // the folder it stands in.
+    const QModelIndex node = m_view.currentIndex();
+    return m_tree.path(m_tree.tag(node) == EntryTag::NW ? node.parent() : node);
 }
 
 bool LocalTreeFill::changed() const

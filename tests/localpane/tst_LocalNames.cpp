@@ -18,6 +18,7 @@ private Q_SLOTS:
     void escapeTakesTheNewOneAway();
     void takenNameKeepsTheEditorOpen_data();
     void takenNameKeepsTheEditorOpen();
+    void rowsAreNotOfTheFolderBeingNamed();
     void refusedNames_data();
     void refusedNames();
     void renamesANode();
@@ -148,6 +149,22 @@ void tst_LocalNames::takenNameKeepsTheEditorOpen()
     QVERIFY(QFileInfo(f.at(QStringLiteral("free"))).isDir());
     QTRY_VERIFY(f.editor() == nullptr);
     QVERIFY(f.person.verify());
+}
+
+void tst_LocalNames::rowsAreNotOfTheFolderBeingNamed()
+{
+    CommandsFixture f;
+    f.show({{"新規ﾌｫﾙﾀﾞ/a.txt", "inner"}, {"a.txt", "outer"}});
+    f.person.allowMessages(); // that the name is taken, as often as the editor is left
+    f.menu(15, true);
+    QTest::keyClick(f.editor(), Qt::Key_Return);
+    QVERIFY(f.editor() != nullptr);
+    QCOMPARE(f.NodePath(), f.here());
+    f.choose({QStringLiteral("a.txt")});
+    f.person.expectQuestion(QStringLiteral("'a.txt' をごみ箱に移動します"), true);
+    f.menu(12, false);
+    QVERIFY(!f.has(QStringLiteral("a.txt")));
+    QCOMPARE(f.read(QStringLiteral("新規ﾌｫﾙﾀﾞ/a.txt")), QByteArray("inner"));
 }
 
 void tst_LocalNames::refusedNames_data()
