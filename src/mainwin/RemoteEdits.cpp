@@ -69,6 +69,7 @@ void RemoteEdits::open(const QString &remoteDir, const QString &name, bool textE
     Edit edit{
         m_rooms.session.currentSite(), dir, name, QDir(folder).filePath(name), {}, {}, {}, {}};
     bool ok = !folder.isEmpty();
+    m_rooms.operations.resetCounts();
     if (ok) {
         const FlagScope unattended(m_rooms.flags.unattendedTransfer);
         m_rooms.operations.ftGetFile(dir, name, QDir::toNativeSeparators(folder), ok);
@@ -78,7 +79,9 @@ void RemoteEdits::open(const QString &remoteDir, const QString &name, bool textE
     if (!ok || !edit.whole.modified.isValid()) {
         if (!folder.isEmpty())
             (void)QDir(folder).removeRecursively();
-        m_rooms.desk.message(name + QStringLiteral(" をﾀﾞｳﾝﾛｰﾄﾞできませんでした"));
+        // A refusal of the server is told with those of other operations.
+        if (m_rooms.operations.counts().givenUp == 0 && !m_rooms.desk.cancelled())
+            m_rooms.desk.message(name + QStringLiteral(" をﾀﾞｳﾝﾛｰﾄﾞできませんでした"));
         return;
     }
     edit.remoteState = remoteStateOf(edit);
@@ -100,10 +103,13 @@ QStringList RemoteEdits::changedCopies() const
     return changed;
 }
 
-/// A change is offered once it stood still for one look: an editor may still be writing.
+/// A change is offered once it stood still for one look: an editor may still be writing. Not over
+/// an open menu or in the middle of a drag.
 void RemoteEdits::look()
 {
-    if (m_offering || m_rooms.gate.busy() || QApplication::activeModalWidget() != nullptr)
+    if (m_offering || m_rooms.gate.busy() || QApplication::activeModalWidget() != nullptr ||
+        QApplication::activePopupWidget() != nullptr ||
+        QGuiApplication::mouseButtons() != Qt::NoButton)
         return;
     const FlagScope offering(m_offering);
     for (Edit &edit : m_edits) {

@@ -6,6 +6,7 @@
 #include <QDir>
 #include <QFileDialog>
 #include <QInputDialog>
+#include <QMainWindow>
 #include <QPushButton>
 
 #include "localpane/sfOwt.h"
@@ -62,7 +63,14 @@ QWidget *WindowFrontEnd::windowInFront() const
         return modal;
     if (QWidget *active = QApplication::activeWindow())
         return active;
-    return m_wait && m_wait->isVisible() ? m_wait.get() : nullptr;
+    if (m_wait && m_wait->isVisible())
+        return m_wait.get();
+    // The person works in another program meanwhile: the box belongs to the main window even so.
+    for (QWidget *window : QApplication::topLevelWidgets()) {
+        if (window->isVisible() && qobject_cast<QMainWindow *>(window) != nullptr)
+            return window;
+    }
+    return nullptr;
 }
 
 std::chrono::milliseconds WindowFrontEnd::boxLimit() const

@@ -71,15 +71,15 @@ ShownPattern ffMain::SyncPtn(const QString &sSync)
 
 void ffMain::showMainWindow(const QString &connectedSite)
 {
-    // A transfer of the command line ends the program behind it: nobody will browse.
-    if (!connectedSite.isEmpty() && !m_rooms.flags.unattendedRun)
-        m_panes.ftp->showConnected(connectedSite);
     m_wasShown = true;
     show();
     raise();
     if (auto *tree = m_panes.file->findChild<QWidget *>(QStringLiteral("TrView")))
         tree->setFocus();
     activateWindow();
+    // Behind the window: the server may take its time over the folders.
+    if (!connectedSite.isEmpty())
+        m_panes.ftp->showConnected(connectedSite);
 }
 
 void ffMain::SetMsg(const QString &text)
@@ -89,14 +89,33 @@ void ffMain::SetMsg(const QString &text)
 
 void ffMain::mnFtp(int index)
 {
+    if (index == 3) {
+        quit();
+        return;
+    }
+    // Disconnecting empties the site's cache, with which another process may be working.
+    const auto turn = m_rooms.gate.begin();
+    if (!turn)
+        return;
     m_panes.ftp->disconnectSite();
-    if (index == 1) {
+    if (index == 1)
+        m_rooms.database.CompactDb();
+}
+
+/// Neither what runs here nor another process is waited for.
+void ffMain::quit()
+{
+    if (!m_rooms.gate.busy()) {
+        QObject asking;
+        connect(&m_rooms.gate, &OperationGate::busyChanged, &asking, [this](bool busy) {
+            if (busy)
+                m_rooms.desk.requestCancel();
+        });
         const auto turn = m_rooms.gate.begin();
         if (turn)
-            m_rooms.database.CompactDb();
-    } else if (index == 3) {
-        close();
+            m_panes.ftp->disconnectSite();
     }
+    close();
 }
 
 void ffMain::ftpAct(const QString &word)
@@ -108,7 +127,7 @@ void ffMain::ftpAct(const QString &word)
     else if (word == QStringLiteral("編集"))
         m_patterns->edit(QString());
     else if (word == QStringLiteral("切断"))
-        m_panes.ftp->disconnectSite();
+        mnFtp(0);
 }
 
 void ffMain::openLocal(const QString &selection, int mode)
@@ -141,10 +160,13 @@ void ffMain::operationEnded()
     m_panes.ftp->lookAtSession();
     // Behind whatever the operation's own handler still has to show.
     QMetaObject::invokeMethod(
-        this, [this] { tellGivenUp(); }, Qt::QueuedConnection);
-    if (m_closeWanted)
-        QMetaObject::invokeMethod(
-            this, [this] { close(); }, Qt::QueuedConnection);
+        this,
+        [this] {
+            tellGivenUp();
+            if (m_closeWanted)
+                close();
+        },
+        Qt::QueuedConnection);
 }
 
 void ffMain::tellGivenUp()
@@ -185,6 +207,8 @@ void ffMain::closeEvent(QCloseEvent *event)
         m_rooms.desk.message(
             QStringLiteral("ｱｯﾌﾟﾛｰﾄﾞされていない変更は次のﾌｧｲﾙに残っています\n\n") +
             changed.join(QLatin1Char('\n')));
+    if (m_closed) // while that was read
+        return;
     m_closed = true;
     m_watch.stop();
     m_panes.window->cOff();

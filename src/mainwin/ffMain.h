@@ -61,6 +61,7 @@ private:
     void wireFilePane();
     void wireFtpPane();
     /// The keys of a pane ran out: it is built anew and shows what it showed.
+    [[nodiscard]] bool waitsForRebuild(void (ffMain::*rebuild)());
     void rebuildFilePane();
     void rebuildFtpPane();
 
@@ -71,6 +72,7 @@ private:
     void placeOnAScreen(QRect wanted);
 
     void mnFtp(int index);
+    void quit();
     void ftpAct(const QString &word);
     void openLocal(const QString &selection, int mode);
     void help();

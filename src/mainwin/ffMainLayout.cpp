@@ -1,11 +1,13 @@
 #include <algorithm>
+#include <chrono>
 
 #include <QAction>
-#include <QGuiApplication>
+#include <QApplication>
 #include <QMenu>
 #include <QMenuBar>
 #include <QScreen>
 #include <QSplitter>
+#include <QTimer>
 #include <QVBoxLayout>
 
 #include "ftppane/uFtp.h"
@@ -32,6 +34,7 @@ constexpr int designedWidth = 1100;
 constexpr int designedHeight = 720;
 constexpr int listHeight = 96;
 constexpr double filePaneShare = 0.45;
+constexpr std::chrono::milliseconds rebuildRetry(100);
 constexpr int leastVisible = 48; ///< of the window that must lie on a screen to be reached
 
 QWidget *panel(const char *name, QWidget *parent)
@@ -195,17 +198,28 @@ void ffMain::wireFtpPane()
     connect(pane, &uFtp::keysRanOut, this, &ffMain::rebuildFtpPane, Qt::QueuedConnection);
 }
 
+/// A pane is not taken away under what works in it or has come up from it.
+bool ffMain::waitsForRebuild(void (ffMain::*rebuild)())
+{
+    if (!m_rooms.gate.busy() && QApplication::activePopupWidget() == nullptr &&
+        QApplication::activeModalWidget() == nullptr)
+        return false;
+    QTimer::singleShot(rebuildRetry, this, rebuild);
+    return true;
+}
+
 void ffMain::rebuildFilePane()
 {
+    if (waitsForRebuild(&ffMain::rebuildFilePane))
+        return;
     QString ActPh;
     QString LsCwd;
     int TrvHi = 0;
     m_panes.file->GetRr(ActPh, LsCwd, TrvHi);
     const QString root = m_panes.file->Root();
-    const QString history = m_panes.file->rootHistory();
-    delete m_panes.file;
+    const std::unique_ptr<uFile> earlier(m_panes.file);
     buildFilePane();
-    m_panes.file->setRootHistory(history);
+    m_panes.file->takeOver(*earlier);
     // In one go: the list of the root would take keys for nothing.
     m_panes.file->cOn(root + QLatin1Char('\r') + ActPh);
     m_panes.file->SetRr(ActPh, LsCwd, TrvHi);
@@ -213,6 +227,8 @@ void ffMain::rebuildFilePane()
 
 void ffMain::rebuildFtpPane()
 {
+    if (waitsForRebuild(&ffMain::rebuildFtpPane))
+        return;
     const QString site = m_panes.ftp->FsSvr();
     const QString path = m_panes.ftp->FsFllPh();
     const QString widths = m_panes.ftp->LsClsWd();
@@ -224,7 +240,8 @@ void ffMain::rebuildFtpPane()
     m_panes.ftp->setICbSvr(selected);
     m_panes.ftp->setLsClsWd(widths);
     m_panes.ftp->setTrvHi(height);
-    if (connected) {
+    const auto turn = m_rooms.gate.begin();
+    if (turn && connected) {
         m_panes.ftp->showConnected(site);
         m_panes.ftp->setFsFllPh(path);
     }

@@ -1,6 +1,7 @@
 #include <QApplication>
 #include <QElapsedTimer>
 #include <QLabel>
+#include <QMainWindow>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QTest>
@@ -44,6 +45,7 @@ private Q_SLOTS:
     void boxesCloseByThemselves_data();
     void boxesCloseByThemselves();
     void boxesStayWithoutTheFlag();
+    void boxesBelongToTheMainWindow();
     void anInterruptIsCancel();
     void overwriteUnderTheFlag();
     void waitWindow();
@@ -145,6 +147,22 @@ void tst_WindowFrontEnd::boxesStayWithoutTheFlag()
     });
     m_desk->message(QStringLiteral("x"));
     QVERIFY(time.elapsed() >= 600);
+}
+
+/// Also while the person works in another program, where no window of ours is active.
+void tst_WindowFrontEnd::boxesBelongToTheMainWindow()
+{
+    QMainWindow window;
+    window.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&window));
+    QApplication::setActiveWindow(nullptr);
+    const QWidget *owner = nullptr;
+    whenShown(QStringLiteral("messageBox"), [&](QWidget &box) {
+        owner = box.parentWidget();
+        QTest::keyClick(&box, Qt::Key_Return);
+    });
+    m_desk->message(QStringLiteral("終わりました"));
+    QCOMPARE(owner, &window);
 }
 
 void tst_WindowFrontEnd::anInterruptIsCancel()

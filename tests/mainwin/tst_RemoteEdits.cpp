@@ -1,7 +1,9 @@
 #include "mainwin/RemoteEdits.h"
 
+#include <QApplication>
 #include <QDir>
 #include <QFile>
+#include <QMenu>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
@@ -30,6 +32,8 @@ private Q_SLOTS:
     void changedOnTheServerToo();
     void notConnectedAnyMore();
     void missingFile();
+    void unusableNameIsSaid();
+    void waitsForAnOpenMenu();
     void waitsForARunningOperation();
 
 private:
@@ -200,9 +204,31 @@ void tst_RemoteEdits::notConnectedAnyMore()
 
 void tst_RemoteEdits::missingFile()
 {
-    m_world->person.expectMessage(QStringLiteral("gone.txt をﾀﾞｳﾝﾛｰﾄﾞできませんでした"));
+    // The main window tells what was given up; nothing is said twice.
     m_edits->open(QStringLiteral("/pub"), QStringLiteral("gone.txt"), false);
+    QCOMPARE(m_world->person.outcomes(Outcome::Kind::GivenUp).size(), 1);
     QVERIFY(QDir(m_temp->path()).entryList({QStringLiteral("VenloFtp-*")}, QDir::Dirs).isEmpty());
+}
+
+void tst_RemoteEdits::unusableNameIsSaid()
+{
+    m_world->person.expectMessage(QStringLiteral("a/b をﾀﾞｳﾝﾛｰﾄﾞできませんでした"));
+    m_edits->open(QStringLiteral("/pub"), QStringLiteral("a/b"), false);
+}
+
+void tst_RemoteEdits::waitsForAnOpenMenu()
+{
+    open();
+    save("mine");
+    QMenu menu;
+    menu.addAction(QStringLiteral("a"));
+    menu.popup(QPoint(10, 10));
+    QTRY_VERIFY(QApplication::activePopupWidget() != nullptr);
+    lookTwice();
+    QTest::keyClick(&menu, Qt::Key_Escape);
+    QTRY_VERIFY(QApplication::activePopupWidget() == nullptr);
+    m_world->person.expectQuestion(m_question, false);
+    lookTwice();
 }
 
 void tst_RemoteEdits::waitsForARunningOperation()

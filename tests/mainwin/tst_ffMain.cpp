@@ -1,6 +1,7 @@
 #include "mainwin/ffMain.h"
 
-#include <QGuiApplication>
+#include <QApplication>
+#include <QElapsedTimer>
 #include <QMenu>
 #include <QMenuBar>
 #include <QScreen>
@@ -8,7 +9,9 @@
 #include <QSplitter>
 #include <QStatusBar>
 #include <QTest>
+#include <QTimer>
 
+#include "ftp/DirectoryCache.h"
 #include "ftppane/uFtp.h"
 #include "localpane/uFile.h"
 #include "mainwin/MainStatusBar.h"
@@ -41,10 +44,15 @@ private Q_SLOTS:
     void statusListIsClearedBeyondFifty();
     void menuDisconnectsFirst_data();
     void menuDisconnectsFirst();
+    void disconnectingIsATurnOfItsOwn();
+    void quittingWaitsForNobody();
+    void quittingLeavesARunningOperationItsSession();
+    void showsBeforeItLists();
     void closingCancelsFirst();
     void commandsAreDisabledWhileOneRuns();
     void lostConnectionIsNotClaimed();
     void keysRanOutBuildsThePaneAnew();
+    void paneStaysUnderAnOpenMenu();
     void givenUpFilesAreTold();
     void copyEntryIsNeverDisabled();
 
@@ -239,6 +247,74 @@ void tst_ffMain::menuDisconnectsFirst()
     QTEST(closed.isEmpty(), "open");
 }
 
+/// What disconnecting empties may be what another process works with.
+void tst_ffMain::disconnectingIsATurnOfItsOwn()
+{
+    connectSite();
+    m_world->gate.setLock({[] { return false; }, {}});
+    for (const int index : {0, 1}) {
+        entry(index)->trigger();
+        QVERIFY(ftp().cOn());
+        QVERIFY(m_world->session.connected());
+    }
+    Q_EMIT ftp().eAct(QStringLiteral("切断"));
+    QVERIFY(ftp().cOn());
+    m_world->gate.setLock({});
+    Q_EMIT ftp().eAct(QStringLiteral("切断"));
+    QVERIFY(!ftp().cOn());
+    QCOMPARE(m_world->session.state(), Session::Closed);
+}
+
+void tst_ffMain::quittingWaitsForNobody()
+{
+    connectSite();
+    // As a lock does that another process holds: it is waited for until Cancel.
+    m_world->gate.setLock(
+        {[this] { return !until([this] { return m_world->person.cancelled(); }); }, {}});
+    const QSignalSpy closed(m_world->window.get(), &ffMain::closed);
+    QElapsedTimer took;
+    took.start();
+    entry(3)->trigger();
+    QCOMPARE(closed.size(), 1);
+    QVERIFY(took.elapsed() < 1000);
+    QCOMPARE(m_world->session.state(), Session::Closed);
+    // The other process still has the listings.
+    QString folders;
+    QString files;
+    m_world->cache.cachedNames(QStringLiteral("/pub"), folders, files);
+    QCOMPARE(files, QStringLiteral("a.txt"));
+}
+
+void tst_ffMain::quittingLeavesARunningOperationItsSession()
+{
+    connectSite();
+    const QSignalSpy closed(m_world->window.get(), &ffMain::closed);
+    {
+        const auto turn = m_world->gate.begin();
+        entry(3)->trigger();
+        QVERIFY(m_world->person.cancelled());
+        QVERIFY(m_world->session.connected());
+        QVERIFY(ftp().cOn());
+        QVERIFY(closed.isEmpty());
+    }
+    QVERIFY(until([&] { return !closed.isEmpty(); }));
+    QCOMPARE(m_world->session.state(), Session::Closed);
+}
+
+void tst_ffMain::showsBeforeItLists()
+{
+    QVERIFY(m_server->start());
+    m_world->registerSite(m_server->server(), m_server->user(), m_server->password());
+    QVERIFY(m_world->connectToSite());
+    m_world->open(false);
+    bool seen = false;
+    QTimer::singleShot(0, m_world->window.get(), [&] { seen = m_world->window->isVisible(); });
+    m_server->on("CWD").delay(200);
+    m_world->window->showMainWindow(QStringLiteral("site"));
+    QVERIFY(seen);
+    QVERIFY(ftp().cOn());
+}
+
 void tst_ffMain::closingCancelsFirst()
 {
     m_world->open();
@@ -301,6 +377,22 @@ void tst_ffMain::keysRanOutBuildsThePaneAnew()
     QVERIFY(ftp().cOn());
     QCOMPARE(ftp().FsFllPh(), path);
     QCOMPARE(m_server->logins(), 1);
+}
+
+void tst_ffMain::paneStaysUnderAnOpenMenu()
+{
+    connectSite();
+    const QPointer<uFtp> oldFtp(&ftp());
+    QMenu menu;
+    menu.addAction(QStringLiteral("a"));
+    menu.popup(m_world->window->geometry().center());
+    QVERIFY(until([] { return QApplication::activePopupWidget() != nullptr; }));
+    Q_EMIT ftp().keysRanOut();
+    QTest::qWait(250);
+    QVERIFY(!oldFtp.isNull());
+    QTest::keyClick(&menu, Qt::Key_Escape);
+    QVERIFY(until([&] { return oldFtp.isNull(); }));
+    QVERIFY(ftp().cOn());
 }
 
 void tst_ffMain::givenUpFilesAreTold()
