@@ -67,7 +67,7 @@ int BatchRunner::RunTransfer(const QString &localFolder, const QString &site,
     if (!ok)
         return m_siteKnown ? NotCarriedOut : Unusable;
     if (m_rooms.window != nullptr)
-        m_rooms.window->showMainWindow(site);
+        m_rooms.window->showMainWindow({}); // nobody will browse: its folders are not asked for
     const FlagScope unattended(m_rooms.flags.unattendedTransfer);
     m_rooms.operations.resetCounts();
     try {

@@ -62,6 +62,7 @@ private Q_SLOTS:
     void transferWithoutASite();
     void openNeedsAWindow();
     void openShowsTheWindow();
+    void transferShowsTheWindowOnNoSite();
 
 private:
     void start();
@@ -414,6 +415,23 @@ void tst_BatchRunner::openShowsTheWindow()
     QCOMPARE(window.shown, 2);
     QCOMPARE(window.site, QString());
     QVERIFY(m_world->session.connected());
+}
+
+/// The window's listings would keep the transfer waiting.
+void tst_BatchRunner::transferShowsTheWindowOnNoSite()
+{
+    start();
+    CountingWindow window;
+    BatchRunner runner = batch(&window);
+    QCOMPARE(runner.RunTransfer(m_world->local(), QStringLiteral("none"), pub, QStringLiteral("x"),
+                                false),
+             2);
+    QCOMPARE(window.shown, 0);
+    window.site = QStringLiteral("unset");
+    (void)runner.RunTransfer(m_world->local(), QStringLiteral("site"), pub, QStringLiteral("x"),
+                             false);
+    QCOMPARE(window.shown, 1);
+    QCOMPARE(window.site, QString());
 }
 
 QTEST_MAIN(tst_BatchRunner) // with a window where the pattern host is one
