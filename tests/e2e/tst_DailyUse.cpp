@@ -30,6 +30,7 @@ private Q_SLOTS:
     void fromTheCommandLine_data();
     void fromTheCommandLine();
     void closedDuringADownload();
+    void cancelAndALostServer();
     void comparisonThatIsDeclined();
 
 private:
@@ -240,6 +241,55 @@ void tst_DailyUse::closedDuringADownload()
                  .entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot)
                  .size(),
              4);
+}
+
+/// Cancel hands the pane back as it is, and a server that is gone is never shown as connected.
+void tst_DailyUse::cancelAndALostServer()
+{
+    ScriptedServer server;
+    server.put("/files/b.txt", "b");
+    QVERIFY(server.start());
+    m_office.world().registerSite(QStringLiteral("slow"), server.server(), server.user(),
+                                  server.password());
+    m_office.world().registerPattern(OfficeDesktop::pattern(), QStringLiteral("slow"),
+                                     QStringLiteral("/files"));
+    m_office.world().writeLayout(1100, 720);
+    const QString status = QStringLiteral("uFtp/Label1");
+    const auto idle = [] { // Cancel shows for as long as something runs
+        return !shownWidget(QStringLiteral("stBar"))
+                    .findChild<QWidget *>(QStringLiteral("stCancel"))
+                    ->isVisible();
+    };
+    const int end = m_office.run(QStringLiteral("openp|") + OfficeDesktop::pattern(), [&] {
+        m_person.waitForRow(ftpList, QStringLiteral("b.txt"));
+        server.on("MLSD").delay(1500);
+        m_person.clickRow(ftpTree, QStringLiteral("files"));
+        m_person.key(QStringLiteral("F5"));
+        m_person.click(QStringLiteral("stBar/stCancel"));
+        m_person.waitFor(QStringLiteral("the end of the listing"), idle);
+        m_person.waitForFocus(ftpTree);
+        m_person.picture(QStringLiteral("cancelled"));
+        server.script().clear();
+        m_person.key(QStringLiteral("F5"));
+        m_person.waitForRow(ftpList, QStringLiteral("b.txt"));
+        m_person.waitFor(QStringLiteral("the end of the listing"), idle);
+
+        server.stop();
+        m_person.clickRow(ftpList, QStringLiteral("b.txt"));
+        m_person.key(QStringLiteral("F5"));
+        m_person.answer(QStringLiteral("接続が切断されました"));
+        m_person.waitFor(QStringLiteral("an unconnected pane"), [&] {
+            return shown<QLabel>(status).text() == QStringLiteral("未接続") &&
+                   !shownWidget(ftpList).isEnabled();
+        });
+        m_person.waitForNoRow(ftpList, QStringLiteral("b.txt"));
+        m_person.check(server.start(), QStringLiteral("the server does not start again"));
+        m_person.click(QStringLiteral("uFtp/imOpn"));
+        m_person.waitForRow(ftpTree, QStringLiteral("files"));
+        m_person.waitFor(QStringLiteral("a connected pane"), idle);
+        m_person.key(QStringLiteral("ctrl+q"));
+    });
+    QVERIFY2(end == 0, qPrintable(m_person.failure()));
 }
 
 void tst_DailyUse::comparisonThatIsDeclined()
