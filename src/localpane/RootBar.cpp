@@ -106,6 +106,12 @@ void RootBar::buildFilter()
     connect(m_filter, &QLineEdit::editingFinished, this, &RootBar::filterLeft);
 }
 
+void RootBar::enterFilter(const QString &filter)
+{
+    m_filter->setText(filter);
+    filterLeft();
+}
+
 void RootBar::filterLeft()
 {
     const QString filter = m_filter->text().trimmed();

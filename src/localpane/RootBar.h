@@ -26,6 +26,8 @@ public:
     void enter(const QString &root);
     /// Puts the box back to the shown root.
     void showRoot(const QString &root);
+    /// Puts a filter into its box and takes it as entered.
+    void enterFilter(const QString &filter);
     [[nodiscard]] const QString &history() const { return m_history.text(); }
     void setHistory(const QString &history, const QString &shownRoot);
     [[nodiscard]] QComboBox *cbRoot() const { return m_root; }

@@ -1,5 +1,7 @@
 #include "localpane/uFile.h"
 
+#include <QLineEdit>
+
 #include "localpane/FolderPaths.h"
 #include "localpane/RootBar.h"
 #include "localpane/uFileParts.h"
@@ -83,6 +85,19 @@ QString uFile::trIcnToPic(const QString &path)
 QString uFile::rootHistory() const
 {
     return m_parts->bar->history();
+}
+
+void uFile::takeOver(const uFile &earlier)
+{
+    const Parts &before = *earlier.m_parts;
+    setRootHistory(earlier.rootHistory());
+    m_parts->syncMark = before.syncMark;
+    m_parts->bar->enterFilter(before.bar->txFilter()->text());
+    m_parts->sort = before.sort;
+    if (before.sort.number() == 0)
+        return;
+    m_parts->list->sort(before.sort.column(), before.sort.order());
+    m_parts->listView->showSort(before.sort.column(), before.sort.order());
 }
 
 void uFile::setRootHistory(const QString &history)

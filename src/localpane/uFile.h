@@ -61,6 +61,10 @@ public:
     [[nodiscard]] QString rootHistory() const;
     void setRootHistory(const QString &history);
 
+    /// Takes over what the saved layout does not hold from a pane that this one replaces: root
+    /// history, filter, sort and mark. To be called before the root is shown.
+    void takeOver(const uFile &earlier);
+
 Q_SIGNALS:
     void eSlcFL(bool doubleClick, const QString &path);
     void eAct(const QString &job);
