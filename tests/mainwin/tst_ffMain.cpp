@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QElapsedTimer>
+#include <QLineEdit>
 #include <QMenu>
 #include <QMenuBar>
 #include <QScreen>
@@ -366,6 +367,7 @@ void tst_ffMain::keysRanOutBuildsThePaneAnew()
 {
     connectSite();
     file().cOn(m_world->local());
+    file().findChild<QLineEdit *>(QStringLiteral("txFilter"))->setText(QStringLiteral("htm"));
     const QPointer<uFile> oldFile(&file());
     const QPointer<uFtp> oldFtp(&ftp());
     const QString path = ftp().FsFllPh();
@@ -374,6 +376,8 @@ void tst_ffMain::keysRanOutBuildsThePaneAnew()
     QVERIFY(until([&] { return oldFile.isNull() && oldFtp.isNull(); }));
     QCOMPARE(file().Root(), QDir::toNativeSeparators(m_world->local()));
     QCOMPARE(file().NodePath(), QDir::toNativeSeparators(m_world->local()));
+    QCOMPARE(file().findChild<QLineEdit *>(QStringLiteral("txFilter"))->text(),
+             QStringLiteral("htm"));
     QVERIFY(ftp().cOn());
     QCOMPARE(ftp().FsFllPh(), path);
     QCOMPARE(m_server->logins(), 1);
