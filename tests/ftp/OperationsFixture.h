@@ -68,7 +68,8 @@ struct OperationsFixture : EngineFixture {
     /// The commands without those of a login.
     [[nodiscard]] QList<QByteArray> work() const
     {
-        static const QList<QByteArray> login{"USER", "PASS", "FEAT", "OPTS", "TYPE", "QUIT"};
+        static const QList<QByteArray> login{"AUTH", "USER", "PASS", "FEAT",
+                                             "OPTS", "TYPE", "QUIT"};
         QList<QByteArray> commands;
         for (const QByteArray &command : server.commands()) {
             if (!login.contains(command.split(' ').value(0)))

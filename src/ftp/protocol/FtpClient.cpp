@@ -60,9 +60,14 @@ Result<void> FtpClient::open(const ConnectOptions &options)
             return Error{ErrorClass::Local, QStringLiteral("a name or password holds a line end"),
                          0};
     }
+    ServerAddress target = address.value();
+    if (!QSslSocket::supportsSsl()) { // a machine without an OpenSSL that fits
+        if (target.tls == TlsUse::Must || target.tls == TlsUse::Implicit)
+            return Error{ErrorClass::Local, QStringLiteral("no TLS on this machine"), 0};
+        target.tls = TlsUse::Never;
+    }
     m->control.setSecret(options.password);
     m->proxy = proxy.value();
-    ServerAddress target = address.value();
     if (target.tls == TlsUse::Offered && m->tlsUsed)
         target.tls = TlsUse::Must; // refused now, it was somebody else who answered
     else if (target.tls == TlsUse::Offered && m->tlsRefused)
