@@ -5,6 +5,7 @@
 #include <QEvent>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QPainter>
 #include <QPushButton>
 #include <QStyle>
 #include <QTimer>
@@ -24,7 +25,7 @@ QString nothingSelected()
 
 SiteHeader::SiteHeader(QWidget *parent)
     : QWidget(parent), m_frame(new QFrame), m_sites(new QComboBox), m_caption(new QLabel),
-      m_open(new QPushButton(QStringLiteral("接続"))),
+      m_lock(new QLabel), m_open(new QPushButton(QStringLiteral("接続"))),
       m_else(new QPushButton(QStringLiteral("ﾒﾆｭｰ"))), m_busyTimer(new QTimer(this))
 {
     m_sites->setObjectName(QStringLiteral("cbSvr"));
@@ -33,6 +34,8 @@ SiteHeader::SiteHeader(QWidget *parent)
     m_sites->setMinimumContentsLength(12);
     m_sites->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
     m_sites->installEventFilter(this);
+    m_lock->setObjectName(QStringLiteral("lbLock"));
+    m_lock->hide();
     m_caption->setObjectName(QStringLiteral("Label1"));
     m_caption->setAccessibleName(QStringLiteral("接続の状態"));
     m_caption->setTextFormat(Qt::PlainText);
@@ -64,7 +67,11 @@ void SiteHeader::layOut()
     inside->setContentsMargins(0, 0, 0, 0);
     inside->setSpacing(2);
     inside->addWidget(m_sites);
-    inside->addWidget(m_caption);
+    auto *state = new QHBoxLayout;
+    state->setSpacing(4);
+    state->addWidget(m_lock);
+    state->addWidget(m_caption, 1);
+    inside->addLayout(state);
     m_caption->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
     auto *buttons = new QHBoxLayout;
     buttons->addWidget(m_open);
@@ -112,6 +119,36 @@ void SiteHeader::setCaption(const QString &text)
 {
     m_caption->setText(text);
     m_caption->setToolTip(text.toHtmlEscaped());
+}
+
+void SiteHeader::setSecurity(const QString &protocol)
+{
+    m_lock->setVisible(!protocol.isEmpty());
+    m_lock->setAccessibleName(protocol.isEmpty() ? QString()
+                                                 : QStringLiteral("暗号化された接続 ") + protocol);
+    m_lock->setToolTip(m_lock->accessibleName());
+    if (!protocol.isEmpty())
+        drawLock(protocol);
+}
+
+/// No font can be relied on to have a lock.
+void SiteHeader::drawLock(const QString &protocol)
+{
+    const int height = m_lock->fontMetrics().height();
+    const int width = height + m_lock->fontMetrics().horizontalAdvance(protocol);
+    QPixmap picture(QSize(width, height) * devicePixelRatioF());
+    picture.setDevicePixelRatio(devicePixelRatioF());
+    picture.fill(Qt::transparent);
+    QPainter painter(&picture);
+    painter.setRenderHint(QPainter::Antialiasing);
+    const qreal unit = height / 12.0;
+    painter.setPen(QPen(palette().color(QPalette::WindowText), unit * 1.4));
+    painter.drawArc(QRectF(3 * unit, 1.5 * unit, 5 * unit, 7 * unit), 0, 180 * 16);
+    painter.setBrush(palette().color(QPalette::WindowText));
+    painter.drawRoundedRect(QRectF(1.8 * unit, 5.5 * unit, 7.4 * unit, 5 * unit), unit, unit);
+    painter.drawText(QRect(height, 0, width - height, height), Qt::AlignVCenter, protocol);
+    painter.end();
+    m_lock->setPixmap(picture);
 }
 
 void SiteHeader::setConnectable(bool connectable)

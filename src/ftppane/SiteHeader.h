@@ -30,6 +30,9 @@ public:
     /// The selected site's name, empty when none is.
     [[nodiscard]] QString site() const;
     void setCaption(const QString &text);
+    /// The protocol that protects the connection ("TLSv1.3"), empty for none: a lock and its name
+    /// stand before the caption.
+    void setSecurity(const QString &protocol);
     void setConnectable(bool connectable);
     /// While an operation runs nothing here can be asked for. A short one shows no change.
     void setBusy(bool busy);
@@ -48,11 +51,13 @@ protected:
 
 private:
     void layOut();
+    void drawLock(const QString &protocol);
     void showBusy(bool busy);
 
-    QFrame *m_frame;     ///< Frame1
-    QComboBox *m_sites;  ///< cbSvr
-    QLabel *m_caption;   ///< Label1
+    QFrame *m_frame;    ///< Frame1
+    QComboBox *m_sites; ///< cbSvr
+    QLabel *m_caption;  ///< Label1
+    QLabel *m_lock;
     QPushButton *m_open; ///< imOpn
     QPushButton *m_else; ///< imElse
     QTimer *m_busyTimer;

@@ -37,6 +37,7 @@ void uFtp::Parts::look()
 {
     if (on && rooms.session.state() != Session::Connected)
         cClear();
+    header->setSecurity(on ? rooms.session.security() : QString());
 }
 
 void uFtp::Parts::keysOut()
