@@ -4,6 +4,7 @@
 #include "ftp/ErrorLog.h"
 #include "ftp/OperationContext.h"
 #include "ftp/RemoteDownloads.h"
+#include "ftp/RemoteLook.h"
 #include "ftp/RemoteRemovals.h"
 #include "ftp/RemoteUploads.h"
 #include "ftp/Session.h"
@@ -20,13 +21,14 @@ struct RemoteOperations::Parts {
           OperationCounts &counts, OverwriteMode &answer)
         : context(session, cache, frontEnd, flags, counts, answer),
           downloads(context, QFileInfo(session.errorLog().path()).absolutePath()), uploads(context),
-          removals(context)
+          removals(context), look(context)
     {
     }
     OperationContext context;
     RemoteDownloads downloads;
     RemoteUploads uploads;
     RemoteRemovals removals;
+    RemoteLook look;
 };
 
 RemoteOperations::RemoteOperations(Session &session, DirectoryCache &cache, FrontEnd &frontEnd,
@@ -98,6 +100,13 @@ void RemoteOperations::ftPutFold(const QString &localParent, const QString &name
                                  const QString &remoteParent, bool &ok)
 {
     carryOut(ok, [&] { return m->uploads.putFolder(localParent, name, remoteParent); });
+}
+
+Result<bool> RemoteOperations::shows(const QString &dir, const QString &name)
+{
+    if (!m->context.session.connected())
+        return Error{ErrorClass::Lost, QStringLiteral("not connected"), 0};
+    return m->look.shows(dir, name);
 }
 
 void RemoteOperations::ftRename(const QString &dir, const QString &oldName, QString newName,

@@ -3,6 +3,7 @@
 #include "ftp/DirectoryCache.h"
 
 #include "shared/FrontEnd.h"
+#include "shared/Result.h"
 
 #include <QString>
 
@@ -49,6 +50,9 @@ public:
     void ftMakeDir(const QString &dir, const QString &name, bool &ok);
     /// As ftDelFile.
     void ftRemDir(const QString &dir, const QString &names, bool &ok);
+
+    /// Whether the server shows an entry right now, see RemoteLook; an error when it does not say.
+    [[nodiscard]] Result<bool> shows(const QString &dir, const QString &name);
 
     [[nodiscard]] const OperationCounts &counts() const { return m_counts; }
     void resetCounts() { m_counts = {}; }

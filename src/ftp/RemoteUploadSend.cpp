@@ -102,9 +102,28 @@ Result<bool> RemoteUploads::sendOnce(const Item &item)
     const bool unchanged = stored.value() == before.size && before == Stamp(item.path);
     if (!unchanged)
         return false;
+    if (auto whole = checkSize(raw, stored.value()); !whole) {
+        noteUnfinished(item);
+        return whole.error();
+    }
     if (auto set = setTime(item, raw, file); !set)
         return set.error();
     return before == Stamp(item.path);
+}
+
+/// A data connection that the server, or something on the way, closes early looks like a whole one
+/// to both: only the size tells. What the server does not say counts as whole.
+Result<void> RemoteUploads::checkSize(const QByteArray &raw, qint64 sent)
+{
+    FtpClient &client = m_context.session.client();
+    if (!client.hasSize())
+        return {};
+    const auto size = client.size(raw);
+    if (!size)
+        return size.error().kind == ErrorClass::Lost ? Result<void>(size.error()) : Result<void>();
+    if (size.value() == sent)
+        return {};
+    return Error{ErrorClass::Retry, QStringLiteral("送信した大きさが一致しません"), 0};
 }
 
 /// Gives the stored file its local time, so that both compare equal afterwards. What the server

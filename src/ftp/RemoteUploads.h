@@ -60,6 +60,7 @@ private:
     void giveUpLine(const Item &item, const Error &error);
     [[nodiscard]] Result<void> send(const Item &item);
     [[nodiscard]] Result<bool> sendOnce(const Item &item);
+    [[nodiscard]] Result<void> checkSize(const QByteArray &raw, qint64 sent);
     [[nodiscard]] Result<void> setTime(const Item &item, const QByteArray &raw, QFile &file);
     void sent(const Item &item);
     void leaveOut(const Item &item);

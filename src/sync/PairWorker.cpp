@@ -132,6 +132,11 @@ RowEnd PairWorker::removeLocal(const SyncReview &review, int row)
     const bool folder = review.row(row).folder;
     if (!QFileInfo::exists(path) && !isLink(path))
         return {};
+    const auto shown = m_operations.shows(review.remoteParent(row), review.row(row).name);
+    if (!shown && !m_session.connected())
+        return {false, false, shown.error().words};
+    if (!shown || shown.value())
+        return giveUp(path, shown ? QStringLiteral("ｻｰﾊﾞｰにあります") : shown.error().words);
     QString why;
     const bool gone = folder ? removeFolderTree(path, why) : removeLocalFile(path, why);
     if (!gone)

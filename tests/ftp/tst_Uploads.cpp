@@ -53,8 +53,8 @@ class tst_Uploads : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void threeCommandsPerFile();
-    void twoWithoutSetTime();
+    void fourCommandsPerFile();
+    void threeWithoutSetTime();
     void refusedTimeIsNoFailure();
     void pathForm();
     void pathFormDrops_data();
@@ -101,7 +101,7 @@ private Q_SLOTS:
     void oneRowIsNotAWholeDirectory();
 };
 
-void tst_Uploads::threeCommandsPerFile()
+void tst_Uploads::fourCommandsPerFile()
 {
     Fixture f;
     QVERIFY(f.start());
@@ -112,13 +112,14 @@ void tst_Uploads::threeCommandsPerFile()
     f.putPath(QStringLiteral("a.txt"), QStringLiteral("/pub"));
     f.putPath(QStringLiteral("b.txt"), QStringLiteral("/pub"));
     QVERIFY(f.ok);
-    QCOMPARE(f.work(), QList<QByteArray>({"EPSV", "STOR a.txt", "MFMT 20240506070809 a.txt", "EPSV",
-                                          "STOR b.txt", "MFMT 20240506080000 b.txt"}));
+    QCOMPARE(f.work(),
+             QList<QByteArray>({"EPSV", "STOR a.txt", "SIZE a.txt", "MFMT 20240506070809 a.txt",
+                                "EPSV", "STOR b.txt", "SIZE b.txt", "MFMT 20240506080000 b.txt"}));
     QCOMPARE(f.server.tree().modified("/pub/a.txt"),
              QDateTime(QDate(2024, 5, 6), QTime(7, 8, 9), Qt::UTC));
 }
 
-void tst_Uploads::twoWithoutSetTime()
+void tst_Uploads::threeWithoutSetTime()
 {
     Fixture f;
     f.server.options().mfmt = false;
@@ -129,7 +130,7 @@ void tst_Uploads::twoWithoutSetTime()
     f.write(QStringLiteral("a.txt"), "hello");
     f.putPath(QStringLiteral("a.txt"));
     QVERIFY(f.ok);
-    QCOMPARE(f.work(), QList<QByteArray>({"CWD /", "EPSV", "STOR a.txt"})
+    QCOMPARE(f.work(), QList<QByteArray>({"CWD /", "EPSV", "STOR a.txt", "SIZE a.txt"})
                            .mid(f.work().value(0) == "EPSV" ? 1 : 0));
     QCOMPARE(f.counts(), QStringLiteral("1/0/0"));
 }

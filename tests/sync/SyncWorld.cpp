@@ -16,7 +16,13 @@ QString madeIn(const QTemporaryDir &folder)
     return path;
 }
 
-ClientLimits shortWaits()
+QString shown(const QVariant &time, const char *letter)
+{
+    return time.toString().isEmpty() ? QString() : QString::fromLatin1(letter);
+}
+} // namespace
+
+ClientLimits SyncWorld::shortWaits()
 {
     using std::chrono_literals::operator""s;
     ClientLimits limits;
@@ -26,15 +32,9 @@ ClientLimits shortWaits()
     return limits;
 }
 
-QString shown(const QVariant &time, const char *letter)
-{
-    return time.toString().isEmpty() ? QString() : QString::fromLatin1(letter);
-}
-} // namespace
-
-SyncWorld::SyncWorld()
+SyncWorld::SyncWorld(ClientLimits limits)
     : database(person, madeIn(m_data)), errorLog(userData()), eventLog(userData()),
-      session(person, database, errorLog, eventLog, shortWaits()),
+      session(person, database, errorLog, eventLog, limits),
       cache(session, database, person, flags), operations(session, cache, person, flags),
       comparison(session, database, cache, person, flags), worker(session, operations, person),
       reviewHost(person), patternHost(database, session, person),

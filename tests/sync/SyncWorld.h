@@ -27,7 +27,8 @@ namespace venlo::test
 class SyncWorld
 {
 public:
-    SyncWorld();
+    explicit SyncWorld(ClientLimits limits = shortWaits());
+    [[nodiscard]] static ClientLimits shortWaits();
 
     [[nodiscard]] QString local() const { return m_local.path(); }
     [[nodiscard]] QString userData() const { return m_data.path() + QLatin1Char('/'); }
