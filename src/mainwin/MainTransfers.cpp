@@ -1,5 +1,9 @@
 #include "mainwin/MainTransfers.h"
 
+#include <utility>
+
+#include "db/Database.h"
+#include "ftp/DirectoryCache.h"
 #include "ftp/RemoteOperations.h"
 #include "ftp/Session.h"
 #include "ftppane/Download.h"
@@ -9,6 +13,7 @@
 #include "mainwin/popup/sfMsg.h"
 #include "shared/Flags.h"
 #include "shared/OperationGate.h"
+#include "shared/RemotePath.h"
 #include "shared/WindowDesk.h"
 #include "sync/SyncRunner.h"
 
@@ -89,6 +94,27 @@ void MainTransfers::fetch(const QList<RemoteEntry> &entries, const QString &fold
     m_panes.file->ReFresh();
 }
 
+void MainTransfers::noteOutcome(const Outcome &outcome)
+{
+    if (m_synchronising && outcome.kind == Outcome::Kind::DeletedRemote)
+        m_deleted += outcome.from;
+}
+
+void MainTransfers::forgetDeleted()
+{
+    const QStringList deleted = std::exchange(m_deleted, {});
+    if (deleted.isEmpty() || !m_rooms.session.connected())
+        return;
+    Transaction transaction(m_rooms.database);
+    for (const QString &path : deleted) {
+        QString dir;
+        QString name;
+        sjSplitPath(path, dir, name);
+        m_rooms.cache.forgetFile(dir, name);
+    }
+    transaction.commit();
+}
+
 void MainTransfers::synchronise(bool down)
 {
     const auto turn = m_rooms.gate.begin();
@@ -99,6 +125,7 @@ void MainTransfers::synchronise(bool down)
     const auto report = m_rooms.syncRunner.run(
         {m_panes.file->NodePath(), m_panes.ftp->FsFllPh(), down, QString(), false});
     m_rooms.desk.setMessageLine({});
+    forgetDeleted();
     if (down)
         m_panes.file->ReFresh();
     else if (report.result == 1 && m_rooms.session.connected())

@@ -6,6 +6,7 @@
 
 #include "mainwin/MainPanes.h"
 #include "mainwin/MainRooms.h"
+#include "shared/FrontEnd.h"
 #include "views/RemoteEntries.h"
 
 namespace venlo
@@ -30,13 +31,18 @@ public:
     /// so that its own review is not said a second time.
     void synchronise(bool down);
     [[nodiscard]] bool synchronising() const { return m_synchronising; }
+    /// What a synchronisation did.
+    void noteOutcome(const Outcome &outcome);
 
 private:
+    /// The deletions of a synchronisation leave the cache alone, which a pane would then show.
+    void forgetDeleted();
     [[nodiscard]] bool confirm(const QString &target, const QString &words) const;
 
     MainRooms &m_rooms;
     MainPanes &m_panes;
     bool m_synchronising = false;
+    QStringList m_deleted; ///< remote files that the synchronisation deleted
 };
 
 } // namespace venlo

@@ -138,6 +138,7 @@ void ffMain::openLocal(const QString &selection, int mode)
 
 void ffMain::showOutcome(const Outcome &outcome)
 {
+    m_transfers->noteOutcome(outcome);
     // What was refused while a name was edited has been said there.
     if (outcome.kind != Outcome::Kind::GivenUp || m_transfers->synchronising() ||
         m_panes.ftp->tellsRefusals())

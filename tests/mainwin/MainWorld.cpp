@@ -18,7 +18,7 @@ const QString &group()
 } // namespace
 
 MainWorld::MainWorld()
-    : gate(person),
+    : gate(person), windowRunner(comparison, worker, review, database, person, flags),
       shell(ProgramPlaces::ofThisProgram(QStringLiteral("VenloFtp")), userData(), QString(), person)
 {
     flags.batch = false;
@@ -33,8 +33,8 @@ MainRooms MainWorld::rooms()
     settings->GetTxt(settingsPath(), loaded);
     if (!loaded)
         qFatal("the settings do not load");
-    return {person, flags,      gate,   *settings, database,       session,
-            cache,  operations, runner, shell,     errorLog.path()};
+    return {person, flags,      gate,         *settings, database,       session,
+            cache,  operations, windowRunner, shell,     errorLog.path()};
 }
 
 ffMain &MainWorld::open(bool shown, const LaunchLayout &launch)

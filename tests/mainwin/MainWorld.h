@@ -7,10 +7,21 @@
 #include "shared/OperationGate.h"
 #include "startup/settings/SettingsFile.h"
 #include "startup/settings/ShellHelpers.h"
+#include "sync/Execution.h"
 #include "sync/SyncWorld.h"
 
 namespace venlo::test
 {
+
+/// A review that is executed as it stands, as by a person who presses the button at once.
+class ExecutingReview : public ReviewHost
+{
+public:
+    [[nodiscard]] int act(SyncReview &review, Execution &execution, bool) override
+    {
+        return execution.run(review, true);
+    }
+};
 
 /// A main window over the whole engine, a throwaway user data folder and a throwaway local folder.
 /// A person sits before it: "/b" is not set and every question has to be announced.
@@ -34,6 +45,8 @@ public:
     void writeSetting(const QString &key, const QVariant &value);
 
     OperationGate gate;
+    ExecutingReview review;
+    SyncRunner windowRunner;
     std::unique_ptr<yIni> settings;
     ShellHelpers shell;
     std::unique_ptr<ffMain> window;

@@ -1,3 +1,4 @@
+#include <QAbstractItemView>
 #include <QDir>
 #include <QTest>
 
@@ -176,10 +177,17 @@ void tst_MainTransfers::synchronisesUp()
     start();
     m_world->flags.batch = true;
     Q_EMIT file().eAct(QStringLiteral("同期"));
-    // Somebody has to look at the review; here nobody can, so nothing runs.
-    QVERIFY(!m_server->exists("/pub/l.txt"));
-    QVERIFY(m_server->exists("/pub/r.txt"));
-    QVERIFY(m_server->count("MLSD") + m_server->count("LIST") >= 2);
+    QCOMPARE(m_server->file("/pub/l.txt"), QByteArray("local"));
+    QCOMPARE(m_server->file("/pub/sub/s.txt"), QByteArray("below"));
+    QVERIFY(!m_server->exists("/pub/r.txt"));
+    QVERIFY(!m_server->exists("/pub/deep"));
+    // The pane shows what the server has now, without another listing.
+    const auto *list = ftp().findChild<QAbstractItemView *>(QStringLiteral("LsView"))->model();
+    QStringList names;
+    for (int row = 0; row < list->rowCount(); ++row)
+        names += list->index(row, 0).data().toString();
+    names.sort();
+    QCOMPARE(names, (QStringList{QStringLiteral("l.txt"), QStringLiteral("sub")}));
 }
 
 void tst_MainTransfers::synchronisesDown()
