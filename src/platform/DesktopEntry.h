@@ -6,7 +6,7 @@
 namespace venlo
 {
 
-/// Desktop entries and MIME associations as the freedesktop.org specifications have them; only
+/// Desktop entries and MIME associations as freedesktop.org lays them down; only
 /// where there is no shell that answers for them.
 
 /// The value of a key in a group of a key file, escapes still in it; empty when it has none.

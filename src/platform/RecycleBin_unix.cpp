@@ -21,7 +21,7 @@
 namespace venlo
 {
 
-// The layout of the freedesktop.org trash specification, version 1.0: "files" holds what was
+// The trash layout of freedesktop.org, version 1.0: "files" holds what was
 // thrown away, "info" a text of the same name that says where it was.
 
 namespace
