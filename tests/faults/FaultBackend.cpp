@@ -26,6 +26,7 @@ public:
         makeTree(m_server.tree(), "/pub", rows);
         return true;
     }
+    void endSessions() override {}
     [[nodiscard]] TreeSnapshot content() const override
     {
         return snapshot(m_server.tree(), "/pub");
@@ -50,6 +51,7 @@ public:
         m_daemon.own();
         return made;
     }
+    void endSessions() override { m_daemon.dropSessions(); }
     [[nodiscard]] TreeSnapshot content() const override { return snapshot(pub()); }
 
 private:

@@ -22,6 +22,9 @@ public:
     [[nodiscard]] virtual QString password() const = 0;
     /// "/pub" holds these rows and nothing else.
     [[nodiscard]] virtual bool fill(const std::vector<TreeRow> &rows) = 0;
+    /// Ends sessions that lost their client. vsftpd notices after a minute only, and keeps what is
+    /// being uploaded locked as long.
+    virtual void endSessions() = 0;
     /// What "/pub" holds.
     [[nodiscard]] virtual TreeSnapshot content() const = 0;
 };

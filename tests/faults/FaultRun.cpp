@@ -183,6 +183,7 @@ bool FaultRun::recover(const FaultTrees &asked)
 {
     m_relay.setFault({});
     for (int attempt = 0; attempt < recoveries; ++attempt) {
+        m_backend.endSessions();
         if (again() && trees() == asked)
             return true;
     }
