@@ -34,6 +34,11 @@ private Q_SLOTS:
     void aListingCutBelowAWholeFolder();
     void aServerThatClosesAfterEachCommand_data();
     void aServerThatClosesAfterEachCommand();
+    void aListingThatEndsEarlyAsIfWhole_data();
+    void aListingThatEndsEarlyAsIfWhole();
+    void anUploadThatEndsEarlyAsIfWhole();
+    void aLastLineWithoutItsEnd();
+    void aRefusedDirectoryIsLeftBehind();
     void linkInPlaceOfAFolder();
     void readOnlyLocalFileIsDeleted();
     void vanishedLocalFileIsDone();
@@ -266,6 +271,77 @@ void tst_SyncFaults::aServerThatClosesAfterEachCommand()
     QVERIFY2(time.elapsed() < 60'000, "it ends in time");
     QVERIFY(localHas("both.txt") && m_server->exists("/pub/both.txt"));
     QVERIFY(upwards ? localHas("mine.txt") : m_server->exists("/pub/theirs.txt"));
+}
+
+void tst_SyncFaults::aListingThatEndsEarlyAsIfWhole_data()
+{
+    QTest::addColumn<int>("lines");
+    QTest::newRow("nothing came") << 0;
+    QTest::newRow("one line came") << 1;
+}
+
+/// Closed between two lines, with 226, nothing tells it from a whole one. Only a second listing
+/// shows that what is to be deleted here is there after all.
+void tst_SyncFaults::aListingThatEndsEarlyAsIfWhole()
+{
+    QFETCH(int, lines);
+    const std::vector<TreeRow> shared{
+        {"a.txt", "first one"}, {"b.txt", "second"}, {"in/c.txt", "third"}};
+    QVERIFY(makeTree(m_world->local(), shared));
+    makeTree(m_server->tree(), "/pub", shared);
+    start();
+    QByteArray cut;
+    if (lines > 0)
+        cut = "type=file;size=9;modify=20240506070809; a.txt\r\n";
+    m_server->on("MLSD").once().data(cut);
+    QCOMPARE(m_world->batch().RunSyncPattern(pattern, false), 1);
+    for (const TreeRow &row : shared)
+        QVERIFY2(localHas(row.path.constData()), row.path.constData());
+    QVERIFY(!m_world->person.outcomes(Outcome::Kind::GivenUp).empty());
+    m_world->session.CloseInternet();
+    QCOMPARE(m_world->batch().RunSyncPattern(pattern, false), 0);
+    QCOMPARE(difference(snapshot(m_world->local()), snapshot(m_server->tree(), "/pub")),
+             QStringList());
+}
+
+void tst_SyncFaults::anUploadThatEndsEarlyAsIfWhole()
+{
+    m_server->makeFolder("/pub");
+    QVERIFY(makeTree(m_world->local(), {{"a.txt", QByteArray(5000, 'a')}}));
+    start();
+    m_server->on("STOR").once().truncateAfter(100);
+    QCOMPARE(m_world->batch().RunSyncPattern(pattern, true), 0);
+    QCOMPARE(m_server->file("/pub/a.txt"), QByteArray(5000, 'a'));
+    QCOMPARE(m_server->count("STOR"), 2);
+}
+
+/// The name in it may be cut too, and then the file of the whole name would seem to be gone.
+void tst_SyncFaults::aLastLineWithoutItsEnd()
+{
+    const std::vector<TreeRow> shared{{"a.txt", "first one"}, {"b.txt", "second"}};
+    QVERIFY(makeTree(m_world->local(), shared));
+    makeTree(m_server->tree(), "/pub", shared);
+    start();
+    m_server->setRawListing("/pub", "type=file;size=9;modify=20240506070809; a.txt\r\n"
+                                    "type=file;size=6;modify=20240506070809; b.t");
+    QCOMPARE(m_world->batch().RunSyncPattern(pattern, false), 1);
+    QVERIFY(localHas("b.txt"));
+    QVERIFY(m_world->errorLogText().contains("InternetFindNextFile"));
+}
+
+/// A server that said no may have gone there all the same.
+void tst_SyncFaults::aRefusedDirectoryIsLeftBehind()
+{
+    m_server->makeFolder("/pub");
+    start();
+    QVERIFY(m_world->connectToSite());
+    FtpClient &client = m_world->session.client();
+    QVERIFY(client.changeDirectory("/pub"));
+    QVERIFY(client.changeDirectory("/pub"));
+    QCOMPARE(m_server->count("CWD", "/pub"), 1);
+    QVERIFY(!client.changeDirectory("/none"));
+    QVERIFY(client.changeDirectory("/pub"));
+    QCOMPARE(m_server->count("CWD", "/pub"), 2);
 }
 
 void tst_SyncFaults::linkInPlaceOfAFolder()
