@@ -1,0 +1,87 @@
+// How a whole subtree is listed anew.
+#include "ftp/DirectoryCacheWalk.h"
+#include "ftp/ErrorLog.h"
+#include "shared/Flags.h"
+#include "shared/FrontEnd.h"
+
+namespace venlo
+{
+
+namespace
+{
+constexpr int maxDepth = 128;
+
+/// Closes the wait window whatever ends the work.
+class WaitWindow
+{
+public:
+    WaitWindow(FrontEnd &frontEnd, const QString &text) : m_frontEnd(frontEnd)
+    {
+        m_frontEnd.showWait(text);
+    }
+    ~WaitWindow() { m_frontEnd.closeWait(); }
+    WaitWindow(const WaitWindow &) = delete;
+    WaitWindow &operator=(const WaitWindow &) = delete;
+
+private:
+    FrontEnd &m_frontEnd;
+};
+
+/// Empties the message line whatever ends the work.
+class MessageLine
+{
+public:
+    MessageLine(FrontEnd &frontEnd, bool shown) : m_frontEnd(frontEnd), m_shown(shown) {}
+    ~MessageLine()
+    {
+        if (m_shown)
+            m_frontEnd.setMessageLine(QString());
+    }
+    MessageLine(const MessageLine &) = delete;
+    MessageLine &operator=(const MessageLine &) = delete;
+
+private:
+    FrontEnd &m_frontEnd;
+    bool m_shown;
+};
+} // namespace
+
+void DirectoryCache::caRefresh(const QString &path)
+{
+    if (!m_session.connected())
+        return;
+    if (refusesPath(path)) {
+        m_session.errorLog().LogError(QStringLiteral("sjCrntDir Err: ") + path);
+        mark(path, QStringLiteral("the path holds the server's name"), false);
+        return;
+    }
+    const QString dir = normalised(path);
+    const WaitWindow wait(m_frontEnd, QStringLiteral("FTP側のﾃﾞｨﾚｸﾄﾘ情報を更新しています"));
+    const MessageLine messageLine(m_frontEnd, !m_flags.unattendedTransfer);
+    m_rawPaths.clear();
+    Walk walk(*this, dir);
+    caRecTree(dir, 0);
+    walk.ended();
+}
+
+void DirectoryCache::caRecTree(const QString &dir, int depth)
+{
+    if (depth > maxDepth) {
+        mark(dir, QStringLiteral("nested too deeply"), false);
+        return;
+    }
+    if (m_frontEnd.cancelled() || !m_session.connected()) {
+        mark(dir, QStringLiteral("not listed"), false);
+        return;
+    }
+    if (!m_flags.unattendedTransfer)
+        m_frontEnd.setMessageLine(dir + QStringLiteral(" ﾌｫﾙﾀﾞとﾌｧｲﾙ情報を記録しています･･･"));
+    QStringList subFolders;
+    QString misfits;
+    (void)load(dir, WithSubFolders, subFolders, misfits);
+    m_frontEnd.yield();
+    for (const QString &name : std::as_const(subFolders))
+        caRecTree(remoteChild(dir, name), depth + 1);
+}
+
+} // namespace venlo

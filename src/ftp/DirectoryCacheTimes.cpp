@@ -1,0 +1,72 @@
+// How the times of a listing are understood and made finer.
+#include <cmath>
+
+#include "db/Recordset.h"
+#include "ftp/DirectoryCache.h"
+#include "ftp/ErrorLog.h"
+#include "ftp/ListingTime.h"
+#include "shared/RemotePath.h"
+
+namespace venlo
+{
+
+namespace
+{
+constexpr int offsetSamples = 3;    // in one directory
+constexpr int allOffsetSamples = 6; // of a site
+constexpr qint64 quarterHour = 900;
+constexpr qint64 widestOffset = 15LL * 3600;
+} // namespace
+
+void DirectoryCache::learnOffset(const QString &dir, const Listing &listing)
+{
+    noticeSite();
+    if (m_session.listOffset || !m_session.client().hasMdtm())
+        return;
+    int asked = 0;
+    for (const ListedEntry &entry : listing.entries) {
+        if (entry.kind != ListedEntry::Kind::File || entry.dayOnly || !entry.time.isValid())
+            continue;
+        if (++asked > offsetSamples || m_offsetSamples >= allOffsetSamples)
+            return;
+        ++m_offsetSamples;
+        const auto utc = m_session.client().modificationTime(entry.rawName);
+        if (!utc)
+            continue;
+        // The listing is cut to the minute; zones differ by quarter hours.
+        const double apart = static_cast<double>(entry.time.secsTo(utc.value()));
+        const qint64 offset =
+            std::llround(std::floor(apart / 60.0) * 60.0 / quarterHour) * quarterHour;
+        if (std::abs(offset) > widestOffset || std::abs(apart - static_cast<double>(offset)) > 60.0)
+            continue;
+        m_session.listOffset = offset;
+        m_session.eventLog().note(
+            QStringLiteral("the listing's clock of %1 is %2 s from UTC").arg(dir).arg(offset));
+        return;
+    }
+}
+
+std::optional<double> DirectoryCache::refineTime(const QString &dir, const QString &name)
+{
+    if (!m_session.connected() || !m_session.client().hasMdtm())
+        return std::nullopt;
+    static const QStringList keys{QStringLiteral("sDir"), QStringLiteral("sName")};
+    const auto table = m_database.openTable(m_session.currentSite());
+    const QVariantList shown = table->find({QStringLiteral("day only")}, keys, {dir, name});
+    if (shown.isEmpty() || shown.at(0).toLongLong() != 1)
+        return std::nullopt;
+    const QByteArray path =
+        (dir == QLatin1String("/") ? QByteArray() : rawPath(dir)) + '/' + rawName(dir, name);
+    const auto utc = m_session.client().modificationTime(path);
+    if (!utc)
+        return std::nullopt;
+    ListedEntry entry;
+    entry.time = utc.value();
+    entry.utc = true;
+    const double day = listingDay(wallClockOf(entry, std::nullopt), presentLocalOffset());
+    (void)table->change({QStringLiteral("dDate"), QStringLiteral("day only")}, {day, 0}, keys,
+                        {dir, name});
+    return day;
+}
+
+} // namespace venlo

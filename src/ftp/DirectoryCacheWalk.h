@@ -1,0 +1,103 @@
+#pragma once
+
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include <QSet>
+#include <QStringList>
+
+#include "ftp/DirectoryCache.h"
+#include "shared/RemotePath.h"
+
+namespace venlo
+{
+
+/// A walk over a subtree. Its root counts as incomplete from the moment its rows go until the walk
+/// has been everywhere, so that a program that dies on the way leaves no tree that looks whole.
+class DirectoryCache::Walk
+{
+    /// Listings that are stored at a time: a commit takes a disk's turn.
+    static constexpr size_t batch = 50;
+
+public:
+    Walk(DirectoryCache &cache, const QString &dir) : m_cache(cache), m_root(dir)
+    {
+        Transaction transaction(m_cache.m_database);
+        m_cache.dropPrefix(dir);
+        m_cache.m_marks.set(m_cache.m_session.currentSite(),
+                            {dir, QStringLiteral("not listed"), false});
+        transaction.commit();
+        m_cache.m_walk = this;
+    }
+    ~Walk() { m_cache.m_walk = nullptr; }
+    Walk(const Walk &) = delete;
+    Walk &operator=(const Walk &) = delete;
+
+    /// A directory was listed whole; true for the root, whose mark has to wait.
+    [[nodiscard]] bool listedWhole(const QString &dir)
+    {
+        m_rootIsWhole = m_rootIsWhole || dir == m_root;
+        return dir == m_root;
+    }
+    /// Keeps what the server said of a directory until it is stored with others; the sub-folders
+    /// to go on with. Of names that differ in letter case only the first fits the cache.
+    [[nodiscard]] QStringList take(const QString &dir, std::optional<Listing> listing,
+                                   const QString &why, bool refused)
+    {
+        QStringList folders;
+        QSet<QString> names;
+        for (const ListedEntry &entry : listing ? listing->entries : decltype(listing->entries)()) {
+            const auto before = names.size();
+            names.insert(entry.name.toCaseFolded());
+            if (names.size() == before || entry.kind != ListedEntry::Kind::Folder)
+                continue;
+            folders.append(entry.name);
+            if (entry.rawName != entry.name.toLatin1())
+                m_cache.learnRawPath(remoteChild(dir, entry.name), entry.rawName);
+        }
+        m_heard.push_back({dir, std::move(listing), why, refused});
+        ++m_asked;
+        if (m_cache.m_refreshReport)
+            m_cache.m_refreshReport(m_asked);
+        if (m_heard.size() >= batch)
+            store();
+        return folders;
+    }
+    void ended()
+    {
+        store();
+        if (m_rootIsWhole)
+            m_cache.m_marks.clear(m_cache.m_session.currentSite(), m_root);
+    }
+
+private:
+    struct Heard {
+        QString dir;
+        std::optional<Listing> listing;
+        QString why;
+        bool refused = false;
+    };
+    void store()
+    {
+        Transaction transaction(m_cache.m_database);
+        for (const Heard &heard : m_heard) {
+            QStringList ignored;
+            QString misfits;
+            if (heard.listing)
+                m_cache.storeListing(heard.dir, *heard.listing, ignored, misfits);
+            else
+                m_cache.mark(heard.dir, heard.why, heard.refused);
+        }
+        transaction.commit();
+        m_heard.clear();
+    }
+
+    DirectoryCache &m_cache;
+    std::vector<Heard> m_heard;
+    QString m_root;
+    int m_asked = 0; ///< directories that were listed, or could not be
+    bool m_rootIsWhole = false;
+};
+
+} // namespace venlo
