@@ -10,7 +10,7 @@ using namespace std::chrono_literals;
 namespace
 {
 // How long a cancelled command may still bring its reply, so that the session stays in step.
-constexpr auto cancelGrace = 3s;
+constexpr auto cancelGrace = 1s; // a server that answers within it keeps its session
 constexpr int serviceClosing = 421;
 constexpr char telnetIac = '\xff';
 constexpr qsizetype shortestSecret = 4;
