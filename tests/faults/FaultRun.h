@@ -68,6 +68,7 @@ private:
     [[nodiscard]] QStringList cachedBelow(const QString &dir);
     [[nodiscard]] QStringList errorLines() const;
     [[nodiscard]] bool synchronises() const;
+    [[nodiscard]] bool emptyListing() const;
 
     FaultBackend &m_backend;
     FaultRelay &m_relay;

@@ -1,8 +1,9 @@
 #include "support/RelaySession.h"
 
-#include "support/Ports.h"
-
 #include <QRegularExpression>
+
+#include <netinet/in.h>
+#include <sys/socket.h>
 
 namespace venlo::test
 {
@@ -13,6 +14,18 @@ using Kind = RelayFault::Kind;
 constexpr int writeLimitMs = 5'000;
 constexpr int delayMs = 120;
 constexpr int readSize = 64 * 1024;
+
+/// A port where nobody listens, and nobody else can begin to.
+Socket boundOnly()
+{
+    Socket socket(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    sockaddr_in address = {};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    if (::bind(socket.fd(), reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0)
+        return {};
+    return socket;
+}
 
 bool isTransfer(const QByteArray &verb)
 {
@@ -210,8 +223,10 @@ QByteArray RelaySession::rewritten(const QByteArray &bytes)
 {
     const bool extended = bytes.startsWith("229");
     m_link = std::make_unique<RelayLink>(portIn(bytes));
+    if (!m_closed.isValid())
+        m_closed = boundOnly();
     if (m_fault && m_fault->kind == Kind::ClosedPort)
-        return passiveReply(extended, {}, freePort());
+        return passiveReply(extended, {}, m_closed.port());
     if (m_fault && m_fault->kind == Kind::WrongAddress)
         return passiveReply(extended, "192.0.2.1", m_link->port());
     return passiveReply(extended, {}, m_link->port());

@@ -43,6 +43,7 @@ private:
     QByteArray m_verb;
     std::optional<RelayFault> m_fault; ///< of the command in hand
     std::unique_ptr<RelayLink> m_link;
+    Socket m_closed;        ///< bound, and does not listen
     bool m_swallow = false; ///< the greeting is replaced
     bool m_over = false;
     std::atomic<bool> m_finished = false;

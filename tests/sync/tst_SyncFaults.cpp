@@ -38,6 +38,7 @@ private Q_SLOTS:
     void aListingThatEndsEarlyAsIfWhole();
     void anUploadThatEndsEarlyAsIfWhole();
     void aLastLineWithoutItsEnd();
+    void aListingThatIsReset();
     void aRefusedDirectoryIsLeftBehind();
     void linkInPlaceOfAFolder();
     void readOnlyLocalFileIsDeleted();
@@ -327,6 +328,24 @@ void tst_SyncFaults::aLastLineWithoutItsEnd()
     QCOMPARE(m_world->batch().RunSyncPattern(pattern, false), 1);
     QVERIFY(localHas("b.txt"));
     QVERIFY(m_world->errorLogText().contains("InternetFindNextFile"));
+}
+
+/// To whoever reads, a reset looks like the end.
+void tst_SyncFaults::aListingThatIsReset()
+{
+    makeTree(m_server->tree(), "/pub", {{"a.txt", "first one"}, {"b.txt", "second"}});
+    start();
+    QVERIFY(m_world->connectToSite());
+    FtpClient &client = m_world->session.client();
+    QVERIFY(client.changeDirectory("/pub"));
+    const QByteArray line = "type=file;size=9;modify=20240506070809; a.txt\r\n";
+    m_server->on("MLSD").data(line + line).resetAfterBytes(line.size());
+    const auto listing = client.list();
+    QVERIFY(!listing || !listing.value().whole);
+    m_server->script().clear();
+    const auto again = client.list();
+    QVERIFY(again && again.value().whole);
+    QCOMPARE(again.value().entries.size(), size_t(2));
 }
 
 /// A server that said no may have gone there all the same.

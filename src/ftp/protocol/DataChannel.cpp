@@ -86,6 +86,8 @@ void DataChannel::onConnected()
         m_tls->startClientEncryption(); // in active mode too (RFC 4217, 7)
     else
         m_wasConnected = true;
+    if (m_tls == nullptr && m_direction == Direction::Receive)
+        m_end.emplace(m_socket->socketDescriptor());
 }
 
 void DataChannel::onEncrypted()
@@ -246,6 +248,7 @@ bool DataChannel::allSent() const
 
 void DataChannel::abort()
 {
+    m_end.reset();
     if (m_socket)
         m_socket->abort();
     if (m_server)

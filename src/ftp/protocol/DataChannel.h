@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/ConnectionEnd.h"
 #include "shared/Result.h"
 
 #include <QDeadlineTimer>
@@ -56,6 +57,8 @@ public:
     [[nodiscard]] QByteArray read();
     /// Everything the peer sent was read and it closed in order.
     [[nodiscard]] bool atEnd() const;
+    /// It was reset: what arrived may be a part. A reset looks like an end in order otherwise.
+    [[nodiscard]] bool wasReset() const { return m_end && m_end->wasReset(); }
     /// Space for another chunk.
     [[nodiscard]] bool wantsBytes() const;
     void write(const QByteArray &bytes);
@@ -88,7 +91,8 @@ private:
     QHostAddress m_peer;
     qint64 m_moved = 0;
     qint64 m_queued = 0;
-    bool m_wasConnected = false; ///< and its handshake was done
+    std::optional<ConnectionEnd> m_end; ///< of a plain connection that receives
+    bool m_wasConnected = false;        ///< and its handshake was done
     bool m_closeNotified = false;
     bool m_closing = false; ///< close_notify is on its way
     bool m_ticketCame = false;

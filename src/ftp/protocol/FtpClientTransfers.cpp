@@ -85,15 +85,21 @@ Result<Listing> FtpClient::State::listBy(bool mlsd)
             return Step::Stop;
         return transfer.data.atEnd() ? Step::Done : Step::More;
     });
+    const bool reset = transfer.data.wasReset();
     // A last line without its line end counts only when nothing broke.
     const bool lastLineWhole = !ended || feeder.finish();
     Listing listing = parser.take();
     listing.fromMlsd = mlsd;
     if (!ended && (listing.entries.empty() || ended.error().kind == ErrorClass::Cancelled))
         return ended.error();
+    if (reset && listing.entries.empty())
+        return Error{ErrorClass::Retry, QStringLiteral("the data connection was reset"), 0};
     if (!ended || !transfer.opened) {
         listing.whole = false;
         listing.why = ended ? QStringLiteral("no opening reply") : ended.error().words;
+    } else if (reset) {
+        listing.whole = false;
+        listing.why = QStringLiteral("the data connection was reset");
     } else if (!lastLineWhole) {
         listing.whole = false;
         listing.why = QStringLiteral("the last line has no end");
