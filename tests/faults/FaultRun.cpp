@@ -387,7 +387,7 @@ void FaultRun::checkWords(const FaultTrees &asked, QStringList &wrong) const
         wrong << QStringLiteral("says it is done, and is not: ") +
                      (difference(asked.local, now.local) + difference(asked.remote, now.remote))
                          .join(QLatin1String("; "));
-    if ((!same || !m_saysDone) && !reported())
+    if (((!same && !emptyListing()) || !m_saysDone) && !reported())
         wrong << QStringLiteral("given up without a word");
 }
 
