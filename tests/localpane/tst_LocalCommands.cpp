@@ -467,6 +467,5 @@ void tst_LocalCommands::shellWords()
 
 } // namespace venlo
 
-Q_DECLARE_METATYPE(venlo::CollectFlags)
 QTEST_MAIN(venlo::tst_LocalCommands)
 #include "tst_LocalCommands.moc"

@@ -26,6 +26,7 @@ public:
     }
     bool question(const QString &) override { return false; }
     bool retryOrCancel(const QString &) override { return false; }
+    QString pickFolder(const QString &, const QString &) override { return {}; }
     OverwriteAnswer askOverwrite(const OverwriteQuestion &) override { return {}; }
     void showWait(const QString &) override {}
     void closeWait() override {}
