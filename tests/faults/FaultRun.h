@@ -58,6 +58,7 @@ public:
     [[nodiscard]] QString story() const;
 
 private:
+    [[nodiscard]] bool getReady();
     [[nodiscard]] bool carryOut();
     [[nodiscard]] bool put();
     [[nodiscard]] bool again();

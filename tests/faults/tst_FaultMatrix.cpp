@@ -101,6 +101,7 @@ private:
     std::unique_ptr<FaultBackend> m_backend;
     std::unique_ptr<FaultRelay> m_relay;
     FaultTrees m_asked;
+    int m_number = 0; ///< of the combination, over all operations
     int m_tried = 0;
     int m_done = 0;
     int m_reported = 0;
@@ -131,10 +132,9 @@ void tst_FaultMatrix::combinations(FaultOperation operation)
     QVERIFY2(!run.reported(), qPrintable(run.story()));
     const QList<QByteArray> verbs = m_relay->verbs();
     m_asked = run.trees();
-    int number = 0;
     for (const bool always : {false, true}) {
         for (const NamedFault &named : faultsOf(verbs, always)) {
-            if (isWanted(++number))
+            if (isWanted(++m_number))
                 QTest::newRow(named.name.constData()) << named.fault;
         }
     }
@@ -142,6 +142,8 @@ void tst_FaultMatrix::combinations(FaultOperation operation)
 
 void tst_FaultMatrix::combination(FaultOperation operation)
 {
+    if (QTest::currentDataTag() == nullptr)
+        QSKIP("none of its combinations is in this part");
     QFETCH(RelayFault, fault);
     FaultRun run(*m_backend, *m_relay, operation, shortest());
     QVERIFY2(run.prepare(), qPrintable(run.story()));
