@@ -95,9 +95,9 @@ int listOnly(FtpClient &client, const QByteArray &dir)
     if (!listing)
         return 0;
     int entries = 0;
-    for (const RemoteEntry &entry : listing.value().entries) {
+    for (const ListedEntry &entry : listing.value().entries) {
         ++entries;
-        if (entry.kind == RemoteEntry::Kind::Folder)
+        if (entry.kind == ListedEntry::Kind::Folder)
             entries += listOnly(client, dir + '/' + entry.rawName);
     }
     return entries;
