@@ -58,6 +58,8 @@ void DataChannel::adopt(std::unique_ptr<QTcpSocket> socket)
     m_socket->setReadBufferSize(4 * chunk);
     QObject::connect(m_socket.get(), &QTcpSocket::connected, m_socket.get(),
                      [this] { onConnected(); });
+    QObject::connect(m_socket.get(), &QTcpSocket::disconnected, m_socket.get(),
+                     [this] { onDisconnected(); });
     if (m_protection) {
         m_tls = qobject_cast<QSslSocket *>(m_socket.get());
         m_tls->setSslConfiguration(m_protection->session);
@@ -88,6 +90,14 @@ void DataChannel::onConnected()
         m_wasConnected = true;
     if (m_tls == nullptr && m_direction == Direction::Receive)
         m_end.emplace(m_socket->socketDescriptor());
+}
+
+/// Asked at once, and the second handle let go: while it is held the server's orderly close is not
+/// answered, and some reset the connection for that.
+void DataChannel::onDisconnected()
+{
+    m_wasReset = m_end && m_end->wasReset();
+    m_end.reset();
 }
 
 void DataChannel::onEncrypted()

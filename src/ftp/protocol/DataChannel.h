@@ -58,7 +58,7 @@ public:
     /// Everything the peer sent was read and it closed in order.
     [[nodiscard]] bool atEnd() const;
     /// It was reset: what arrived may be a part. A reset looks like an end in order otherwise.
-    [[nodiscard]] bool wasReset() const { return m_end && m_end->wasReset(); }
+    [[nodiscard]] bool wasReset() const { return m_wasReset; }
     /// Space for another chunk.
     [[nodiscard]] bool wantsBytes() const;
     void write(const QByteArray &bytes);
@@ -77,6 +77,7 @@ private:
     void adopt(std::unique_ptr<QTcpSocket> socket);
     void takePending();
     void onConnected();
+    void onDisconnected();
     void onEncrypted();
     void closeWhenSent();
     void onTlsError(QAbstractSocket::SocketError error);
@@ -92,7 +93,8 @@ private:
     qint64 m_moved = 0;
     qint64 m_queued = 0;
     std::optional<ConnectionEnd> m_end; ///< of a plain connection that receives
-    bool m_wasConnected = false;        ///< and its handshake was done
+    bool m_wasReset = false;
+    bool m_wasConnected = false; ///< and its handshake was done
     bool m_closeNotified = false;
     bool m_closing = false; ///< close_notify is on its way
     bool m_ticketCame = false;
