@@ -217,7 +217,7 @@ void tst_DailyUse::closedDuringADownload()
             m_person.rightClickRow(ftpList, QStringLiteral("large.bin"));
             m_person.pickPopup({QStringLiteral("ﾀﾞｳﾝﾛｰﾄﾞ")});
             m_person.answer(QStringLiteral("にﾀﾞｳﾝﾛｰﾄﾞします"));
-            m_person.waitForWindow(QStringLiteral("sfOwt"));
+            m_person.waitForFocus(QStringLiteral("sfOwt"));
             m_person.pictureOf(QStringLiteral("sfOwt"), QStringLiteral("overwrite"));
             m_person.key(QStringLiteral("alt+y"));
             m_person.waitOutside(QStringLiteral("the transfer"),
@@ -311,7 +311,7 @@ void tst_DailyUse::comparisonThatIsDeclined()
             m_person.pickPopup({QStringLiteral("同期(FTP⇒ﾏｲｺﾝﾋﾟｭｰﾀｰ)")});
             m_person.answer(QStringLiteral("同期を実行します"));
             m_person.pictureOf(QStringLiteral("sfWait"), QStringLiteral("wait"));
-            m_person.waitForWindow(QStringLiteral("sfSync"));
+            m_person.waitForFocus(QStringLiteral("sfSync"));
             m_person.key(QStringLiteral("Escape"));
             m_person.waitFor(QStringLiteral("the review to go"),
                              [] { return QApplication::activeModalWidget() == nullptr; });
