@@ -13,7 +13,7 @@ namespace
 /// What any combination may take at most.
 constexpr qint64 limitMs = 60'000;
 /// Of the combinations, unless all are wanted: every so many-th.
-constexpr int sparse = 3;
+constexpr int sparse = 4;
 constexpr int sparseOnDaemons = 97;
 
 /// VENLO_FAULT_SERVER: "scripted" unless it says "plain" (a scripted server with LIST and PASV
