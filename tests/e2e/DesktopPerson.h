@@ -91,8 +91,6 @@ public:
     [[nodiscard]] QPoint widgetPoint(const QString &widget);
 
     void waitForWindow(const QString &objectName);
-    /// Keys reach a window only once the window manager has given it the focus.
-    void waitForFocus(const QString &objectName);
     void waitForRow(const QString &view, const QString &text);
     void waitForNoRow(const QString &view, const QString &text);
     void waitForFocus(const QString &widget);

@@ -238,12 +238,6 @@ void DesktopPerson::waitForWindow(const QString &objectName)
             [&] { return shownWidget(objectName).window()->isVisible(); });
 }
 
-void DesktopPerson::waitForFocus(const QString &objectName)
-{
-    waitFor(QStringLiteral("the focus in ") + objectName,
-            [&] { return shownWidget(objectName).window()->isActiveWindow(); });
-}
-
 void DesktopPerson::waitForRow(const QString &view, const QString &text)
 {
     waitFor(text + QStringLiteral(" in ") + view,
