@@ -7,6 +7,7 @@
 #include "ftp/RemoteOperations.h"
 #include "ftp/Session.h"
 #include "ftppane/Download.h"
+#include "ftppane/OperationScopes.h"
 #include "ftppane/uFtp.h"
 #include "localpane/Upload.h"
 #include "localpane/uFile.h"
@@ -19,22 +20,6 @@
 
 namespace venlo
 {
-
-namespace
-{
-/// The message window for a scope.
-class MessageWindow
-{
-public:
-    explicit MessageWindow(sfMsg &window) : m_window(window) { m_window.cOn(); }
-    ~MessageWindow() { m_window.cOff(); }
-    MessageWindow(const MessageWindow &) = delete;
-    MessageWindow &operator=(const MessageWindow &) = delete;
-
-private:
-    sfMsg &m_window;
-};
-} // namespace
 
 MainTransfers::MainTransfers(MainRooms &rooms, MainPanes &panes) : m_rooms(rooms), m_panes(panes) {}
 
@@ -66,7 +51,7 @@ void MainTransfers::store(const QStringList &localPaths, const QString &remoteDi
     m_rooms.operations.standingAnswer = OverwriteMode::Ask;
     m_rooms.operations.resetCounts();
     {
-        const MessageWindow window(*m_panes.window);
+        const ShownMessages messages(*m_panes.window);
         Upload upload(m_rooms.operations, *m_panes.window,
                       [this](const QString &text) { m_rooms.desk.setMessageLine(text); });
         (void)upload.run(localPaths, remoteDir); // what was given up is told by the failure report
@@ -85,7 +70,7 @@ void MainTransfers::fetch(const QList<RemoteEntry> &entries, const QString &fold
     m_rooms.operations.standingAnswer = OverwriteMode::Ask;
     m_rooms.operations.resetCounts();
     {
-        const MessageWindow window(*m_panes.window);
+        const ShownMessages messages(*m_panes.window);
         Download download(m_rooms.operations, *m_panes.window,
                           [this](const QString &text) { m_rooms.desk.setMessageLine(text); });
         (void)download.run(entries, folder);
