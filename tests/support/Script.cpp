@@ -80,9 +80,18 @@ Script::On &Script::On::delay(int ms)
     return change([=](Rule &r) { r.action.delayMs = ms; });
 }
 
-Script::On &Script::On::endlessReply()
+Script::On &Script::On::endlessReply(const QByteArray &block)
 {
-    return change([](Rule &r) { r.action.endless = true; });
+    constexpr qint64 forEver = 256LL * 1024 * 1024;
+    return flood(block, forEver);
+}
+
+Script::On &Script::On::flood(const QByteArray &block, qint64 bytes)
+{
+    return change([&](Rule &r) {
+        r.action.flood = block;
+        r.action.floodBytes = bytes;
+    });
 }
 
 Script::On &Script::On::closedPort()
@@ -103,6 +112,14 @@ Script::On &Script::On::completion(const QByteArray &line)
 Script::On &Script::On::data(const QByteArray &bytes)
 {
     return change([&](Rule &r) { r.action.data = bytes; });
+}
+
+Script::On &Script::On::endlessData(const QByteArray &block)
+{
+    return change([&](Rule &r) {
+        r.action.data = block;
+        r.action.dataRepeats = true;
+    });
 }
 
 Script::On &Script::On::limit(qint64 bytes, Action::DataEnd end)
@@ -141,9 +158,12 @@ Script::On &Script::On::slow(int chunk, int delayMs)
     });
 }
 
-Script::On &Script::On::afterwards(const QByteArray &bytes)
+Script::On &Script::On::afterwards(const QByteArray &bytes, int times)
 {
-    return change([&](Rule &r) { r.action.afterwards = bytes; });
+    return change([&](Rule &r) {
+        r.action.afterwards = bytes;
+        r.action.afterwardsTimes = times;
+    });
 }
 
 Script::On &Script::On::call(std::function<void()> action)

@@ -26,17 +26,20 @@ struct Action {
     bool dropBefore = false;           ///< closes the control connection instead of replying
     bool dropAfter = false;            ///< closes it after the last reply of the command
     bool carryOut = false;             ///< with a reply: the command is done all the same, unseen
-    bool endless = false;              ///< a multi-line reply that never ends
+    QByteArray flood;                  ///< sent again and again instead of the reply
+    qint64 floodBytes = 0;             ///< then comes the reply, or the end of the connection
     bool closedPort = false;           ///< EPSV, PASV: names a port where nobody listens
     std::optional<QByteArray> reply;   ///< bytes sent instead of doing the command
     std::optional<QByteArray> opening; ///< instead of "150 ..."; empty: none is sent
     std::optional<QByteArray> completion; ///< instead of "226 ..."; empty: none is sent
     std::optional<QByteArray> data;       ///< instead of the file or listing
+    bool dataRepeats = false;             ///< data is sent again and again, without end
     std::optional<qint64> dataLimit;      ///< bytes
     DataEnd dataEnd = DataEnd::Whole;
     int chunk = 0; ///< bytes that move at a time, with chunkDelayMs between; 0: all at once
     int chunkDelayMs = 0;
-    QByteArray afterwards;      ///< bytes sent after everything, that nobody asked for
+    QByteArray afterwards; ///< bytes sent after everything, that nobody asked for
+    int afterwardsTimes = 1;
     std::function<void()> call; ///< run first, in the server's thread
 };
 
@@ -68,19 +71,25 @@ public:
         On &dropBeforeReply();
         On &hang();
         On &delay(int ms);
-        On &endlessReply();
+        /// A reply that goes on like this, by default with lines of a multi-line one; 256 MiB stand
+        /// for ever.
+        On &endlessReply(const QByteArray &block = QByteArray("211-and so on\r\n").repeated(1000));
+        /// So many bytes of a block, then the reply that the rule has, if any.
+        On &flood(const QByteArray &block, qint64 bytes);
         On &closedPort();
         On &opening(const QByteArray &line);
         On &completion(const QByteArray &line);
         On &withoutCompletion() { return completion({}); }
         On &data(const QByteArray &bytes);
+        /// Data of such blocks that ends only with the client.
+        On &endlessData(const QByteArray &block);
         /// The data ends after so many bytes; completion stays 226 unless said otherwise.
         On &truncateAfter(qint64 bytes);
         On &dropAfterBytes(qint64 bytes);
         On &resetAfterBytes(qint64 bytes);
         On &stallAfterBytes(qint64 bytes);
         On &slow(int chunk, int delayMs);
-        On &afterwards(const QByteArray &bytes);
+        On &afterwards(const QByteArray &bytes, int times = 1);
         On &call(std::function<void()> action);
 
     private:

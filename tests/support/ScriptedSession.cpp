@@ -9,7 +9,7 @@ namespace venlo::test
 namespace
 {
 
-constexpr qint64 endlessLimit = 256LL * 1024 * 1024;
+constexpr qsizetype longestNoted = 4096; ///< bytes of a reply that the record keeps
 
 bool needsNoLogin(const QByteArray &verb)
 {
@@ -98,8 +98,8 @@ void ScriptedSession::perform(const QByteArray &verb, const QByteArray &argument
         m_control.close();
         return;
     }
-    if (action.endless) {
-        sendEndlessly();
+    if (!action.flood.isEmpty() && (!sendFlood(action) || !action.reply)) {
+        m_control.close();
         return;
     }
     if (!action.reply || action.carryOut) {
@@ -112,7 +112,7 @@ void ScriptedSession::perform(const QByteArray &verb, const QByteArray &argument
             m_transfer.reset();
         send(*action.reply);
     }
-    if (!action.afterwards.isEmpty())
+    for (int i = 0; i < action.afterwardsTimes && m_control.isOpen(); ++i)
         send(action.afterwards);
     if (action.dropAfter)
         m_control.close();
@@ -155,22 +155,21 @@ bool ScriptedSession::isSupported(const QByteArray &verb) const
     return true;
 }
 
-void ScriptedSession::sendEndlessly()
+bool ScriptedSession::sendFlood(const Action &action)
 {
-    const QByteArray block = QByteArray("211-and so on\r\n").repeated(1000);
-    m_context.log.addReply(m_number, "211-and so on (endless)");
-    for (qint64 sent = 0; sent < endlessLimit; sent += block.size()) {
-        if (!m_control.send(block))
-            break;
+    m_context.log.addReply(m_number, action.flood.left(80) + "... (endless)");
+    for (qint64 sent = 0; sent < action.floodBytes; sent += action.flood.size()) {
+        if (!m_control.send(action.flood))
+            return false;
     }
-    m_control.close();
+    return true;
 }
 
 void ScriptedSession::send(const QByteArray &bytes)
 {
     if (m_muted || bytes.isEmpty())
         return;
-    m_context.log.addReply(m_number, bytes);
+    m_context.log.addReply(m_number, bytes.left(longestNoted));
     if (!m_control.send(bytes))
         m_control.close();
 }

@@ -31,7 +31,8 @@ private:
     void perform(const QByteArray &verb, const QByteArray &argument, const Action &action);
     void carryOut(const QByteArray &verb, const QByteArray &argument, const Action &action);
     [[nodiscard]] bool isSupported(const QByteArray &verb) const;
-    void sendEndlessly();
+    /// False when the client left meanwhile.
+    [[nodiscard]] bool sendFlood(const Action &action);
     void reply(int code, const QByteArray &text) { send(Script::replyText(code, text)); }
     void send(const QByteArray &bytes);
     [[nodiscard]] QByteArray resolve(const QByteArray &argument) const;

@@ -87,13 +87,14 @@ ScriptedTransfer::End ScriptedTransfer::send(QByteArray bytes, const Action &act
     const qint64 step = action.chunk > 0 ? action.chunk : blockSize;
     QElapsedTimer idle;
     idle.start();
-    for (qint64 done = 0; done < bytes.size();) {
+    for (qint64 done = 0; done < bytes.size() || action.dataRepeats;) {
         if (abortCame(control))
             return End::Aborted;
         if (idle.elapsed() > idleLimitMs || m_bell.hasRung())
             return End::Gone;
         if (!m_data.waitWritable(m_bell, lookEveryMs))
             continue;
+        done = done < bytes.size() ? done : 0; // only of data that repeats
         const qint64 sent =
             m_data.writeSome(bytes.constData() + done, std::min(step, bytes.size() - done));
         if (sent < 0)

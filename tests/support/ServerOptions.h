@@ -40,6 +40,9 @@ struct ServerOptions {
     bool listsDotNames = false;       ///< in LIST and MLSD
     /// The host in the PASV reply, "127,0,0,1" form.
     QByteArray pasvHost = "127,0,0,1";
+    /// Whatever is asked for is there and done: any directory can be entered and listed, any file
+    /// fetched ("evil"), and what is deleted, made or sent was.
+    bool agreesToAll = false;
     /// Closes the control connection after every reply from the login on.
     bool closesAfterEachCommand = false;
     /// The data connection is opened before the opening reply (what most servers do).

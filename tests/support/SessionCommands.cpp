@@ -83,7 +83,8 @@ void ScriptedSession::doCwd(const QByteArray &argument, const Action & /*action*
 {
     const QByteArray path = resolve(argument);
     const auto node = m_context.tree.node(path);
-    if (!node || node->kind != ScriptedTree::Kind::Folder) {
+    const bool folder = node && node->kind == ScriptedTree::Kind::Folder;
+    if (!folder && !m_context.options.agreesToAll) {
         reply(550, "No such directory");
         return;
     }
@@ -99,19 +100,20 @@ void ScriptedSession::doCdup(const QByteArray & /*argument*/, const Action &acti
 void ScriptedSession::doMkd(const QByteArray &argument, const Action & /*action*/)
 {
     const QByteArray path = resolve(argument);
-    m_context.tree.make(path) ? reply(257, quoted(path) + " made") : reply(550, "Cannot make it");
+    m_context.tree.make(path) || m_context.options.agreesToAll ? reply(257, quoted(path) + " made")
+                                                               : reply(550, "Cannot make it");
 }
 
 void ScriptedSession::doRmd(const QByteArray &argument, const Action & /*action*/)
 {
     const bool done = m_context.tree.removeFolder(resolve(argument));
-    done ? reply(250, "Removed") : reply(550, "Cannot remove it");
+    done || m_context.options.agreesToAll ? reply(250, "Removed") : reply(550, "Cannot remove it");
 }
 
 void ScriptedSession::doDele(const QByteArray &argument, const Action & /*action*/)
 {
     const bool done = m_context.tree.removeFile(resolve(argument));
-    done ? reply(250, "Deleted") : reply(550, "No such file");
+    done || m_context.options.agreesToAll ? reply(250, "Deleted") : reply(550, "No such file");
 }
 
 void ScriptedSession::doRnfr(const QByteArray &argument, const Action & /*action*/)

@@ -85,7 +85,7 @@ void ScriptedSession::doNlst(const QByteArray &argument, const Action &action)
 void ScriptedSession::sendListing(const QByteArray &folder, const QByteArray &text,
                                   const Action &action)
 {
-    if (!m_context.tree.exists(folder)) {
+    if (!m_context.tree.exists(folder) && !m_context.options.agreesToAll) {
         m_transfer.reset();
         reply(550, "No such directory");
         return;
@@ -100,6 +100,10 @@ void ScriptedSession::doRetr(const QByteArray &argument, const Action &action)
         sendData(node->bytes, action);
         return;
     }
+    if (m_context.options.agreesToAll) {
+        sendData("evil", action);
+        return;
+    }
     m_transfer.reset();
     reply(550, "No such file");
 }
@@ -110,7 +114,8 @@ void ScriptedSession::doStor(const QByteArray &argument, const Action &action)
     const auto parent = m_context.tree.node(ScriptedTree::parentOf(path));
     const auto old = m_context.tree.node(path);
     const bool taken = old && old->kind == ScriptedTree::Kind::Folder;
-    if (!parent || parent->kind != ScriptedTree::Kind::Folder || taken) {
+    const bool possible = parent && parent->kind == ScriptedTree::Kind::Folder && !taken;
+    if (!possible && !m_context.options.agreesToAll) {
         m_transfer.reset();
         reply(553, "Cannot store it there");
         return;
@@ -120,7 +125,7 @@ void ScriptedSession::doStor(const QByteArray &argument, const Action &action)
     QByteArray bytes("");
     const ScriptedTransfer::End end = m_transfer.receive(bytes, action, m_control);
     // Whatever came is there, as with real servers: a broken upload leaves half a file.
-    const bool stored = m_context.tree.store(path, bytes);
+    const bool stored = m_context.tree.store(path, bytes) || m_context.options.agreesToAll;
     if (!stored && end == ScriptedTransfer::End::Done)
         reply(451, "It went away meanwhile");
     else
