@@ -48,6 +48,13 @@ bool RemoteDownloads::getFiles(const QString &path, const QStringList &names,
     // A folder that cannot be made is what each of its files then fails with.
     if (const auto made = sjLocFold(folder); !made)
         m_context.note(QStringLiteral("%1: %2").arg(folder, made.error().words));
+    return getInto(SteadyFolder(folder), path, names);
+}
+
+bool RemoteDownloads::getInto(const SteadyFolder &local, const QString &path,
+                              const QStringList &names)
+{
+    const QString &folder = local.path();
     if (!m_context.enter(path, false))
         return false;
     const QString dir = m_context.cache.normalised(path);
@@ -66,7 +73,7 @@ bool RemoteDownloads::getFiles(const QString &path, const QStringList &names,
             return false;
         if (decision == Decision::Skip)
             m_context.skipped(item.remote, item.target, {});
-        else if (!getFile(item))
+        else if (!getFile(local, item))
             return false;
     }
     return true;
@@ -113,11 +120,10 @@ RemoteDownloads::Decision RemoteDownloads::decide(const Item &item)
     return answer.overwrite ? Decision::Fetch : Decision::Skip;
 }
 
-bool RemoteDownloads::getFile(const Item &item)
+bool RemoteDownloads::getFile(const SteadyFolder &folder, const Item &item)
 {
     const QString words = item.remote + QStringLiteral(" > ") + item.folder;
-    const auto attempted =
-        m_context.fiveAttempts(item.remote, [this, &item] { return fetch(item); });
+    const auto attempted = m_context.fiveAttempts(item.remote, [&] { return fetch(folder, item); });
     switch (attempted.end) {
     case OperationContext::End::Done:
         m_context.status(words + QStringLiteral(" DownLoading･･･"));
@@ -133,7 +139,7 @@ bool RemoteDownloads::getFile(const Item &item)
     return false;
 }
 
-Result<void> RemoteDownloads::fetch(const Item &item)
+Result<void> RemoteDownloads::fetch(const SteadyFolder &folder, const Item &item)
 {
     if (const QString why = whyNotAFileName(item.name); !why.isEmpty())
         return Error{ErrorClass::Local, why, 0};
@@ -142,17 +148,23 @@ Result<void> RemoteDownloads::fetch(const Item &item)
     TemporaryFile temporary(m_journal, item.folder);
     if (auto opened = temporary.open(); !opened)
         return opened;
+    const Error elsewhere{ErrorClass::Local, SteadyFolder::words(), 0};
+    if (folder.leadsAway())
+        return elsewhere;
     if (auto current = m_context.stepInto(item.dir); !current)
         return current;
     const QByteArray raw = m_context.cache.rawName(item.dir, item.name);
-    ProgressThrottle meter(m_context.frontEnd, item.name, item.cached ? item.size : -1);
+    const qint64 expected = item.cached ? item.size : -1;
+    ProgressThrottle meter(m_context.frontEnd, item.name, expected);
     const auto received = m_context.session.client().retrieve(
-        raw, temporary.device(), [&meter](qint64 done) { meter.moved(done); });
+        raw, temporary.device(), [&meter](qint64 done) { meter.moved(done); }, expected);
     if (!received)
         return received.error();
     if (auto whole = checkSize(item, raw, received.value()); !whole)
         return whole;
     meter.finished(received.value());
+    if (folder.leadsAway())
+        return elsewhere;
     bool timeSet = true;
     auto replaced = temporary.replace(item.target, received.value(), timeFor(item, raw), timeSet);
     if (!timeSet)

@@ -78,6 +78,8 @@ Result<bool> RemoteUploads::sendOnce(const Item &item)
     const Stamp before(item.path);
     if (!file.open(QIODevice::ReadOnly))
         return Error{ErrorClass::Local, file.errorString(), 0};
+    if (item.folder != nullptr && item.folder->leadsAway())
+        return Error{ErrorClass::Local, SteadyFolder::words(), 0};
     if (auto current = m_context.stepInto(item.dir); !current)
         return current.error();
     const QByteArray raw = m_context.cache.rawName(item.dir, item.name);
@@ -86,12 +88,17 @@ Result<bool> RemoteUploads::sendOnce(const Item &item)
     UnfinishedUploads &unfinished = m_context.cache.unfinished();
     unfinished.sending(m_context.session.currentSite(), item.dir, item.name);
     const auto settled = qScopeGuard([&unfinished] { unfinished.settled(); });
-    const auto stored = m_context.session.client().store(raw, file, [&](qint64 done) {
-        moved = moved || done > 0;
-        meter.moved(done);
-    });
+    // With its local time both compare equal afterwards.
+    StoredFile there{file.fileTime(QFileDevice::FileModificationTime).toUTC()};
+    const auto stored = m_context.session.client().storeWhole(
+        raw, file,
+        [&](qint64 done) {
+            moved = moved || done > 0;
+            meter.moved(done);
+        },
+        there);
     if (!stored) {
-        if (mayHaveStored(stored.error(), moved))
+        if (there.timeTouched || mayHaveStored(stored.error(), moved))
             noteUnfinished(item);
         // A file that is being rewritten may break off under the reader's hands.
         if (stored.error().kind == ErrorClass::Local && before != Stamp(item.path))
@@ -102,43 +109,16 @@ Result<bool> RemoteUploads::sendOnce(const Item &item)
     const bool unchanged = stored.value() == before.size && before == Stamp(item.path);
     if (!unchanged)
         return false;
-    if (auto whole = checkSize(raw, stored.value()); !whole) {
+    // A data connection that the server, or something on the way, closes early looks like a whole
+    // one to both: only the size tells. What the server does not say counts as whole.
+    if (there.sizeThere && *there.sizeThere != stored.value()) {
         noteUnfinished(item);
-        return whole.error();
+        return Error{ErrorClass::Retry, QStringLiteral("送信した大きさが一致しません"), 0};
     }
-    if (auto set = setTime(item, raw, file); !set)
-        return set.error();
-    return before == Stamp(item.path);
-}
-
-/// A data connection that the server, or something on the way, closes early looks like a whole one
-/// to both: only the size tells. What the server does not say counts as whole.
-Result<void> RemoteUploads::checkSize(const QByteArray &raw, qint64 sent)
-{
-    FtpClient &client = m_context.session.client();
-    if (!client.hasSize())
-        return {};
-    const auto size = client.size(raw);
-    if (!size)
-        return size.error().kind == ErrorClass::Lost ? Result<void>(size.error()) : Result<void>();
-    if (size.value() == sent)
-        return {};
-    return Error{ErrorClass::Retry, QStringLiteral("送信した大きさが一致しません"), 0};
-}
-
-/// Gives the stored file its local time, so that both compare equal afterwards. What the server
-/// refuses stays as it is; a connection that broke here leaves it unknown, and the file goes again.
-Result<void> RemoteUploads::setTime(const Item &item, const QByteArray &raw, QFile &file)
-{
-    FtpClient &client = m_context.session.client();
-    if (!client.canSetTime())
-        return {};
-    auto set =
-        client.setModificationTime(raw, file.fileTime(QFileDevice::FileModificationTime).toUTC());
-    if (set || set.error().kind == ErrorClass::Lost)
-        return set;
-    m_context.note(QStringLiteral("time of %1 not set: %2").arg(item.remote, set.error().words));
-    return {};
+    if (there.timeNotSet)
+        m_context.note(
+            QStringLiteral("time of %1 not set: %2").arg(item.remote, there.timeNotSet->words));
+    return true;
 }
 
 void RemoteUploads::sent(const Item &item)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ftp/OperationContext.h"
+#include "ftp/SteadyFolder.h"
 #include "shared/NameList.h"
 
 #include <QString>
@@ -24,7 +25,7 @@ public:
     [[nodiscard]] bool putPath(const QString &dir, const QString &path);
     /// Lines of an upload list, files of one local folder.
     [[nodiscard]] bool putLines(const QString &dir, const std::vector<UploadLine> &lines,
-                                const QString &localFolder);
+                                const SteadyFolder &localFolder);
     /// A folder of a local folder into a folder of the same name below a remote one.
     [[nodiscard]] bool putFolder(const QString &localParent, const QString &name,
                                  const QString &remoteParent, int depth = 0);
@@ -37,6 +38,7 @@ private:
         QString name;
         QString remote;      ///< full path
         bool unsure = false; ///< the cache does not show all files of its directory
+        const SteadyFolder *folder = nullptr; ///< the local one, of a list
     };
     enum class Decision { Send, Skip, GivenUp, Cancel };
     /// What is known of the file in its place.
@@ -60,8 +62,6 @@ private:
     void giveUpLine(const Item &item, const Error &error);
     [[nodiscard]] Result<void> send(const Item &item);
     [[nodiscard]] Result<bool> sendOnce(const Item &item);
-    [[nodiscard]] Result<void> checkSize(const QByteArray &raw, qint64 sent);
-    [[nodiscard]] Result<void> setTime(const Item &item, const QByteArray &raw, QFile &file);
     void sent(const Item &item);
     void leaveOut(const Item &item);
 

@@ -2,6 +2,10 @@
 
 #include "ftp/protocol/Waiter.h"
 
+#include <QRegularExpression>
+
+#include <algorithm>
+
 namespace venlo
 {
 
@@ -13,12 +17,20 @@ namespace
 constexpr auto cancelGrace = 1s; // a server that answers within it keeps its session
 constexpr int serviceClosing = 421;
 constexpr char telnetIac = '\xff';
-constexpr qsizetype shortestSecret = 4;
-constexpr int firstNegative = 400;
+constexpr qsizetype shortestSecret = 4; // that may be searched for inside of words
+constexpr int firstMessage = 300;       // replies from here on are read by nobody but a person
+constexpr int mostUnasked = 100;        ///< a server that goes on like that would never let go
 
 bool hasForbiddenByte(const QByteArray &command)
 {
     return command.contains('\r') || command.contains('\n') || command.contains('\0');
+}
+
+/// With 0xFF doubled, which is a Telnet command otherwise, and its line end.
+QByteArray wireLine(QByteArray command)
+{
+    command.replace(QByteArray(1, telnetIac), QByteArray(2, telnetIac));
+    return command + "\r\n";
 }
 
 bool endsByPeer(QAbstractSocket::SocketError error)
@@ -118,12 +130,27 @@ Result<void> ControlChannel::send(const QByteArray &command, const QByteArray &s
         return Error{ErrorClass::Local, QStringLiteral("a name or password holds a line end")};
     if (!isOpen())
         return lost(QStringLiteral("not connected"));
-    QByteArray line = command;
-    line.replace(QByteArray(1, telnetIac), QByteArray(2, telnetIac));
     trace(QStringLiteral("> ") + QString::fromUtf8(shown.isEmpty() ? command : shown));
-    m_socket->write(line + "\r\n");
+    m_socket->write(wireLine(command));
     m_socket->flush();
     ++m_outstanding;
+    return {};
+}
+
+Result<void> ControlChannel::sendTogether(const QList<QByteArray> &commands)
+{
+    if (std::any_of(commands.begin(), commands.end(), hasForbiddenByte))
+        return Error{ErrorClass::Local, QStringLiteral("a name or password holds a line end")};
+    if (!isOpen())
+        return lost(QStringLiteral("not connected"));
+    QByteArray lines;
+    for (const QByteArray &command : commands) {
+        trace(QStringLiteral("> ") + QString::fromUtf8(command));
+        lines += wireLine(command);
+    }
+    m_socket->write(lines);
+    m_socket->flush();
+    m_outstanding += static_cast<int>(commands.size());
     return {};
 }
 
@@ -150,8 +177,10 @@ bool ControlChannel::isOpen()
         const Reply unasked = *m_next;
         m_next.reset();
         trace(QStringLiteral("< (unasked) ") + unasked.text());
-        if (unasked.code == serviceClosing) {
-            (void)lost(unasked.text());
+        if (unasked.code == serviceClosing || ++m_unasked > mostUnasked) {
+            (void)lost(unasked.code == serviceClosing
+                           ? unasked.text()
+                           : QStringLiteral("replies without end that nobody asked for"));
             return false;
         }
         pump();
@@ -173,7 +202,7 @@ Result<Reply> ControlChannel::accounted(Reply reply)
         error.replyCode = reply.code;
         return error;
     }
-    if (reply.code >= firstNegative) { // nothing but a message
+    if (reply.code >= firstMessage) {
         for (QString &line : reply.lines)
             line = withoutSecret(line);
     }
@@ -240,6 +269,7 @@ void ControlChannel::close()
     m_parser = ReplyParser();
     m_next.reset();
     m_outstanding = 0;
+    m_unasked = 0;
 }
 
 Error ControlChannel::lost(const QString &why)
@@ -261,9 +291,16 @@ void ControlChannel::trace(const QString &line) const
 
 QString ControlChannel::withoutSecret(QString text) const
 {
+    const QString hidden = QStringLiteral("****");
     if (m_secret.size() >= shortestSecret)
-        text.replace(m_secret, QStringLiteral("****"));
-    return text;
+        return text.replace(m_secret, hidden);
+    if (m_secret.isEmpty())
+        return text;
+    const QString alone = QStringLiteral("(?<![\\p{L}\\p{N}])") +
+                          QRegularExpression::escape(m_secret) +
+                          QStringLiteral("(?![\\p{L}\\p{N}])");
+    return text.replace(QRegularExpression(alone, QRegularExpression::UseUnicodePropertiesOption),
+                        hidden);
 }
 
 } // namespace venlo

@@ -5,6 +5,7 @@
 #include "shared/Result.h"
 
 #include <QHostAddress>
+#include <QList>
 #include <QNetworkProxy>
 #include <QSslConfiguration>
 #include <QSslSocket>
@@ -48,6 +49,8 @@ public:
     /// Sends a command. CR, LF and NUL are refused before a byte leaves; 0xFF is doubled (RFC 854).
     /// shown is what the trace gets instead of a secret.
     [[nodiscard]] Result<void> send(const QByteArray &command, const QByteArray &shown = {});
+    /// Several commands in one go; their replies come in order. None leaves when one is refused.
+    [[nodiscard]] Result<void> sendTogether(const QList<QByteArray> &commands);
     /// The next reply. 421 is a lost connection whatever was asked.
     [[nodiscard]] Result<Reply> readReply();
     /// The next reply if it is complete already.
@@ -71,8 +74,8 @@ public:
     [[nodiscard]] QHostAddress peerAddress() const { return m_socket->peerAddress(); }
     [[nodiscard]] QString peerName() const { return m_host; }
     void setTrace(Trace trace) { m_trace = std::move(trace); }
-    /// A password that no trace, error or refusal may show; a shorter one than four characters
-    /// would make the words of every server unreadable and is shown.
+    /// A password that no trace, error or refusal may show; one shorter than four characters, which
+    /// is a part of many words, only where it stands alone.
     void setSecret(const QString &secret) { m_secret = secret; }
     [[nodiscard]] QString withoutSecret(QString text) const;
     void trace(const QString &line) const;
@@ -94,6 +97,7 @@ private:
     QString m_secret;
     Trace m_trace;
     int m_outstanding = 0;
+    int m_unasked = 0; ///< replies of this connection that nobody asked for
     bool m_endedByPeer = false;
 };
 

@@ -87,6 +87,8 @@ Result<void> FtpClient::State::connectTo(const ServerAddress &address,
 {
     control.close();
     directory.clear();
+    nextPort = 0;
+    burstEnd = QDeadlineTimer();
     protectsData = false;
     tlsBroke = false;
     passive = options.passive || proxy.type() != QNetworkProxy::NoProxy;
@@ -288,10 +290,18 @@ Result<qint64> FtpClient::size(const QByteArray &name)
     const auto reply = m->expectCompletion("SIZE " + name);
     if (!reply)
         return reply.error();
-    bool number = false;
-    const qint64 bytes = reply.value().lines.value(0).trimmed().toLongLong(&number);
-    if (!number || bytes < 0)
+    const auto bytes = State::sizeIn(reply.value());
+    if (!bytes)
         return m->unreadable(reply.value());
+    return *bytes;
+}
+
+std::optional<qint64> FtpClient::State::sizeIn(const Reply &reply)
+{
+    bool number = false;
+    const qint64 bytes = reply.lines.value(0).trimmed().toLongLong(&number);
+    if (!reply.completion() || !number || bytes < 0)
+        return std::nullopt;
     return bytes;
 }
 
@@ -306,20 +316,30 @@ Result<QDateTime> FtpClient::modificationTime(const QByteArray &name)
     return time;
 }
 
+QByteArray FtpClient::State::setTimeCommand(const QByteArray &name, const QDateTime &utc) const
+{
+    const QByteArray digits = utc.toUTC().toString(QStringLiteral("yyyyMMddhhmmss")).toLatin1();
+    return (features.contains("MFMT") ? "MFMT " : "MDTM ") + digits + ' ' + name;
+}
+
+Result<void> FtpClient::State::timeWasSet(const Reply &reply)
+{
+    if (reply.completion())
+        return {};
+    // A server that does not do this at all says so with 5xx; asking for every file would cost a
+    // round trip each.
+    setTimeRefused = setTimeRefused || reply.permanent();
+    return errorOf(reply);
+}
+
 Result<void> FtpClient::setModificationTime(const QByteArray &name, const QDateTime &utc)
 {
-    const bool mfmt = m->features.contains("MFMT");
-    const QByteArray verb = mfmt ? "MFMT " : "MDTM ";
-    const QByteArray digits = utc.toUTC().toString(QStringLiteral("yyyyMMddhhmmss")).toLatin1();
-    const auto reply = m->expectCompletion(verb + digits + ' ' + name);
-    if (!reply) {
-        // A server that does not do this at all says so with 5xx; asking for every file would cost
-        // a round trip each.
-        if (reply.error().kind == ErrorClass::Refused)
-            m->setTimeRefused = true;
+    const auto reply = m->control.command(m->setTimeCommand(name, utc));
+    if (!reply)
         return reply.error();
-    }
-    if (mfmt || m->setTimeSeen)
+    if (auto set = m->timeWasSet(reply.value()); !set)
+        return set;
+    if (m->features.contains("MFMT") || m->setTimeSeen)
         return {};
     const auto shown = modificationTime(name);
     if (!shown)

@@ -12,6 +12,7 @@
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <vector>
 
 class QIODevice;
@@ -42,7 +43,19 @@ struct ClientLimits {
     std::chrono::milliseconds reply{60'000};
     std::chrono::milliseconds idleData{60'000}; ///< a data connection that moves no byte
     int maxEntries = 1'000'000;
-    qint64 maxListingBytes = 512LL * 1024 * 1024;
+    qint64 maxListingBytes = 256LL * 1024 * 1024;
+    /// For one listing as a whole: a server that sends a byte now and then never goes idle.
+    std::chrono::milliseconds listing{30 * 60'000};
+};
+
+/// A file that is stored: what it shall be like, and what the server said of it.
+struct StoredFile {
+    std::optional<QDateTime> time;                  ///< to be given to it where the server can, UTC
+    std::optional<qint64> sizeThere = std::nullopt; ///< what SIZE said; nothing where it said none
+    std::optional<Error> timeNotSet = std::nullopt; ///< why the server refused the time
+    /// The file there may have got the time though the upload failed: it must not be taken for the
+    /// one that was to be sent.
+    bool timeTouched = false;
 };
 
 /// The FTP client: one control connection with a current directory and honest state. Every reply
@@ -71,12 +84,18 @@ public:
     [[nodiscard]] Result<Listing> list();
 
     using Progress = std::function<void(qint64 done)>;
-    /// Downloads a file of the current directory into the device. The bytes received.
+    /// Downloads a file of the current directory into the device. The bytes received. expected: the
+    /// size where it is known; the port for the transfer behind a small file is asked for ahead.
     [[nodiscard]] Result<qint64> retrieve(const QByteArray &name, QIODevice &to,
-                                          const Progress &progress);
+                                          const Progress &progress, qint64 expected = -1);
     /// Uploads the device to a file of the current directory. The bytes sent.
     [[nodiscard]] Result<qint64> store(const QByteArray &name, QIODevice &from,
                                        const Progress &progress);
+    /// The same, asks for the size there and sets the time, in as few round trips as the server
+    /// bears: in a burst of small files SIZE, MFMT and the next EPSV ride behind STOR. The first
+    /// reply out of place ends that for good, and the connection with it (Lost).
+    [[nodiscard]] Result<qint64> storeWhole(const QByteArray &name, QIODevice &from,
+                                            const Progress &progress, StoredFile &file);
     [[nodiscard]] Result<void> rename(const QByteArray &from, const QByteArray &to);
     [[nodiscard]] Result<void> removeFile(const QByteArray &nameOrPath);
     [[nodiscard]] Result<void> makeDirectory(const QByteArray &name);

@@ -7,9 +7,11 @@
 #include "ftp/protocol/ServerAddress.h"
 #include "ftp/protocol/Waiter.h"
 
+#include <QDeadlineTimer>
 #include <QSet>
 
 #include <optional>
+#include <vector>
 
 namespace venlo
 {
@@ -18,13 +20,29 @@ namespace venlo
 struct FtpClient::State {
     State(Waiter &sharedWaiter, ClientLimits clientLimits);
 
+    /// A command whose reply nobody waits for before the next one may be sent.
+    struct Follower {
+        enum class Kind { Size, Time, Port };
+        Kind kind;
+        QByteArray command;
+        std::optional<Reply> reply = std::nullopt; ///< one in place
+        bool sent = false;
+        /// Whether a reply can be that of this command; one of a transfer cannot.
+        [[nodiscard]] bool isInPlace(int code) const;
+    };
+    /// How followers are sent: behind the command of a transfer while it runs, together once it is
+    /// over, or one at a time. It goes down for good at the first reply out of place.
+    enum class Pace { Riding, Together, Single };
+
     /// A transfer in hand: its data channel and the replies of its command.
     struct Transfer {
         explicit Transfer(DataChannel::Direction direction) : data(direction) {}
         DataChannel data;
-        bool opened = false;         ///< a preliminary reply came
-        Error stopped;               ///< why a step asked to stop
-        std::optional<Reply> final_; ///< completion or refusal
+        bool opened = false;          ///< a preliminary reply came
+        Error stopped;                ///< why a step asked to stop
+        std::optional<Reply> final_;  ///< completion or refusal
+        std::vector<Follower> riders; ///< in the order sent; before begin() those that shall ride
+        bool portWasReady = false;    ///< the port was asked for behind an earlier transfer
     };
 
     [[nodiscard]] Result<void> connectTo(const ServerAddress &address,
@@ -49,8 +67,9 @@ struct FtpClient::State {
     /// A completion whose text is not what the command promises.
     [[nodiscard]] Error unreadable(const Reply &reply) const;
 
-    /// Prepares the data connection and sends the transfer command right behind it.
-    [[nodiscard]] Result<void> begin(Transfer &transfer, const QByteArray &command);
+    /// Prepares the data connection and sends the transfer command right behind it. bytes: what the
+    /// transfer is expected to move, -1 when that is not known.
+    [[nodiscard]] Result<void> begin(Transfer &transfer, const QByteArray &command, qint64 bytes);
     [[nodiscard]] Result<void> preparePassive(Transfer &transfer);
     [[nodiscard]] Result<void> prepareActive(Transfer &transfer);
     /// Takes the replies that have come; an error when the connection was lost before the final
@@ -70,23 +89,43 @@ struct FtpClient::State {
     /// Runs a transfer: step moves the bytes that can be moved and tells whether the data part is
     /// done. Stop gives the transfer up with the error the step left in it.
     [[nodiscard]] Result<void> run(Transfer &transfer, const std::function<Step()> &step);
+    [[nodiscard]] Result<void> runAlone(Transfer &transfer, const std::function<Step()> &step);
+
+    [[nodiscard]] bool mayRide(qint64 bytes) const;
+    /// One transfer has just followed another in passive mode.
+    [[nodiscard]] bool inBurst() const;
+    void addPortQuestion(std::vector<Follower> &followers) const;
+    /// The port that was asked for ahead; 0 when there is none that is still open.
+    [[nodiscard]] quint16 takeNextPort();
+    /// Takes the replies of what rode along, whatever became of the transfer.
+    [[nodiscard]] Result<void> endRide(Transfer &transfer, Result<void> ended);
+    /// Sends what did not ride, as fast as the server bears.
+    [[nodiscard]] Result<void> follow(std::vector<Follower> &followers);
+    [[nodiscard]] Result<void> readFollowers(std::vector<Follower> &followers, Pace next);
+    [[nodiscard]] Error outOfPlace(const Reply &reply, Pace next);
+    void slowDown(Pace next, const QString &why);
     [[nodiscard]] Result<void> afterData(Transfer &transfer, WaitEnd end, Step last);
     [[nodiscard]] Result<void> afterBrokenData(Transfer &transfer);
     void waitForFinal(Transfer &transfer, std::chrono::milliseconds limit);
-    /// Runs an operation again in passive mode when active mode turned out not to work before its
-    /// device was touched: devices are not rewound.
+    /// Runs an operation once more when its way to the data connection turned out not to work
+    /// before its device was touched: devices are not rewound.
     template <typename Operation>
-    [[nodiscard]] auto retryPassively(const Operation &operation)
+    [[nodiscard]] auto withOneRepeat(const Operation &operation)
     {
-        repeatPassively = false;
+        repeatTransfer = false;
         auto result = operation();
-        if (!result && repeatPassively && result.error().kind != ErrorClass::Cancelled &&
-            control.isOpen()) {
-            passive = true;
+        if (!result && repeatTransfer && result.error().kind != ErrorClass::Cancelled &&
+            control.isOpen())
             return operation();
-        }
         return result;
     }
+    [[nodiscard]] Result<qint64> storeOnce(const QByteArray &name, QIODevice &from,
+                                           const Progress &progress,
+                                           std::vector<Follower> &followers);
+    [[nodiscard]] QByteArray setTimeCommand(const QByteArray &name, const QDateTime &utc) const;
+    [[nodiscard]] Result<void> timeWasSet(const Reply &reply);
+    /// SIZE (RFC 3659, 4) in a reply; nothing when the server did not say.
+    [[nodiscard]] static std::optional<qint64> sizeIn(const Reply &reply);
     [[nodiscard]] Result<Listing> listBy(bool mlsd);
 
     Waiter &waiter;
@@ -111,7 +150,12 @@ struct FtpClient::State {
     bool setTimeRefused = false;
     bool setTimeSeen = false; ///< MDTM has shown a time that MDTM set
     bool activeUnusable = false;
-    bool repeatPassively = false; ///< the operation in hand may run again in passive mode
+    bool repeatTransfer = false; ///< the operation in hand may run once more
+    Pace pace = Pace::Riding;
+    bool rideProven = false; ///< this server has answered riders in their place
+    QDeadlineTimer burstEnd; ///< until then a transfer counts as following another
+    quint16 nextPort = 0;    ///< asked for ahead of the next transfer
+    QDeadlineTimer nextPortUntil;
 };
 
 /// The error class of a negative reply (RFC 959, 4.2).

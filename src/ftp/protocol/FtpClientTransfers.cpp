@@ -5,7 +5,11 @@
 #include "ftp/protocol/ListingParser.h"
 #include "ftp/protocol/ListingWords.h"
 
+#include <QDeadlineTimer>
 #include <QIODevice>
+
+#include <algorithm>
+#include <limits>
 
 namespace venlo
 {
@@ -77,10 +81,15 @@ Result<Listing> FtpClient::State::listBy(bool mlsd)
                          QDate::currentDate());
     LineFeeder feeder(parser, limits);
     Transfer transfer(DataChannel::Direction::Receive);
-    if (auto begun = begin(transfer, mlsd ? "MLSD" : "LIST"); !begun)
+    if (auto begun = begin(transfer, mlsd ? "MLSD" : "LIST", 0); !begun)
         return begun.error();
     transfer.stopped = {ErrorClass::Refused, QStringLiteral("the listing is too long"), 0};
+    const QDeadlineTimer deadline(limits.listing);
     const auto ended = run(transfer, [&] {
+        if (deadline.hasExpired()) {
+            transfer.stopped.words = QStringLiteral("the listing takes too long");
+            return Step::Stop;
+        }
         if (!feeder.feed(transfer.data.read()))
             return Step::Stop;
         return transfer.data.atEnd() ? Step::Done : Step::More;
@@ -113,7 +122,7 @@ Result<Listing> FtpClient::State::listBy(bool mlsd)
 Result<Listing> FtpClient::list()
 {
     const bool mlsd = listsByMlsd();
-    auto listing = m->retryPassively([&] { return m->listBy(mlsd); });
+    auto listing = m->withOneRepeat([&] { return m->listBy(mlsd); });
     if (!listing && mlsd && notUnderstood(listing.error())) {
         m->mlsdRefused = true;
         return m->listBy(false);
@@ -121,11 +130,12 @@ Result<Listing> FtpClient::list()
     return listing;
 }
 
-Result<qint64> FtpClient::retrieve(const QByteArray &name, QIODevice &to, const Progress &progress)
+Result<qint64> FtpClient::retrieve(const QByteArray &name, QIODevice &to, const Progress &progress,
+                                   qint64 expected)
 {
-    return m->retryPassively([&]() -> Result<qint64> {
+    return m->withOneRepeat([&]() -> Result<qint64> {
         State::Transfer transfer(DataChannel::Direction::Receive);
-        if (auto begun = m->begin(transfer, "RETR " + name); !begun)
+        if (auto begun = m->begin(transfer, "RETR " + name, expected); !begun)
             return begun.error();
         const auto ended = m->run(transfer, [&] {
             const QByteArray bytes = transfer.data.read();
@@ -149,15 +159,20 @@ namespace
 class Sender
 {
 public:
-    Sender(QIODevice &from, DataChannel &to) : m_from(from), m_to(to) {}
+    Sender(QIODevice &from, DataChannel &to)
+        : m_from(from), m_to(to), m_left(from.isSequential() ? std::numeric_limits<qint64>::max()
+                                                             : from.size() - from.pos())
+    {
+    }
 
     /// False when the device cannot be read.
     bool push()
     {
         while (!m_finished && m_to.wantsBytes()) {
-            const QByteArray bytes = m_from.read(DataChannel::chunk);
+            const QByteArray bytes = m_from.read(std::min<qint64>(DataChannel::chunk, m_left));
+            m_left -= bytes.size();
             if (bytes.isEmpty()) {
-                if (!m_from.atEnd())
+                if (m_left > 0 && !m_from.atEnd())
                     return false;
                 m_finished = true;
                 m_to.finishWriting();
@@ -172,30 +187,89 @@ public:
 private:
     QIODevice &m_from;
     DataChannel &m_to;
+    qint64 m_left; ///< bytes; a file that grows as fast as it is sent would have no end
     bool m_finished = false;
 };
 } // namespace
 
+Result<qint64> FtpClient::State::storeOnce(const QByteArray &name, QIODevice &from,
+                                           const Progress &progress,
+                                           std::vector<Follower> &followers)
+{
+    Transfer transfer(DataChannel::Direction::Send);
+    transfer.riders = followers;
+    if (auto begun = begin(transfer, "STOR " + name, from.size()); !begun)
+        return begun.error();
+    Sender sender(from, transfer.data);
+    const auto ended = run(transfer, [&] {
+        if (!sender.push()) {
+            transfer.stopped = {ErrorClass::Local, from.errorString(), 0};
+            return Step::Stop;
+        }
+        if (progress)
+            progress(transfer.data.movedBytes());
+        return sender.done() ? Step::Done : Step::More;
+    });
+    std::copy_n(transfer.riders.begin(), std::min(transfer.riders.size(), followers.size()),
+                followers.begin());
+    if (!ended)
+        return ended.error();
+    return transfer.data.movedBytes();
+}
+
 Result<qint64> FtpClient::store(const QByteArray &name, QIODevice &from, const Progress &progress)
 {
-    return m->retryPassively([&]() -> Result<qint64> {
-        State::Transfer transfer(DataChannel::Direction::Send);
-        if (auto begun = m->begin(transfer, "STOR " + name); !begun)
-            return begun.error();
-        Sender sender(from, transfer.data);
-        const auto ended = m->run(transfer, [&] {
-            if (!sender.push()) {
-                transfer.stopped = {ErrorClass::Local, from.errorString(), 0};
-                return State::Step::Stop;
-            }
-            if (progress)
-                progress(transfer.data.movedBytes());
-            return sender.done() ? State::Step::Done : State::Step::More;
-        });
-        if (!ended)
-            return ended.error();
-        return transfer.data.movedBytes();
+    std::vector<State::Follower> nothing;
+    return m->withOneRepeat([&] { return m->storeOnce(name, from, progress, nothing); });
+}
+
+Result<qint64> FtpClient::storeWhole(const QByteArray &name, QIODevice &from,
+                                     const Progress &progress, StoredFile &file)
+{
+    using Kind = State::Follower::Kind;
+    const bool setsTime = file.time && canSetTime();
+    // A server without MFMT has to show once that it keeps the time as UTC.
+    const bool shows = m->setTimeSeen || m->features.contains("MFMT");
+    std::vector<State::Follower> followers;
+    if (hasSize())
+        followers.push_back({Kind::Size, "SIZE " + name});
+    if (setsTime && shows)
+        followers.push_back({Kind::Time, m->setTimeCommand(name, *file.time)});
+    const auto touched = [](const State::Follower &follower) {
+        const bool refused = follower.reply && !follower.reply->completion();
+        return follower.kind == Kind::Time && follower.sent && !refused;
+    };
+    auto sent = m->withOneRepeat([&] {
+        for (auto &follower : followers) {
+            file.timeTouched = file.timeTouched || touched(follower);
+            follower = {follower.kind, follower.command};
+        }
+        return m->storeOnce(name, from, progress, followers);
     });
+    if (!sent) {
+        file.timeTouched =
+            file.timeTouched || std::any_of(followers.begin(), followers.end(), touched);
+        return sent;
+    }
+    const bool rode = !followers.empty() && followers.front().reply;
+    if (!rode) {
+        if (auto followed = m->follow(followers); !followed)
+            return followed.error();
+    }
+    Result<void> time;
+    for (const State::Follower &follower : followers) {
+        if (follower.kind == Kind::Size)
+            file.sizeThere = State::sizeIn(*follower.reply);
+        else if (follower.kind == Kind::Time)
+            time = m->timeWasSet(*follower.reply);
+    }
+    if (setsTime && !shows)
+        time = setModificationTime(name, *file.time);
+    if (!time && time.error().kind == ErrorClass::Lost)
+        return time.error();
+    if (!time)
+        file.timeNotSet = time.error();
+    return sent;
 }
 
 } // namespace venlo

@@ -20,6 +20,7 @@ constexpr auto stragglerGrace = 200ms;
 constexpr int commandOkay = 200;
 constexpr int serviceClosing = 421;
 constexpr auto lastBytesGrace = 300ms;
+constexpr quint16 firstUserPort = 1024; ///< below are the machine's own services
 
 bool isPrivate(const QHostAddress &address)
 {
@@ -45,8 +46,9 @@ QByteArray portArgument(const QHostAddress &address, quint16 port)
 
 Result<void> FtpClient::State::preparePassive(Transfer &transfer)
 {
-    quint16 port = 0;
-    if (useEpsv) {
+    quint16 port = takeNextPort();
+    transfer.portWasReady = port != 0;
+    if (port == 0 && useEpsv) {
         const auto reply = control.command("EPSV");
         if (!reply)
             return reply.error();
@@ -66,6 +68,9 @@ Result<void> FtpClient::State::preparePassive(Transfer &transfer)
         if (port == 0)
             return control.lost(QStringLiteral("out of step: ") + reply.value().text());
     }
+    // No server listens there for data; somebody would be made to talk to another service.
+    if (port < firstUserPort)
+        return Error{ErrorClass::Refused, QStringLiteral("refused data port: %1").arg(port), 0};
     // The address in the reply is ignored: it is often a private one, and never better than the
     // host that answers already.
     const bool direct = proxy.type() == QNetworkProxy::NoProxy;
@@ -98,7 +103,7 @@ Result<void> FtpClient::State::prepareActive(Transfer &transfer)
     return {};
 }
 
-Result<void> FtpClient::State::begin(Transfer &transfer, const QByteArray &command)
+Result<void> FtpClient::State::begin(Transfer &transfer, const QByteArray &command, qint64 bytes)
 {
     if (protectsData)
         transfer.data.protect({control.tlsSession(), control.peerName(), certificate, ticketsCome});
@@ -112,7 +117,17 @@ Result<void> FtpClient::State::begin(Transfer &transfer, const QByteArray &comma
     }
     if (!prepared)
         return prepared;
-    return control.send(command);
+    if (!mayRide(bytes)) {
+        transfer.riders.clear();
+        return control.send(command);
+    }
+    addPortQuestion(transfer.riders);
+    QList<QByteArray> commands{command};
+    for (Follower &rider : transfer.riders) {
+        commands.append(rider.command);
+        rider.sent = true;
+    }
+    return control.sendTogether(commands);
 }
 
 Result<void> FtpClient::State::noteReplies(Transfer &transfer)
@@ -141,7 +156,7 @@ Result<void> FtpClient::State::whileReplyIsDue(const Transfer &transfer)
     return {};
 }
 
-Result<void> FtpClient::State::run(Transfer &transfer, const std::function<Step()> &step)
+Result<void> FtpClient::State::runAlone(Transfer &transfer, const std::function<Step()> &step)
 {
     Step last = Step::More;
     const auto settled = [&] {
@@ -236,6 +251,7 @@ Error FtpClient::State::abandon(Transfer &transfer, Error why)
     transfer.data.abort();
     if (transfer.final_ || !control.isOpen())
         return why;
+    nextPort = 0; // some servers take ABOR for the end of that one too
     if (!control.send("ABOR"))
         return why;
     if (!backInStep())
@@ -275,7 +291,8 @@ void FtpClient::State::giveUpActiveMode(const Transfer &transfer)
     if (!transfer.data.untouched())
         return;
     activeUnusable = true;
-    repeatPassively = true;
+    passive = true;
+    repeatTransfer = true;
 }
 
 } // namespace venlo

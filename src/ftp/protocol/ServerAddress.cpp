@@ -1,6 +1,7 @@
 #include "ftp/protocol/ServerAddress.h"
 
 #include "ftp/protocol/HostPort.h"
+#include "shared/ShownAddress.h"
 
 #include <algorithm>
 #include <array>
@@ -47,13 +48,9 @@ Result<ServerAddress> ServerAddress::parse(const QString &text)
 {
     const Said said = withoutPrefix(text);
     const auto read = readHostPort(said.rest);
-    if (!read) { // "user:password@host" is what somebody may have pasted
-        const bool mayHoldPassword = text.contains(QLatin1Char('@'));
+    if (!read)
         return Error{ErrorClass::Local,
-                     QStringLiteral("not a server: ") +
-                         (mayHoldPassword ? QStringLiteral("****") : printable(text)),
-                     0};
-    }
+                     QStringLiteral("not a server: ") + printable(shownAddress(text)), 0};
     ServerAddress address;
     address.host = read->host;
     address.tls = said.tls;

@@ -1,0 +1,153 @@
+// What follows a transfer without being waited for: questions about the stored file and the next
+// transfer's port. Sent behind the transfer's own command they cost no round trip.
+#include "ftp/protocol/FtpClientState.h"
+
+#include <algorithm>
+#include <array>
+
+namespace venlo
+{
+
+using namespace std::chrono_literals;
+
+namespace
+{
+// RFC 959 has the replies come in the order of the commands, and forbids no command while a
+// transfer runs; servers that look at the control connection meanwhile take any line for ABOR.
+constexpr qint64 longestRide = 4LL * 1024 * 1024; ///< bytes; behind more nothing is gained
+constexpr auto burst = 2s;                        ///< a transfer this soon is followed by another
+constexpr auto portLife = 5s;                     ///< for which the server surely still listens
+constexpr auto unprovenGrace = 5s;
+constexpr int entersPassive = 227;
+constexpr int entersExtendedPassive = 229;
+constexpr int firstNegative = 400;
+
+bool isOneOf(int code, std::initializer_list<int> codes)
+{
+    return std::find(codes.begin(), codes.end(), code) != codes.end();
+}
+} // namespace
+
+bool FtpClient::State::Follower::isInPlace(int code) const
+{
+    if (kind == Kind::Port)
+        return isOneOf(code, {entersPassive, entersExtendedPassive});
+    if (code >= firstNegative)
+        return !isOneOf(code, {425, 426});
+    return kind == Kind::Size ? code == 213 : isOneOf(code, {200, 213, 250, 253});
+}
+
+bool FtpClient::State::mayRide(qint64 bytes) const
+{
+    return pace == Pace::Riding && bytes >= 0 && bytes <= longestRide && inBurst();
+}
+
+bool FtpClient::State::inBurst() const
+{
+    return passive && !burstEnd.hasExpired();
+}
+
+void FtpClient::State::addPortQuestion(std::vector<Follower> &followers) const
+{
+    if (inBurst())
+        followers.push_back({Follower::Kind::Port, useEpsv ? "EPSV" : "PASV", std::nullopt});
+}
+
+quint16 FtpClient::State::takeNextPort()
+{
+    const quint16 port = std::exchange(nextPort, 0);
+    return nextPortUntil.hasExpired() ? 0 : port;
+}
+
+Result<void> FtpClient::State::run(Transfer &transfer, const std::function<Step()> &step)
+{
+    auto ended = runAlone(transfer, step);
+    if (ended)
+        burstEnd = QDeadlineTimer(burst);
+    if (!transfer.riders.empty())
+        ended = endRide(transfer, std::move(ended));
+    if (!ended && transfer.portWasReady && transfer.data.untouched() && control.isOpen() &&
+        (!transfer.final_ || isOneOf(transfer.final_->code, {425, 503}))) {
+        slowDown(Pace::Single, QStringLiteral("the port was no longer open"));
+        repeatTransfer = true;
+    }
+    return ended;
+}
+
+Result<void> FtpClient::State::endRide(Transfer &transfer, Result<void> ended)
+{
+    if (!control.isOpen()) {
+        if (!rideProven) // that may have been the server's answer
+            slowDown(Pace::Together, QStringLiteral("lost while commands rode along"));
+        return ended;
+    }
+    if (!transfer.final_)
+        return ended; // ABOR brought it back in step, and took their replies
+    const Reply &last = *transfer.final_;
+    Result<void> followed = last.completion() && !isOneOf(last.code, {226, 250})
+                                ? Result<void>(outOfPlace(last, Pace::Together))
+                                : readFollowers(transfer.riders, Pace::Together);
+    rideProven = rideProven || (ended && followed);
+    return ended ? followed : ended;
+}
+
+Error FtpClient::State::outOfPlace(const Reply &reply, Pace next)
+{
+    slowDown(next, reply.text());
+    return control.lost(QStringLiteral("out of step: ") + reply.text());
+}
+
+void FtpClient::State::slowDown(Pace next, const QString &why)
+{
+    if (next <= pace)
+        return;
+    control.trace(QStringLiteral("! commands are no longer sent ahead: ") + why);
+    pace = next;
+    rideProven = false;
+    nextPort = 0;
+}
+
+Result<void> FtpClient::State::readFollowers(std::vector<Follower> &followers, Pace next)
+{
+    const auto grace = std::min<std::chrono::milliseconds>(unprovenGrace, limits.reply);
+    for (Follower &follower : followers) {
+        auto reply = rideProven ? control.readReply() : control.readReplyWithin(grace);
+        if (!reply) {
+            if (reply.error().kind == ErrorClass::Lost)
+                slowDown(next, reply.error().words);
+            return reply.error();
+        }
+        if (!follower.isInPlace(reply.value().code))
+            return outOfPlace(reply.value(), next);
+        follower.reply = std::move(reply.value());
+        if (follower.kind == Follower::Kind::Port) {
+            nextPort = useEpsv ? parseEpsvPort(*follower.reply) : parsePasvPort(*follower.reply);
+            nextPortUntil = QDeadlineTimer(portLife);
+        }
+    }
+    return {};
+}
+
+Result<void> FtpClient::State::follow(std::vector<Follower> &followers)
+{
+    if (pace == Pace::Single) {
+        for (Follower &follower : followers) {
+            auto reply = control.command(follower.command);
+            if (!reply)
+                return reply.error();
+            follower.reply = std::move(reply.value());
+        }
+        return {};
+    }
+    addPortQuestion(followers);
+    QList<QByteArray> commands;
+    for (const Follower &follower : followers)
+        commands.append(follower.command);
+    if (commands.isEmpty())
+        return {};
+    if (auto sent = control.sendTogether(commands); !sent)
+        return sent;
+    return readFollowers(followers, Pace::Single);
+}
+
+} // namespace venlo
