@@ -18,6 +18,7 @@ namespace
 {
 constexpr int reconnectAttempts = 5;
 constexpr quint32 passiveFlag = 0x08000000;
+constexpr qsizetype longestRemoteDir = 1023; ///< characters
 
 /// A text that may be "user:password@host" is not for the log.
 QString loggable(const QString &server)
@@ -280,6 +281,8 @@ QString Session::GetRemoteDir()
     if (!printed)
         return {};
     QString dir = printed.value();
+    if (dir.size() > longestRemoteDir)
+        return {};
     if (dir.endsWith(QLatin1Char('\\')))
         dir.chop(1);
     return dir;
