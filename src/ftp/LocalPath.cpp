@@ -24,6 +24,12 @@ QString localChild(const QString &folder, const QString &name)
     return withoutTrailingSeparator(folder) + QDir::separator() + name;
 }
 
+bool isLink(const QString &path)
+{
+    const QFileInfo info(path);
+    return info.isSymbolicLink() || info.isJunction();
+}
+
 QString localName(const QString &path)
 {
     qsizetype from = path.size();

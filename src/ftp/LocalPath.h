@@ -14,6 +14,9 @@ namespace venlo
 /// Full path of an entry of a local folder, native separator between them.
 [[nodiscard]] QString localChild(const QString &folder, const QString &name);
 
+/// True for a symbolic link or a junction; shortcuts are ordinary files.
+[[nodiscard]] bool isLink(const QString &path);
+
 /// The last component of a local path.
 [[nodiscard]] QString localName(const QString &path);
 

@@ -2,6 +2,7 @@
 
 #include "ftp/DownloadJournal.h"
 #include "ftp/OperationContext.h"
+#include "ftp/SteadyFolder.h"
 
 #include <QDateTime>
 #include <QSet>
@@ -42,12 +43,14 @@ private:
     enum class Decision { Fetch, Skip, Cancel };
 
     [[nodiscard]] bool getTree(const QString &local, const QString &remote, int depth);
+    [[nodiscard]] bool getInto(const SteadyFolder &folder, const QString &dir,
+                               const QStringList &names);
     /// Sub-folder and file names; says what the listing did not show.
     void namesOf(const QString &local, const QString &remote, QString &folders, QString &files);
     [[nodiscard]] Item itemOf(const QString &dir, const QString &name, const QString &folder);
     [[nodiscard]] Decision decide(const Item &item);
-    [[nodiscard]] bool getFile(const Item &item);
-    [[nodiscard]] Result<void> fetch(const Item &item);
+    [[nodiscard]] bool getFile(const SteadyFolder &folder, const Item &item);
+    [[nodiscard]] Result<void> fetch(const SteadyFolder &folder, const Item &item);
     [[nodiscard]] Result<void> checkSize(const Item &item, const QByteArray &raw, qint64 received);
     [[nodiscard]] QDateTime timeFor(const Item &item, const QByteArray &raw);
     void giveUpFolder(const QString &local, const QString &remote, const Error &error);

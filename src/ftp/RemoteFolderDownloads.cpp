@@ -41,6 +41,11 @@ bool RemoteDownloads::getFolder(const QString &localParent, const QString &name,
 
 bool RemoteDownloads::getTree(const QString &local, const QString &remote, int depth)
 {
+    if (isLink(local)) {
+        giveUpFolder(local, remote,
+                     {ErrorClass::Local, QStringLiteral("ﾌｫﾙﾀﾞへのﾘﾝｸには転送しません"), 0});
+        return true;
+    }
     const auto made = sjLocFold(local);
     if (!made) {
         giveUpFolder(local, remote, made.error());
@@ -48,13 +53,18 @@ bool RemoteDownloads::getTree(const QString &local, const QString &remote, int d
     }
     if (made.value())
         m_context.done(Outcome::Kind::FolderMade, local);
+    const SteadyFolder steady(local);
     QString folders;
     QString files;
     namesOf(local, remote, folders, files);
     m_context.status(remote + QStringLiteral(" > ") + local + QStringLiteral(" Down Loading････"));
-    if (!getFiles(remote, splitNames(files), local))
+    if (!getInto(steady, remote, splitNames(files)))
         return false;
     for (const QString &folder : splitNames(folders)) {
+        if (steady.leadsAway()) {
+            giveUpFolder(local, remote, {ErrorClass::Local, SteadyFolder::words(), 0});
+            return true;
+        }
         if (!getFolder(local, folder, remote, depth + 1))
             return false;
     }

@@ -49,6 +49,8 @@ bool RemoteUploads::putFolder(const QString &localParent, const QString &name,
         why = QStringLiteral("ﾌｫﾙﾀﾞの階層が深すぎます");
     else if (m_context.cache.refusesPath(remoteParent) || m_context.cache.refusesPath(remote))
         why = QStringLiteral("ｻｰﾊﾞｰ名を含むﾊﾟｽは使用できません");
+    else if (isLink(local))
+        why = QStringLiteral("ﾌｫﾙﾀﾞへのﾘﾝｸは転送しません");
     else if (const QFileInfo folder(local); !folder.isDir() || !folder.isReadable())
         why = QStringLiteral("ﾌｫﾙﾀﾞが読み取れません");
     if (!why.isEmpty()) {
@@ -66,6 +68,7 @@ bool RemoteUploads::putFolder(const QString &localParent, const QString &name,
 bool RemoteUploads::putTree(const QString &local, const QString &remoteParent, const QString &name,
                             int depth)
 {
+    const SteadyFolder steady(local);
     if (!m_context.enter(remoteParent, true))
         return false;
     m_context.loadIfAbsent(remoteParent); // or the new row would look like all of them
@@ -74,9 +77,18 @@ bool RemoteUploads::putTree(const QString &local, const QString &remoteParent, c
         return made == Folder::GivenUp;
     const QString remote = remoteChild(remoteParent, name);
     const auto files = filesOf(local);
-    if (!files.empty() && !putLines(remote, files, local))
+    const QStringList folders = subFoldersOf(local);
+    if (steady.leadsAway()) {
+        giveUpFolder(local, remote, {ErrorClass::Local, SteadyFolder::words(), 0});
+        return true;
+    }
+    if (!files.empty() && !putLines(remote, files, steady))
         return false;
-    for (const QString &folder : subFoldersOf(local)) {
+    for (const QString &folder : folders) {
+        if (steady.leadsAway()) {
+            giveUpFolder(local, remote, {ErrorClass::Local, SteadyFolder::words(), 0});
+            return true;
+        }
         if (!putFolder(local, folder, remote, depth + 1))
             return false;
     }

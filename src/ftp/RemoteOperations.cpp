@@ -2,6 +2,7 @@
 
 #include "db/DbError.h"
 #include "ftp/ErrorLog.h"
+#include "ftp/LocalPath.h"
 #include "ftp/OperationContext.h"
 #include "ftp/RemoteDownloads.h"
 #include "ftp/RemoteLook.h"
@@ -93,7 +94,8 @@ void RemoteOperations::ftPutFile(const QString &dir, const QString &names,
     std::vector<UploadLine> lines;
     for (const QString &line : splitNames(names))
         lines.push_back(UploadLine::parse(line));
-    carryOut(ok, [&] { return m->uploads.putLines(dir, lines, localFolder); });
+    const SteadyFolder folder(withoutTrailingSeparator(localFolder));
+    carryOut(ok, [&] { return m->uploads.putLines(dir, lines, folder); });
 }
 
 void RemoteOperations::ftPutFold(const QString &localParent, const QString &name,

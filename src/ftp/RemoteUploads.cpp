@@ -70,19 +70,22 @@ bool RemoteUploads::putPath(const QString &path, const QString &local)
 }
 
 bool RemoteUploads::putLines(const QString &path, const std::vector<UploadLine> &lines,
-                             const QString &localFolder)
+                             const SteadyFolder &localFolder)
 {
     if (!m_context.enter(path, true))
         return false;
     const QString dir = m_context.cache.normalised(path);
-    const QString folder = withoutTrailingSeparator(localFolder);
     m_context.loadIfAbsent(dir);
     const bool unsure = isUnsure(dir);
     for (const UploadLine &line : lines) {
         if (line.name.isEmpty())
             continue;
-        const Item item{localChild(folder, line.name), dir, line.name, remoteChild(dir, line.name),
-                        unsure};
+        const Item item{localChild(localFolder.path(), line.name),
+                        dir,
+                        line.name,
+                        remoteChild(dir, line.name),
+                        unsure,
+                        &localFolder};
         if (!m_context.mayGoOn() || !putLine(item, line))
             return false;
     }

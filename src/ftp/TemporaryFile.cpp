@@ -18,9 +18,19 @@ TemporaryFile::~TemporaryFile()
 {
     if (!m_there)
         return;
-    m_file.close();
-    m_file.remove();
+    close();
+    if (!m_file.remove() && isTemporaryName(localName(m_lies)))
+        QFile::remove(m_lies);
     m_journal.end();
+}
+
+/// A folder above the file may have been moved, and a link or nothing be in its place.
+void TemporaryFile::close()
+{
+    if (!m_file.isOpen())
+        return;
+    m_lies = presentPath(m_file);
+    m_file.close();
 }
 
 Result<void> TemporaryFile::open()
@@ -43,7 +53,7 @@ Result<void> TemporaryFile::replace(const QString &target, qint64 size, const QD
     const QFileInfo old(target);
     if (old.exists() && !old.isSymLink())
         m_file.setPermissions(old.permissions());
-    m_file.close();
+    close();
     if (m_file.error() != QFileDevice::NoError)
         return Error{ErrorClass::Local, m_file.errorString(), 0};
     timeSet = !time.isValid() || setModifiedTime(m_file.fileName(), time);

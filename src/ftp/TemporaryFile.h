@@ -29,8 +29,11 @@ public:
                                        bool &timeSet);
 
 private:
+    void close();
+
     DownloadJournal &m_journal;
     QFile m_file;
+    QString m_lies; ///< where the system says it is, once it is closed
     bool m_there = false;
 };
 

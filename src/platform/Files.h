@@ -18,6 +18,10 @@ bool makePrivateFile(const QString &path);
 /// Forces an open file's content to the disk. False when the system reports an error.
 [[nodiscard]] bool flushToDisk(QFile &file);
 
+/// Where an open file lies by now, which a folder's move or a link in its place makes another path
+/// than it was opened by. Empty when the system does not tell.
+[[nodiscard]] QString presentPath(const QFile &file);
+
 /// Puts a finished file in place of another in one step (rename). The old file stays as it was
 /// when this fails. The folder's entry is forced to the disk too where the system can.
 [[nodiscard]] bool replaceFile(const QString &from, const QString &to);

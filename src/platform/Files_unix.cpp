@@ -58,6 +58,11 @@ bool flushToDisk(QFile &file)
     return file.flush() && fsync(file.handle()) == 0;
 }
 
+QString presentPath(const QFile &file)
+{
+    return QFileInfo(QStringLiteral("/proc/self/fd/%1").arg(file.handle())).symLinkTarget();
+}
+
 bool replaceFile(const QString &from, const QString &to)
 {
     if (rename(QFile::encodeName(from).constData(), QFile::encodeName(to).constData()) != 0)

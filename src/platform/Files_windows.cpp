@@ -5,6 +5,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 
 #include "platform/LongPath_windows.h"
 
@@ -27,6 +28,12 @@ bool flushToDisk(QFile &file)
         return false;
     const auto handle = reinterpret_cast<HANDLE>(_get_osfhandle(file.handle()));
     return handle != INVALID_HANDLE_VALUE && FlushFileBuffers(handle) != FALSE;
+}
+
+/// Folders that hold an open file are neither moved nor replaced.
+QString presentPath(const QFile &file)
+{
+    return QFileInfo(file).absoluteFilePath();
 }
 
 bool replaceFile(const QString &from, const QString &to)

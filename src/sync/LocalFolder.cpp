@@ -74,10 +74,4 @@ Result<std::vector<LocalEntry>> readLocalFolder(const QString &path)
     return entries;
 }
 
-bool isLink(const QString &path)
-{
-    const QFileInfo info(path);
-    return info.isSymbolicLink() || info.isJunction();
-}
-
 } // namespace venlo

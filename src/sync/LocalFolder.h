@@ -5,6 +5,7 @@
 #include <QDateTime>
 #include <QString>
 
+#include "ftp/LocalPath.h"
 #include "shared/Result.h"
 
 namespace venlo
@@ -29,8 +30,5 @@ struct LocalEntry {
 /// Everything in a folder, hidden entries included, in the file system's order. An error when the
 /// folder cannot be read to its end.
 [[nodiscard]] Result<std::vector<LocalEntry>> readLocalFolder(const QString &path);
-
-/// True for a symbolic link or a junction; shortcuts are ordinary files.
-[[nodiscard]] bool isLink(const QString &path);
 
 } // namespace venlo

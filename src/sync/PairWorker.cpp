@@ -42,6 +42,17 @@ bool breaksNameList(const QString &path)
     return path.contains(QLatin1Char('\r')) || path.contains(QLatin1Char('\t'));
 }
 
+/// Why this side must be left alone, empty when it may be dealt with.
+QString whyNot(const SyncReview &review, int row)
+{
+    const QString local = review.localPath(row);
+    if (leadsAway(review.pair(), local))
+        return QStringLiteral("途中のﾌｫﾙﾀﾞがﾘﾝｸです");
+    if (review.row(row).folder && isLink(local))
+        return QStringLiteral("ﾌｫﾙﾀﾞがﾘﾝｸに変わりました");
+    return LookAgain(review, row).why();
+}
+
 bool removeLocalFile(const QString &path, QString &why)
 {
     QFile file(path);
@@ -83,16 +94,12 @@ RowEnd PairWorker::work(const SyncReview &review, int row)
     const QString local = review.localPath(row);
     if (breaksNameList(local))
         return giveUp(local, QStringLiteral("名前に制御文字があります"));
-    if (leadsAway(pair, local))
-        return giveUp(local, QStringLiteral("途中のﾌｫﾙﾀﾞがﾘﾝｸです"));
-    if (review.row(row).folder && isLink(local))
-        return giveUp(local, QStringLiteral("ﾌｫﾙﾀﾞがﾘﾝｸに変わりました"));
-    const QString why = LookAgain(review, row).why();
+    const QString why = whyNot(review, row);
     if (!why.isEmpty())
         return giveUp(local, why);
     if (review.plannedAction(row) != Action::Remove)
         return transfer(review, row);
-    return pair.down ? removeLocal(review, row) : removeRemote(review, row);
+    return review.pair().down ? removeLocal(review, row) : removeRemote(review, row);
 }
 
 RowEnd PairWorker::transfer(const SyncReview &review, int row)
@@ -137,7 +144,10 @@ RowEnd PairWorker::removeLocal(const SyncReview &review, int row)
         return {false, false, shown.error().words};
     if (!shown || shown.value())
         return giveUp(path, shown ? QStringLiteral("ｻｰﾊﾞｰにあります") : shown.error().words);
-    QString why;
+    // The server took its time to answer.
+    QString why = whyNot(review, row);
+    if (!why.isEmpty())
+        return giveUp(path, why);
     const bool gone = folder ? removeFolderTree(path, why) : removeLocalFile(path, why);
     if (!gone)
         return giveUp(path, why);
