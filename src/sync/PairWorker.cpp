@@ -90,7 +90,6 @@ void PairWorker::log(const QString &line)
 
 RowEnd PairWorker::work(const SyncReview &review, int row)
 {
-    const SyncPair &pair = review.pair();
     const QString local = review.localPath(row);
     if (breaksNameList(local))
         return giveUp(local, QStringLiteral("名前に制御文字があります"));
