@@ -114,6 +114,11 @@ Script::On &Script::On::data(const QByteArray &bytes)
     return change([&](Rule &r) { r.action.data = bytes; });
 }
 
+Script::On &Script::On::discards()
+{
+    return change([](Rule &r) { r.action.discards = true; });
+}
+
 Script::On &Script::On::endlessData(const QByteArray &block)
 {
     return change([&](Rule &r) {

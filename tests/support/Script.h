@@ -36,7 +36,8 @@ struct Action {
     bool dataRepeats = false;             ///< data is sent again and again, without end
     std::optional<qint64> dataLimit;      ///< bytes
     DataEnd dataEnd = DataEnd::Whole;
-    int chunk = 0; ///< bytes that move at a time, with chunkDelayMs between; 0: all at once
+    bool discards = false; ///< what an upload sends is counted and forgotten
+    int chunk = 0;         ///< bytes that move at a time, with chunkDelayMs between; 0: all at once
     int chunkDelayMs = 0;
     QByteArray afterwards; ///< bytes sent after everything, that nobody asked for
     int afterwardsTimes = 1;
@@ -81,8 +82,10 @@ public:
         On &completion(const QByteArray &line);
         On &withoutCompletion() { return completion({}); }
         On &data(const QByteArray &bytes);
-        /// Data of such blocks that ends only with the client.
+        /// Data of such blocks that ends only with the client, or where truncateAfter says so.
         On &endlessData(const QByteArray &block);
+        /// Takes an upload without keeping it.
+        On &discards();
         /// The data ends after so many bytes; completion stays 226 unless said otherwise.
         On &truncateAfter(qint64 bytes);
         On &dropAfterBytes(qint64 bytes);

@@ -1,6 +1,7 @@
 #include "support/ScriptedTransfer.h"
 
 #include <algorithm>
+#include <limits>
 
 #include <QElapsedTimer>
 
@@ -82,21 +83,23 @@ void ScriptedTransfer::pause(const Action &action) const
 ScriptedTransfer::End ScriptedTransfer::send(QByteArray bytes, const Action &action,
                                              ControlLine &control)
 {
-    if (action.dataLimit)
+    if (action.dataLimit && !action.dataRepeats)
         bytes.truncate(static_cast<qsizetype>(*action.dataLimit));
+    constexpr qint64 noLimit = std::numeric_limits<qint64>::max();
+    const qint64 all = action.dataRepeats ? action.dataLimit.value_or(noLimit) : bytes.size();
     const qint64 step = action.chunk > 0 ? action.chunk : blockSize;
     QElapsedTimer idle;
     idle.start();
-    for (qint64 done = 0; done < bytes.size() || action.dataRepeats;) {
+    for (qint64 done = 0; done < all;) {
         if (abortCame(control))
             return End::Aborted;
         if (idle.elapsed() > idleLimitMs || m_bell.hasRung())
             return End::Gone;
         if (!m_data.waitWritable(m_bell, lookEveryMs))
             continue;
-        done = done < bytes.size() ? done : 0; // only of data that repeats
-        const qint64 sent =
-            m_data.writeSome(bytes.constData() + done, std::min(step, bytes.size() - done));
+        const qint64 at = done % bytes.size();
+        const qint64 sent = m_data.writeSome(bytes.constData() + at,
+                                             std::min({step, bytes.size() - at, all - done}));
         if (sent < 0)
             return End::Gone;
         done += sent;
@@ -113,18 +116,21 @@ ScriptedTransfer::End ScriptedTransfer::receive(QByteArray &bytes, const Action 
     const int step = action.chunk > 0 ? action.chunk : blockSize;
     QElapsedTimer idle;
     idle.start();
-    while (limit < 0 || bytes.size() < limit) {
+    qint64 received = 0;
+    while (limit < 0 || received < limit) {
         if (abortCame(control))
             return End::Aborted;
         if (idle.elapsed() > idleLimitMs || m_bell.hasRung())
             return End::Gone;
         if (!m_data.waitReadable(m_bell, lookEveryMs))
             continue;
-        const qint64 most = limit < 0 ? step : std::min<qint64>(step, limit - bytes.size());
+        const qint64 most = limit < 0 ? step : std::min<qint64>(step, limit - received);
         const QByteArray more = m_data.read(static_cast<int>(most));
         if (more.isEmpty())
             break;
-        bytes += more;
+        received += more.size();
+        if (!action.discards)
+            bytes += more;
         idle.restart();
         pause(action);
     }
