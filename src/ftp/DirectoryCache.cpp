@@ -223,6 +223,8 @@ void DirectoryCache::noticeSite()
     m_site = m_session.currentSite();
     m_rawPaths.clear();
     m_offsetSamples = 0;
+    m_stat = StatTrust();
+    m_statLosses = 0;
 }
 
 bool DirectoryCache::isCached(const QString &dir, const QString &name)

@@ -4,6 +4,7 @@
 #include "ftp/CurrentDirectory.h"
 #include "ftp/IncompleteMarks.h"
 #include "ftp/Session.h"
+#include "ftp/StatTrust.h"
 #include "ftp/UnfinishedUploads.h"
 #include "ftp/protocol/Listing.h"
 
@@ -104,14 +105,38 @@ private:
     [[nodiscard]] Loaded load(const QString &dir, LoadMode mode, QStringList &subFolders,
                               QString &misfits);
     class Walk;
+    struct Folder {
+        QString name;
+        QByteArray rawName;
+    };
+    /// A directory that a refresh has still to list.
+    struct Pending {
+        QString dir;
+        QByteArray raw; ///< its path as bytes, empty when not yet known
+        int depth = 0;
+    };
     /// The current directory's listing; nothing, with the reason, when there is none.
     [[nodiscard]] std::optional<Listing> listed(const QString &dir, QString &why);
     void storeListing(const QString &dir, const Listing &listing, QStringList &subFolders,
                       QString &misfits);
     [[nodiscard]] QString addRows(const QString &dir, const Listing &listing,
                                   QStringList &subFolders);
-    void learnOffset(const QString &dir, const Listing &listing);
-    void caRecTree(const QString &dir, int depth);
+    /// prefix: what the names have to follow for the server to find them.
+    void learnOffset(const QString &dir, const QByteArray &prefix, const Listing &listing);
+    /// Lists a directory and everything below it.
+    void caRecTree(const QString &dir);
+    void listOne(const Pending &one, std::vector<Pending> &pending);
+    [[nodiscard]] bool mayList(const Pending &one);
+    void tellListing(const QString &dir);
+    /// Finds out at a directory that was just listed whether STAT shows the same.
+    void tryStat(const QString &dir, const Listing &ordinary);
+    /// Takes as many of the pending as STAT can tell at a time; hands back those it could not.
+    [[nodiscard]] std::vector<Pending> listByStat(std::vector<Pending> &pending);
+    void askByStat(const QList<QByteArray> &paths, std::vector<std::optional<Listing>> &shown);
+    void takeFromStat(const Pending &one, Listing listing, std::vector<Pending> &pending);
+    /// Drops listings whose files' times cannot be told in UTC.
+    void proveClock(const std::vector<Pending> &asked, std::vector<std::optional<Listing>> &shown);
+    [[nodiscard]] bool sampleClock(const ListedEntry &file);
     void mark(const QString &dir, const QString &why, bool refused);
     /// Forgets the rows and marks of every directory whose path begins with prefix.
     void dropPrefix(const QString &prefix);
@@ -148,6 +173,8 @@ private:
     QString m_site;                        ///< the one the following belong to
     QHash<QString, QByteArray> m_rawPaths; ///< bytes of paths that are not plain ASCII; no guesses
     int m_offsetSamples = 0;
+    StatTrust m_stat;
+    int m_statLosses = 0;
     Walk *m_walk = nullptr; ///< the refresh in hand
     std::function<void(int)> m_refreshReport;
 };

@@ -61,7 +61,10 @@ DirectoryCache::Loaded DirectoryCache::load(const QString &path, LoadMode mode,
     }
     if (m_walk != nullptr) {
         const bool heard = listing.has_value();
-        subFolders = m_walk->take(dir, std::move(listing), why, refused);
+        if (heard)
+            tryStat(dir, *listing);
+        for (const Folder &folder : m_walk->take(dir, std::move(listing), why, refused))
+            subFolders.append(folder.name);
         return heard ? Loaded::Yes : Loaded::No;
     }
     Transaction transaction(m_database);
@@ -78,9 +81,15 @@ DirectoryCache::Loaded DirectoryCache::load(const QString &path, LoadMode mode,
 std::optional<Listing> DirectoryCache::listed(const QString &dir, QString &why)
 {
     auto listing = m_session.client().list();
+    if (!listing && m_session.client().lostToRiders()) {
+        bool back = false;
+        m_current.sjCrntDir(dir, back); // reconnects
+        if (back)
+            listing = m_session.client().list();
+    }
     if (listing && (listing.value().whole || !listing.value().entries.empty())) {
         if (!listing.value().fromMlsd)
-            learnOffset(dir, listing.value());
+            learnOffset(dir, {}, listing.value());
         return std::move(listing.value());
     }
     why = listing ? listing.value().why : listing.error().words;

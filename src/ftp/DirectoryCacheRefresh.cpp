@@ -3,6 +3,7 @@
 #include "ftp/ErrorLog.h"
 #include "shared/Flags.h"
 #include "shared/FrontEnd.h"
+#include "shared/RemotePath.h"
 
 namespace venlo
 {
@@ -60,28 +61,57 @@ void DirectoryCache::caRefresh(const QString &path)
     const MessageLine messageLine(m_frontEnd, !m_flags.unattendedTransfer);
     m_rawPaths.clear();
     Walk walk(*this, dir);
-    caRecTree(dir, 0);
+    caRecTree(dir);
     walk.ended();
 }
 
-void DirectoryCache::caRecTree(const QString &dir, int depth)
+void DirectoryCache::caRecTree(const QString &dir)
 {
-    if (depth > maxDepth) {
-        mark(dir, QStringLiteral("nested too deeply"), false);
-        return;
+    std::vector<Pending> pending{{dir, {}, 0}};
+    while (!pending.empty()) {
+        std::vector<Pending> oneByOne;
+        if (m_stat.trust() == StatTrust::Trust::Yes && m_session.connected() &&
+            !m_frontEnd.cancelled()) {
+            oneByOne = listByStat(pending);
+            m_frontEnd.yield();
+        } else {
+            oneByOne.push_back(std::move(pending.back()));
+            pending.pop_back();
+        }
+        for (const Pending &one : oneByOne)
+            listOne(one, pending);
     }
-    if (m_frontEnd.cancelled() || !m_session.connected()) {
-        mark(dir, QStringLiteral("not listed"), false);
+}
+
+void DirectoryCache::listOne(const Pending &one, std::vector<Pending> &pending)
+{
+    if (!mayList(one))
         return;
-    }
-    if (!m_flags.unattendedTransfer)
-        m_frontEnd.setMessageLine(dir + QStringLiteral(" ﾌｫﾙﾀﾞとﾌｧｲﾙ情報を記録しています･･･"));
+    tellListing(one.dir);
     QStringList subFolders;
     QString misfits;
-    (void)load(dir, WithSubFolders, subFolders, misfits);
+    (void)load(one.dir, WithSubFolders, subFolders, misfits);
     m_frontEnd.yield();
-    for (const QString &name : std::as_const(subFolders))
-        caRecTree(remoteChild(dir, name), depth + 1);
+    for (auto name = subFolders.crbegin(); name != subFolders.crend(); ++name)
+        pending.push_back({remoteChild(one.dir, *name), {}, one.depth + 1});
+}
+
+bool DirectoryCache::mayList(const Pending &one)
+{
+    const bool tooDeep = one.depth > maxDepth;
+    if (tooDeep)
+        mark(one.dir, QStringLiteral("nested too deeply"), false);
+    else if (m_frontEnd.cancelled() || !m_session.connected())
+        mark(one.dir, QStringLiteral("not listed"), false);
+    else
+        return true;
+    return false;
+}
+
+void DirectoryCache::tellListing(const QString &dir)
+{
+    if (!m_flags.unattendedTransfer)
+        m_frontEnd.setMessageLine(dir + QStringLiteral(" ﾌｫﾙﾀﾞとﾌｧｲﾙ情報を記録しています･･･"));
 }
 
 } // namespace venlo

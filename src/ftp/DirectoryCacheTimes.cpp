@@ -1,6 +1,4 @@
 // How the times of a listing are understood and made finer.
-#include <cmath>
-
 #include "db/Recordset.h"
 #include "ftp/DirectoryCache.h"
 #include "ftp/ErrorLog.h"
@@ -14,11 +12,10 @@ namespace
 {
 constexpr int offsetSamples = 3;    // in one directory
 constexpr int allOffsetSamples = 6; // of a site
-constexpr qint64 quarterHour = 900;
-constexpr qint64 widestOffset = 15LL * 3600;
 } // namespace
 
-void DirectoryCache::learnOffset(const QString &dir, const Listing &listing)
+void DirectoryCache::learnOffset(const QString &dir, const QByteArray &prefix,
+                                 const Listing &listing)
 {
     noticeSite();
     if (m_session.listOffset || !m_session.client().hasMdtm())
@@ -30,18 +27,15 @@ void DirectoryCache::learnOffset(const QString &dir, const Listing &listing)
         if (++asked > offsetSamples || m_offsetSamples >= allOffsetSamples)
             return;
         ++m_offsetSamples;
-        const auto utc = m_session.client().modificationTime(entry.rawName);
+        const auto utc = m_session.client().modificationTime(prefix + entry.rawName);
         if (!utc)
             continue;
-        // The listing is cut to the minute; zones differ by quarter hours.
-        const double apart = static_cast<double>(entry.time.secsTo(utc.value()));
-        const qint64 offset =
-            std::llround(std::floor(apart / 60.0) * 60.0 / quarterHour) * quarterHour;
-        if (std::abs(offset) > widestOffset || std::abs(apart - static_cast<double>(offset)) > 60.0)
+        const auto offset = clockOffset(entry.time, utc.value());
+        if (!offset)
             continue;
         m_session.listOffset = offset;
         m_session.eventLog().note(
-            QStringLiteral("the listing's clock of %1 is %2 s from UTC").arg(dir).arg(offset));
+            QStringLiteral("the listing's clock of %1 is %2 s from UTC").arg(dir).arg(*offset));
         return;
     }
 }

@@ -17,8 +17,10 @@ namespace venlo
 /// has been everywhere, so that a program that dies on the way leaves no tree that looks whole.
 class DirectoryCache::Walk
 {
-    /// Listings that are stored at a time: a commit takes a disk's turn.
-    static constexpr size_t batch = 50;
+    /// What is stored at a time: a commit takes the disk several turns, and what waits for it
+    /// memory.
+    static constexpr size_t entriesAtATime = 5000;
+    static constexpr size_t listingsAtATime = 500;
 
 public:
     Walk(DirectoryCache &cache, const QString &dir) : m_cache(cache), m_root(dir)
@@ -42,25 +44,27 @@ public:
     }
     /// Keeps what the server said of a directory until it is stored with others; the sub-folders
     /// to go on with. Of names that differ in letter case only the first fits the cache.
-    [[nodiscard]] QStringList take(const QString &dir, std::optional<Listing> listing,
-                                   const QString &why, bool refused)
+    [[nodiscard]] std::vector<Folder> take(const QString &dir, std::optional<Listing> listing,
+                                           const QString &why, bool refused)
     {
-        QStringList folders;
+        std::vector<Folder> folders;
         QSet<QString> names;
-        for (const ListedEntry &entry : listing ? listing->entries : decltype(listing->entries)()) {
+        static const std::vector<ListedEntry> none;
+        for (const ListedEntry &entry : listing ? listing->entries : none) {
             const auto before = names.size();
             names.insert(entry.name.toCaseFolded());
             if (names.size() == before || entry.kind != ListedEntry::Kind::Folder)
                 continue;
-            folders.append(entry.name);
+            folders.push_back({entry.name, entry.rawName});
             if (entry.rawName != entry.name.toLatin1())
                 m_cache.learnRawPath(remoteChild(dir, entry.name), entry.rawName);
         }
+        m_entries += listing ? listing->entries.size() : 0;
         m_heard.push_back({dir, std::move(listing), why, refused});
         ++m_asked;
         if (m_cache.m_refreshReport)
             m_cache.m_refreshReport(m_asked);
-        if (m_heard.size() >= batch)
+        if (m_heard.size() >= listingsAtATime || m_entries >= entriesAtATime)
             store();
         return folders;
     }
@@ -91,10 +95,12 @@ private:
         }
         transaction.commit();
         m_heard.clear();
+        m_entries = 0;
     }
 
     DirectoryCache &m_cache;
     std::vector<Heard> m_heard;
+    size_t m_entries = 0; ///< in what was heard
     QString m_root;
     int m_asked = 0; ///< directories that were listed, or could not be
     bool m_rootIsWhole = false;

@@ -2,6 +2,9 @@
 
 #include "ftp/protocol/Listing.h"
 
+#include <cmath>
+#include <cstdlib>
+
 namespace venlo
 {
 
@@ -13,6 +16,8 @@ constexpr qint64 nineHours = 32'400'000; // milliseconds
 constexpr double millisecondsPerDay = 86'400'000.0;
 constexpr double daysTo1601 = 109'205.0; // from 1899-12-30 back to 1601-01-01
 constexpr qint64 highWordUnit = 4'294'967'295;
+constexpr qint64 quarterHour = 900; // seconds
+constexpr qint64 widestOffset = 15LL * 3600;
 constexpr qint64 lowWordUnit = 4'294'967'296;
 } // namespace
 
@@ -25,6 +30,15 @@ QDateTime wallClockOf(const ListedEntry &entry, std::optional<qint64> listOffset
     const QDateTime utc = entry.utc ? entry.time : entry.time.addSecs(*listOffset);
     const QDateTime local = utc.toLocalTime();
     return QDateTime(local.date(), local.time(), Qt::UTC);
+}
+
+std::optional<qint64> clockOffset(const QDateTime &wallClock, const QDateTime &utc)
+{
+    const auto apart = static_cast<double>(wallClock.secsTo(utc));
+    const qint64 offset = std::llround(std::floor(apart / 60.0) * 60.0 / quarterHour) * quarterHour;
+    if (std::abs(offset) > widestOffset || std::abs(apart - static_cast<double>(offset)) > 60.0)
+        return std::nullopt;
+    return offset;
 }
 
 double listingDay(const QDateTime &wallClock, int localOffset)

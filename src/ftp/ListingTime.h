@@ -15,6 +15,10 @@ struct ListedEntry;
 /// time.
 [[nodiscard]] QDateTime wallClockOf(const ListedEntry &entry, std::optional<qint64> listOffset);
 
+/// Seconds to add to a server's wall clock, as a listing shows it to the minute, to get UTC: a
+/// multiple of a quarter of an hour, as all zones have it; nothing when the two are no such pair.
+[[nodiscard]] std::optional<qint64> clockOffset(const QDateTime &wallClock, const QDateTime &utc);
+
 /// Day count (days since 1899-12-30) of a listing's wall clock. The wall clock is taken as UTC,
 /// turned into local time (localOffset seconds east of UTC) and moved back by nine hours, whatever
 /// the machine's zone: in Japan the wall clock itself comes out. An invalid time gives the earliest

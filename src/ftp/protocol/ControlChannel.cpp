@@ -16,6 +16,7 @@ namespace
 // How long a cancelled command may still bring its reply, so that the session stays in step.
 constexpr auto cancelGrace = 1s; // a server that answers within it keeps its session
 constexpr int serviceClosing = 421;
+constexpr qsizetype mostTraced = 30; // lines of a reply
 constexpr char telnetIac = '\xff';
 constexpr qsizetype shortestSecret = 4; // that may be searched for inside of words
 constexpr int firstMessage = 300;       // replies from here on are read by nobody but a person
@@ -156,10 +157,13 @@ Result<void> ControlChannel::sendTogether(const QList<QByteArray> &commands)
 
 void ControlChannel::pump()
 {
-    if (m_socket->bytesAvailable() > 0)
-        m_parser.feed(m_socket->readAll());
+    // What comes behind the next reply stays with the system: many may be on the way.
     if (!m_next)
         m_next = m_parser.next();
+    if (!m_next && m_socket->bytesAvailable() > 0) {
+        m_parser.feed(m_socket->readAll());
+        m_next = m_parser.next();
+    }
 }
 
 bool ControlChannel::hasNews()
@@ -196,7 +200,7 @@ Result<Reply> ControlChannel::accounted(Reply reply)
 {
     if (m_outstanding > 0)
         --m_outstanding;
-    trace(QStringLiteral("< ") + reply.text());
+    traceReply(reply);
     if (reply.code == serviceClosing) {
         Error error = lost(reply.text());
         error.replyCode = reply.code;
@@ -207,6 +211,17 @@ Result<Reply> ControlChannel::accounted(Reply reply)
             line = withoutSecret(line);
     }
     return reply;
+}
+
+void ControlChannel::traceReply(const Reply &reply) const
+{
+    if (reply.lines.size() <= mostTraced)
+        trace(QStringLiteral("< ") + reply.text());
+    else
+        trace(QStringLiteral("< %1 %2 (%3 lines)")
+                  .arg(reply.code)
+                  .arg(reply.lines.first())
+                  .arg(reply.lines.size()));
 }
 
 std::optional<Reply> ControlChannel::takeReply()

@@ -64,6 +64,8 @@ public:
     /// A reply waits, or none can come any more.
     [[nodiscard]] bool hasNews();
     void close();
+    /// Bytes that one reply may have.
+    void setLongestReply(int bytes) { m_parser.setLongest(bytes); }
     [[nodiscard]] int outstanding() const { return m_outstanding; }
     /// A preliminary reply is not the last one of its command.
     void expectOneMore() { ++m_outstanding; }
@@ -84,6 +86,7 @@ public:
 private:
     void pump();
     [[nodiscard]] Result<Reply> accounted(Reply reply);
+    void traceReply(const Reply &reply) const;
     [[nodiscard]] Result<Reply> whenReplyCame(bool timedOut);
 
     Waiter &m_waiter;

@@ -83,6 +83,14 @@ public:
     /// that broke before its first entry; a later break is a Listing that is not whole.
     [[nodiscard]] Result<Listing> list();
 
+    /// Whether a path can be put behind STAT: no pattern, blank or option in it.
+    [[nodiscard]] static bool mayBeAskedByStat(const QByteArray &path);
+    /// Lists directories (absolute paths as bytes) on the control connection, many on the way at a
+    /// time. shown gets one for each in the order of paths, nothing for one that this way cannot
+    /// tell; after an error those that came. Names that begin with "." are among the entries.
+    [[nodiscard]] Result<void> listByStat(const QList<QByteArray> &paths,
+                                          std::vector<std::optional<Listing>> &shown);
+
     using Progress = std::function<void(qint64 done)>;
     /// Downloads a file of the current directory into the device. The bytes received. expected: the
     /// size where it is known; the port for the transfer behind a small file is asked for ahead.
@@ -96,6 +104,9 @@ public:
     /// reply out of place ends that for good, and the connection with it (Lost).
     [[nodiscard]] Result<qint64> storeWhole(const QByteArray &name, QIODevice &from,
                                             const Progress &progress, StoredFile &file);
+    /// The connection is gone because the server did not bear commands sent ahead: what was asked
+    /// for has not failed, and goes its way when it is asked for again. True twice at most.
+    [[nodiscard]] bool lostToRiders() const;
     [[nodiscard]] Result<void> rename(const QByteArray &from, const QByteArray &to);
     [[nodiscard]] Result<void> removeFile(const QByteArray &nameOrPath);
     [[nodiscard]] Result<void> makeDirectory(const QByteArray &name);

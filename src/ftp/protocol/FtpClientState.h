@@ -43,6 +43,9 @@ struct FtpClient::State {
         std::optional<Reply> final_;  ///< completion or refusal
         std::vector<Follower> riders; ///< in the order sent; before begin() those that shall ride
         bool portWasReady = false;    ///< the port was asked for behind an earlier transfer
+        [[nodiscard]] bool rode() const { return !riders.empty() && riders.front().sent; }
+        /// Whether the final reply can be that of the transfer and not of a rider.
+        [[nodiscard]] bool endsInPlace() const;
     };
 
     [[nodiscard]] Result<void> connectTo(const ServerAddress &address,
@@ -104,6 +107,9 @@ struct FtpClient::State {
     [[nodiscard]] Result<void> readFollowers(std::vector<Follower> &followers, Pace next);
     [[nodiscard]] Error outOfPlace(const Reply &reply, Pace next);
     void slowDown(Pace next, const QString &why);
+    /// Something went wrong that need not be due to the pace: a pace that has worked gets another
+    /// chance.
+    void doubt(Pace next, const QString &why);
     [[nodiscard]] Result<void> afterData(Transfer &transfer, WaitEnd end, Step last);
     [[nodiscard]] Result<void> afterBrokenData(Transfer &transfer);
     void waitForFinal(Transfer &transfer, std::chrono::milliseconds limit);
@@ -127,6 +133,9 @@ struct FtpClient::State {
     /// SIZE (RFC 3659, 4) in a reply; nothing when the server did not say.
     [[nodiscard]] static std::optional<qint64> sizeIn(const Reply &reply);
     [[nodiscard]] Result<Listing> listBy(bool mlsd);
+    [[nodiscard]] Result<std::optional<Listing>> readStat(bool ahead);
+    /// What a reply to STAT lists; nothing when it is not the whole of a directory.
+    [[nodiscard]] std::optional<Listing> listingIn(const Reply &reply);
 
     Waiter &waiter;
     ClientLimits limits;
@@ -152,7 +161,9 @@ struct FtpClient::State {
     bool activeUnusable = false;
     bool repeatTransfer = false; ///< the operation in hand may run once more
     Pace pace = Pace::Riding;
-    bool rideProven = false; ///< this server has answered riders in their place
+    bool statProven = false; ///< this server has answered STAT
+    bool paceProven = false; ///< this server has answered at this pace
+    bool slowedDown = false; ///< on this connection
     QDeadlineTimer burstEnd; ///< until then a transfer counts as following another
     quint16 nextPort = 0;    ///< asked for ahead of the next transfer
     QDeadlineTimer nextPortUntil;

@@ -129,7 +129,7 @@ std::optional<Reply> ReplyParser::addLine(const QByteArray &line)
         return std::exchange(m_open, std::nullopt);
     }
     m_openBytes += static_cast<int>(line.size()) + 1;
-    if (m_openBytes > maxReply) {
+    if (m_openBytes > m_longest) {
         m_broken = true;
         return std::nullopt;
     }

@@ -36,6 +36,8 @@ public:
     static constexpr int maxReply = 256 * 1024;
 
     void feed(const QByteArray &bytes);
+    /// In place of maxReply.
+    void setLongest(int bytes) { m_longest = bytes; }
     /// The next complete reply, if there is one.
     [[nodiscard]] std::optional<Reply> next();
     /// True once the bytes cannot be replies (no code, too long).
@@ -55,6 +57,7 @@ private:
     int m_skipped = 0;           ///< bytes of the present subnegotiation
     std::optional<Reply> m_open; ///< a multi-line reply whose last line is still to come
     int m_openBytes = 0;
+    int m_longest = maxReply;
     bool m_broken = false;
 };
 
