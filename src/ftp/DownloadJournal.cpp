@@ -115,6 +115,7 @@ bool DownloadJournal::open()
     m_lock = lockOf(m_file.fileName());
     if (!m_lock->tryLock(0))
         return false;
+    makePrivateFile(m_lock->fileName());
     return m_file.open(QIODevice::ReadWrite | QIODevice::Unbuffered,
                        QFileDevice::ReadOwner | QFileDevice::WriteOwner);
 }

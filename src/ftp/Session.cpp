@@ -8,6 +8,7 @@
 #include "ftp/protocol/Waiter.h"
 #include "shared/Flags.h"
 #include "shared/FrontEnd.h"
+#include "shared/ShownAddress.h"
 
 #include <QStringList>
 
@@ -19,12 +20,6 @@ namespace
 constexpr int reconnectAttempts = 5;
 constexpr quint32 passiveFlag = 0x08000000;
 constexpr qsizetype longestRemoteDir = 1023; ///< characters
-
-/// A text that may be "user:password@host" is not for the log.
-QString loggable(const QString &server)
-{
-    return server.contains(QLatin1Char('@')) ? QStringLiteral("****") : server;
-}
 
 /// Whether the store refused for a reason that has nothing to do with the site's name: another
 /// program holds it.
@@ -123,7 +118,7 @@ Result<void> Session::Data::open(const ConnectOptions &options)
     if (!result)
         eventLog.note(
             client->withoutSecret(QStringLiteral("connect to %1 failed: %2")
-                                      .arg(loggable(options.server), result.error().words)));
+                                      .arg(shownAddress(options.server), result.error().words)));
     return result;
 }
 
@@ -186,7 +181,7 @@ void Session::Connect(const QString &siteName, const QString &server, const QStr
     const auto opened = m->open({server, user, password, m->proxy, passive});
     ok = opened.ok();
     if (ok) {
-        m->setState(Connected, QStringLiteral("connected to ") + loggable(server));
+        m->setState(Connected, QStringLiteral("connected to ") + shownAddress(server));
         m->server = server;
         m->homeDirectory = GetRemoteDir();
         m->currentRemoteDir = m->homeDirectory;
@@ -194,7 +189,8 @@ void Session::Connect(const QString &siteName, const QString &server, const QStr
         m->reconnectInformation = user + QLatin1Char('\t') + password + QLatin1Char('\t') +
                                   QString::number(passive ? passiveFlag : 0);
     } else {
-        m->frontEnd.message(server + QStringLiteral(" へ接続できません 設定を確認して下さい"));
+        m->frontEnd.message(shownAddress(server) +
+                            QStringLiteral(" へ接続できません 設定を確認して下さい"));
         m->errorLog.LogError(QStringLiteral("InternetConnect"));
     }
     try {

@@ -78,6 +78,9 @@ void sfSite::build()
     addPassword();
     m_proxy = addBox(QStringLiteral("txPxy"), proxyCaption());
     m_proxy->setPlaceholderText(QStringLiteral("使わないときは空欄"));
+    for (const QLineEdit *box : {m_boxes[Server], m_proxy})
+        connect(box, &QLineEdit::textChanged, this, &sfSite::hideSecrets);
+    hideSecrets();
     m_passive = addCheck(QStringLiteral("chPsv"), QStringLiteral("ﾊﾟｯｼﾌﾞﾓｰﾄﾞ"));
     m_keeps = addCheck(QStringLiteral("chSvDb"), QStringLiteral("一覧をﾃﾞｰﾀﾍﾞｰｽに残す"));
     m_boxes[Memo] = addBox(QStringLiteral("txSite4"), caption(Memo));
@@ -94,10 +97,17 @@ void sfSite::addPassword()
     m_reveal->setAutoDefault(false);
     m_reveal->installEventFilter(this);
     m_boxes[Password] = addBox(QStringLiteral("txSite3"), caption(Password), m_reveal);
-    m_boxes[Password]->setEchoMode(QLineEdit::Password);
-    connect(m_reveal, &QPushButton::toggled, this, [this](bool shown) {
-        m_boxes[Password]->setEchoMode(shown ? QLineEdit::Normal : QLineEdit::Password);
-    });
+    connect(m_reveal, &QPushButton::toggled, this, &sfSite::hideSecrets);
+}
+
+/// A proxy's login holds a password too, and so may a server that was pasted from elsewhere.
+void sfSite::hideSecrets()
+{
+    for (QLineEdit *box : {m_boxes[Server], m_boxes[Password], m_proxy}) {
+        const bool secret = box == m_boxes[Password] || box->text().contains(QLatin1Char('@'));
+        box->setEchoMode(secret && !m_reveal->isChecked() ? QLineEdit::Password
+                                                          : QLineEdit::Normal);
+    }
 }
 
 void sfSite::Act()

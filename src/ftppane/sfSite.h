@@ -35,6 +35,7 @@ private:
     enum Box { Name = 0, Server = 1, User = 2, Password = 3, Memo = 4 };
     void build();
     void addPassword();
+    void hideSecrets();
     void fill();
     [[nodiscard]] QString text(Box box) const;
     [[nodiscard]] QVariantList values() const;

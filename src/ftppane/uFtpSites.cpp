@@ -8,6 +8,7 @@
 #include "mainwin/popup/pfFtp.h"
 #include "shared/OperationGate.h"
 #include "shared/RemotePath.h"
+#include "shared/ShownAddress.h"
 #include "shared/WindowDesk.h"
 
 namespace venlo
@@ -135,7 +136,8 @@ bool uFtp::Parts::openSession()
     bool ok = true;
     session.OpenInternet(site.sPxy, ok, false);
     if (!ok) {
-        rooms.desk.message(site.sPxy + QStringLiteral(" ﾌﾟﾛｷｼの設定を確認して下さい"));
+        rooms.desk.message(shownAddress(site.sPxy) +
+                           QStringLiteral(" ﾌﾟﾛｷｼの設定を確認して下さい"));
         return false;
     }
     session.Connect(header->site(), site.sSvr, site.sUsr, site.sPwd, site.bPsv, ok);

@@ -14,6 +14,9 @@ namespace venlo
 /// already are). False when the system refuses.
 bool makePrivateFolder(const QString &path);
 bool makePrivateFile(const QString &path);
+/// Whether others than the owner have any right on a file or folder, links followed. Never on
+/// Windows, where the profile's own rights hold.
+[[nodiscard]] bool openToOthers(const QString &path);
 
 /// Forces an open file's content to the disk. False when the system reports an error.
 [[nodiscard]] bool flushToDisk(QFile &file);

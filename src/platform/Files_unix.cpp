@@ -53,6 +53,13 @@ bool makePrivateFile(const QString &path)
     return chmod(QFile::encodeName(path).constData(), privateFileMode) == 0;
 }
 
+bool openToOthers(const QString &path)
+{
+    struct stat there = {};
+    return stat(QFile::encodeName(path).constData(), &there) == 0 &&
+           (there.st_mode & (S_IRWXG | S_IRWXO)) != 0;
+}
+
 bool flushToDisk(QFile &file)
 {
     return file.flush() && fsync(file.handle()) == 0;

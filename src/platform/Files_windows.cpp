@@ -22,6 +22,11 @@ bool makePrivateFile(const QString &path)
     return QFile::exists(path);
 }
 
+bool openToOthers(const QString & /*path*/)
+{
+    return false;
+}
+
 bool flushToDisk(QFile &file)
 {
     if (!file.flush())

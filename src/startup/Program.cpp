@@ -21,6 +21,7 @@
 #include "shared/OperationGate.h"
 #include "startup/CommandLine.h"
 #include "startup/PinnedCertificates.h"
+#include "startup/PrivateFiles.h"
 #include "startup/ProgramName.h"
 #include "startup/RunLock.h"
 #include "startup/settings/SettingsFile.h"
@@ -42,11 +43,11 @@ namespace
 /// How long a person waits for the turn of another process before being told.
 constexpr std::chrono::seconds windowPatience(10);
 
-QString userDataFolder(const QString &baseName, FrontEnd &frontEnd)
+UserDataFolder userDataFolder(const QString &baseName, FrontEnd &frontEnd)
 {
     UserDataFolder folder(ProgramPlaces::ofThisProgram(baseName), frontEnd);
     folder.W_UserData();
-    return folder.userDataFolder();
+    return folder;
 }
 
 /// Where the help pages are; empty for those installed with the program.
@@ -73,9 +74,9 @@ bool usesWindow(const QString &verb)
 /// In order of construction; each only uses what stands above it.
 struct Program::Rooms {
     Rooms(const Faces &faces, Flags &flags)
-        : folder(userDataFolder(programBaseName(executableBaseName()), faces.frontEnd)),
-          turn(folder, faces.frontEnd), settings(faces.frontEnd), pins(settings),
-          database(faces.frontEnd, folder), errorLog(folder), eventLog(folder),
+        : place(userDataFolder(programBaseName(executableBaseName()), faces.frontEnd)),
+          folder(place.userDataFolder()), turn(folder, faces.frontEnd), settings(faces.frontEnd),
+          pins(settings), database(faces.frontEnd, folder), errorLog(folder), eventLog(folder),
           session(faces.frontEnd, database, errorLog, eventLog),
           cache(session, database, faces.frontEnd, flags),
           operations(session, cache, faces.frontEnd, flags),
@@ -91,6 +92,7 @@ struct Program::Rooms {
         session.setTrust(pins, flags);
     }
 
+    UserDataFolder place;
     QString folder;
     RunLock turn;
     yIni settings;
@@ -137,6 +139,8 @@ int Program::Main(const CommandLine &commandLine)
 int Program::prepare(const CommandLine &commandLine)
 {
     m_rooms = std::make_unique<Rooms>(m_faces, m_flags);
+    for (const QString &line : closeToOthers(m_rooms->folder, m_rooms->place.isOwnFolder()))
+        m_rooms->eventLog.note(line);
     bool loaded = false;
     m_rooms->settings.GetTxt(m_rooms->folder + QStringLiteral("User.xml"), loaded);
     // Before the database, which a long run of another process may hold.

@@ -3,6 +3,7 @@
 #include <QElapsedTimer>
 #include <QLockFile>
 
+#include "platform/Files.h"
 #include "shared/FrontEnd.h"
 
 namespace venlo
@@ -30,10 +31,10 @@ bool RunLock::acquire(std::chrono::milliseconds limit)
 {
     if (m_file->isLocked())
         return true;
-    if (m_file->tryLock(0))
+    if (m_file->tryLock(0) || (m_file->error() == QLockFile::LockFailedError && wait(limit))) {
+        makePrivateFile(m_file->fileName());
         return true;
-    if (m_file->error() == QLockFile::LockFailedError && wait(limit))
-        return true;
+    }
     m_frontEnd.warn(m_file->fileName() +
                     QStringLiteral(" : 他の実行が終わらないので実行しませんでした"));
     return false;

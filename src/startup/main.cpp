@@ -3,6 +3,7 @@
 
 #include <QCoreApplication>
 
+#include "platform/CrashDump.h"
 #include "platform/Interrupt.h"
 #include "platform/Process.h"
 #include "shared/ConsolePrinter.h"
@@ -30,6 +31,7 @@ int runWithoutWindows(const CommandLine &commandLine, Flags &flags, int &argc, c
 
 int main(int argc, char **argv)
 {
+    keepMemoryOutOfCrashDumps();
     std::setlocale(LC_CTYPE, "");
     const CommandLine commandLine = CommandLine::parse(rawCommandLine(argc, argv));
     Flags flags;

@@ -417,7 +417,8 @@ void tst_Session::passwordStaysOutOfTheSecondLog()
     server.on("PASS").reply(530, words);
     QVERIFY(server.start());
     EngineFixture f;
-    f.person.expectMessage(cannotConnect(prefix + server.server()));
+    const QString hidden = prefix.isEmpty() ? prefix : QStringLiteral("****@");
+    f.person.expectMessage(cannotConnect(hidden + server.server()));
     const QString given = prefix.isEmpty() ? QStringLiteral("Secret-77") : password;
     QVERIFY(!f.connectTo(site, prefix + server.server(), user, given));
     QVERIFY(f.events().contains(QLatin1String(" failed: ")));

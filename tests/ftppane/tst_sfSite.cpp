@@ -41,6 +41,7 @@ private Q_SLOTS:
     void tooLongIsTheStoresRefusal();
     void refusedHalfwayChangesNothing();
     void passwordIsMasked();
+    void addressesWithALoginAreMasked();
     void enterAndEscape();
     void doubleClickDeletesOne();
     void tabOrder();
@@ -375,6 +376,30 @@ void tst_sfSite::passwordIsMasked()
         QTest::keyClick(&reveal, Qt::Key_Return);
         press(window, 3);
         QCOMPARE(password.echoMode(), QLineEdit::Password);
+    });
+}
+
+void tst_sfSite::addressesWithALoginAreMasked()
+{
+    act([](QWidget &window) {
+        auto &proxy = part<QLineEdit>(window, "txPxy");
+        auto &reveal = part<QPushButton>(window, "btReveal");
+        for (QLineEdit *address : {&box(window, 1), &proxy}) {
+            pick(window, 1);
+            QCOMPARE(address->echoMode(), QLineEdit::Normal);
+            address->clear();
+            QTest::keyClicks(address, QStringLiteral("taro:himitsu"));
+            QCOMPARE(address->echoMode(), QLineEdit::Normal);
+            QTest::keyClicks(address, QStringLiteral("@host"));
+            QCOMPARE(address->echoMode(), QLineEdit::Password);
+            QCOMPARE(address->text(), QStringLiteral("taro:himitsu@host"));
+            QTest::mouseClick(&reveal, Qt::LeftButton);
+            QCOMPARE(address->echoMode(), QLineEdit::Normal);
+            QTest::mouseClick(&reveal, Qt::LeftButton);
+            QCOMPARE(address->echoMode(), QLineEdit::Password);
+        }
+        press(window, 3);
+        QCOMPARE(box(window, 1).echoMode(), QLineEdit::Normal);
     });
 }
 

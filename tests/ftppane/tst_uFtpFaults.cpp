@@ -292,6 +292,11 @@ void tst_uFtpFaults::unusableProxy()
     m->connectBy(QStringLiteral("web"));
     QVERIFY(!m->pane->cOn());
     QCOMPARE(m->caption(), QStringLiteral("未接続"));
+    // What a proxy's text holds of a login stays out of the message.
+    m->database.ExecSql(
+        QStringLiteral("Update msSite Set sPxy='gopher://taro:himitsu@x' Where sName='web'"), ok);
+    m->person.expectMessage(QStringLiteral("gopher://****@x ﾌﾟﾛｷｼの設定を確認して下さい"));
+    m->connectBy(QStringLiteral("web"));
 }
 
 void tst_uFtpFaults::storeFails()

@@ -1,14 +1,17 @@
 // venlo-register FOLDER SITE SERVER USER PASSWORD PATTERN LOCAL REMOTE [keep]
 //
 // Registers a site (passive mode; "keep" keeps its cache between connections) and a pattern in the
-// "dbFtp.mdb" of a user data folder. What is registered under these names already is replaced.
+// "dbFtp.mdb" of a user data folder. What is registered under these names already is replaced. A
+// PASSWORD "-" is read from the first line of stdin: other users see the arguments of a process.
 #include "db/Database.h"
 #include "db/Recordset.h"
+#include "platform/CrashDump.h"
 #include "shared/FrontEnd.h"
 
 #include <cstdio>
 
 #include <QDir>
+#include <QFile>
 #include <QStringList>
 
 namespace
@@ -48,6 +51,17 @@ QStringList columns(std::initializer_list<const char *> names)
     return list;
 }
 
+QString firstLineOfInput()
+{
+    QFile input;
+    if (!input.open(stdin, QIODevice::ReadOnly))
+        return {};
+    QByteArray line = input.readLine();
+    while (line.endsWith('\n') || line.endsWith('\r'))
+        line.chop(1);
+    return QString::fromLocal8Bit(line);
+}
+
 void registerPair(Database &database, const QStringList &given)
 {
     Transaction transaction(database);
@@ -58,9 +72,9 @@ void registerPair(Database &database, const QStringList &given)
                 given.value(8) == QLatin1String("keep") ? -1 : 0});
     const auto patterns = database.openTable(QStringLiteral("msSync"));
     (void)patterns->remove(columns({"sSync"}), {given.at(5)});
-    patterns->add(columns({"sSync", "sLph", "sName", "sFph", "bCfl", "bCfd"}),
-                  {given.at(5), QDir::toNativeSeparators(given.at(6)), given.at(1), given.at(7), 0,
-                   0});
+    patterns->add(
+        columns({"sSync", "sLph", "sName", "sFph", "bCfl", "bCfd"}),
+        {given.at(5), QDir::toNativeSeparators(given.at(6)), given.at(1), given.at(7), 0, 0});
     transaction.commit();
 }
 
@@ -72,11 +86,14 @@ int main(int argc, char **argv)
     for (int i = 1; i < argc; ++i)
         given.append(QString::fromLocal8Bit(argv[i]));
     if (given.size() < 8) {
-        std::fputs("usage: venlo-register FOLDER SITE SERVER USER PASSWORD PATTERN LOCAL REMOTE "
+        std::fputs("usage: venlo-register FOLDER SITE SERVER USER PASSWORD|- PATTERN LOCAL REMOTE "
                    "[keep]\n",
                    stderr);
         return 2;
     }
+    keepMemoryOutOfCrashDumps();
+    if (QString &password = given[4]; password == QLatin1String("-"))
+        password = firstLineOfInput();
     StderrFrontEnd frontEnd;
     Database database(frontEnd, QDir(given.at(0)).absolutePath() + QLatin1Char('/'));
     bool ok = false;

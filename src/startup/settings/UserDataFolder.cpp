@@ -96,7 +96,8 @@ QString UserDataFolder::folderOf(const QString &token)
 QString UserDataFolder::existingFolder(const QString &path)
 {
     const QFileInfo folder(QDir(m_places.programFolder), QDir::fromNativeSeparators(path));
-    if (folder.isDir())
+    m_own = !folder.isDir();
+    if (!m_own)
         return withSeparator(folder.absoluteFilePath());
     m_frontEnd.message(notFound(path, m_default));
     return m_default;

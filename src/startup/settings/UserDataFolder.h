@@ -35,6 +35,9 @@ public:
     /// Settings, database and logs of the user; trailing separator. Empty before W_UserData.
     [[nodiscard]] const QString &userDataFolder() const { return m_userData; }
 
+    /// Whether the folder is there for this program alone. One that somebody named may be for more.
+    [[nodiscard]] bool isOwnFolder() const { return m_own; }
+
 private:
     void registerExecutable() const;
     [[nodiscard]] QString readToken();
@@ -47,6 +50,7 @@ private:
     QString m_programData;
     QString m_default;
     QString m_userData;
+    bool m_own = true;
 };
 
 } // namespace venlo
