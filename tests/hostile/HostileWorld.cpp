@@ -2,6 +2,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 
 #include <algorithm>
 
@@ -35,7 +36,7 @@ bool isKnown(const QByteArray &verb)
     static const QList<QByteArray> verbs{
         "AUTH", "USER", "PASS", "FEAT", "OPTS", "TYPE", "PWD",  "CWD",  "EPSV", "PASV", "PORT",
         "EPRT", "MLSD", "LIST", "RETR", "STOR", "DELE", "RMD",  "MKD",  "RNFR", "RNTO", "SIZE",
-        "MDTM", "MFMT", "ABOR", "NOOP", "QUIT", "SYST", "STOP", "PBSZ", "PROT"};
+        "MDTM", "MFMT", "ABOR", "NOOP", "QUIT", "SYST", "STAT", "PBSZ", "PROT"};
     return verbs.contains(verb);
 }
 
@@ -45,6 +46,12 @@ QString contentOf(const QString &path)
     return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
 }
 } // namespace
+
+void HostileWorld::useMemory()
+{
+    if (QFileInfo(QStringLiteral("/dev/shm")).isWritable())
+        qputenv("TMPDIR", "/dev/shm");
+}
 
 HostileWorld::HostileWorld(ClientLimits limits)
     : engine(limits), m_workingDirectory(QDir::currentPath())

@@ -14,6 +14,10 @@ namespace venlo::test
 class HostileWorld
 {
 public:
+    /// Temporary folders in memory from now on, where the system has that: what is tried is many
+    /// small worlds, and a disk's turn for each would take most of the time.
+    static void useMemory();
+
     explicit HostileWorld(ClientLimits limits = SyncWorld::shortWaits());
     /// Waits short enough for servers that never end.
     [[nodiscard]] static ClientLimits hastyLimits();

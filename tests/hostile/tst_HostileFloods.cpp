@@ -65,6 +65,7 @@ class tst_HostileFloods : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void initTestCase() { HostileWorld::useMemory(); }
     void floodsWhileConnecting_data();
     void floodsWhileConnecting();
     void floodsInstead_data();

@@ -28,6 +28,7 @@ class tst_HostileReplies : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void initTestCase() { HostileWorld::useMemory(); }
     void aByteNowAndThen_data();
     void aByteNowAndThen();
     void aListingOfAByteNowAndThen();
