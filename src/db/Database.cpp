@@ -1,6 +1,5 @@
 #include "db/Database.h"
 
-#include "db/BrokenValue.h"
 #include "db/DatabaseFile.h"
 #include "db/Recordset.h"
 #include "db/Store.h"
@@ -32,16 +31,6 @@ QString complaint(FileKind kind, const QString &path)
         break;
     }
     return path + QStringLiteral(" はこのﾌﾟﾛｸﾞﾗﾑのﾃﾞｰﾀﾍﾞｰｽではありません");
-}
-
-QString checkedAndFilled(const QString &sql, const QVariantList &values)
-{
-    if (const auto broken = brokenValue(sql, values)) {
-        throw DbError(
-            QStringLiteral("\"%1\" に ' などの文字があるので文を実行できません").arg(*broken),
-            *broken);
-    }
-    return filled(sql, values);
 }
 } // namespace
 
@@ -79,8 +68,8 @@ void Database::OpenDb(bool &ok)
     QString words = complaint(kindOfFile(path()), path());
     if (words.isEmpty()) {
         try {
+            makePrivateFile(path()); // first: the store gives its journal the same rights
             m_store->open(path());
-            makePrivateFile(path());
             ok = holdsOurTables(*m_store);
             if (!ok)
                 words = complaint(FileKind::Foreign, path());
@@ -185,12 +174,12 @@ void Database::SelectValues(const QString &sql, const std::vector<QVariant *> &v
 
 int Database::run(const QString &sql, const QVariantList &values)
 {
-    return m_store->execJet(checkedAndFilled(sql, values));
+    return m_store->execJet(sql, values);
 }
 
 Rows Database::query(const QString &sql, const QVariantList &values)
 {
-    return m_store->queryJet(checkedAndFilled(sql, values));
+    return m_store->queryJet(sql, values);
 }
 
 QStringList Database::tableNames() const

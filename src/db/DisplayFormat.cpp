@@ -36,16 +36,42 @@ qint64 dividedHalfEven(qint64 size)
     const bool up = rest * 2 > bytesPerKilo || (rest * 2 == bytesPerKilo && quotient % 2 != 0);
     return up ? quotient + 1 : quotient;
 }
+/// "yy/MM/dd HH:mm" with or without ":ss", written out: every row of a comparison has two of them.
+QString formatted(const QDateTime &time, bool seconds)
+{
+    if (!time.isValid())
+        return {};
+    const QDate date = time.date();
+    const QTime clock = time.time();
+    if (date.year() < 0 || date.year() > 9999)
+        return time.toString(seconds ? QStringLiteral("yy/MM/dd HH:mm:ss")
+                                     : QStringLiteral("yy/MM/dd HH:mm"));
+    QString text = seconds ? QStringLiteral("00/00/00 00:00:00") : QStringLiteral("00/00/00 00:00");
+    QChar *at = text.data();
+    const auto put = [&at](int number) {
+        at[0] = QChar(u'0' + number / 10 % 10);
+        at[1] = QChar(u'0' + number % 10);
+        at += 3;
+    };
+    put(date.year());
+    put(date.month());
+    put(date.day());
+    put(clock.hour());
+    put(clock.minute());
+    if (seconds)
+        put(clock.second());
+    return text;
+}
 } // namespace
 
 QString FormatDateText(const QDateTime &time)
 {
-    return time.isValid() ? time.toString(QStringLiteral("yy/MM/dd HH:mm:ss")) : QString();
+    return formatted(time, true);
 }
 
 QString FormatMinuteText(const QDateTime &time)
 {
-    return time.isValid() ? time.toString(QStringLiteral("yy/MM/dd HH:mm")) : QString();
+    return formatted(time, false);
 }
 
 QString FormatSizeText(qint64 size)

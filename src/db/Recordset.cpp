@@ -72,17 +72,26 @@ Recordset::Recordset(Store &store, QString table) : m_store(store), m_table(std:
 
 Recordset::~Recordset() = default;
 
-void Recordset::add(const QStringList &columns, const QVariantList &values)
+QString Recordset::insertion(const QStringList &columns) const
 {
-    requireSameCount(columns, values);
     const JetTable &table = tableOf(m_store, m_table);
     QStringList places;
     for (const QString &name : columns)
         places.append(placeholder(columnOf(table, name)));
-    m_store.exec(QStringLiteral("INSERT INTO ") + quotedName(table.name) + QStringLiteral(" (") +
-                     nameList(table, columns) + QStringLiteral(") VALUES (") + places.join(comma) +
-                     QLatin1Char(')'),
-                 values);
+    return QStringLiteral("INSERT INTO ") + quotedName(table.name) + QStringLiteral(" (") +
+           nameList(table, columns) + QStringLiteral(") VALUES (") + places.join(comma) +
+           QLatin1Char(')');
+}
+
+void Recordset::add(const QStringList &columns, const QVariantList &values)
+{
+    requireSameCount(columns, values);
+    if (m_tablesThen != m_store.catalogueLoads() || m_added != columns) {
+        m_insertion = insertion(columns);
+        m_added = columns;
+        m_tablesThen = m_store.catalogueLoads();
+    }
+    m_store.exec(m_insertion, values);
 }
 
 int Recordset::remove(const QStringList &keys, const QVariantList &values)

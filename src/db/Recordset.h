@@ -33,8 +33,13 @@ public:
                                     const QVariantList &values);
 
 private:
+    [[nodiscard]] QString insertion(const QStringList &columns) const;
+
     Store &m_store;
     QString m_table;
+    QStringList m_added; ///< columns of the row added last, and the statement for it
+    QString m_insertion;
+    qint64 m_tablesThen = -1;
 };
 
 } // namespace venlo

@@ -131,6 +131,8 @@ SqliteConnection::SqliteConnection(const QString &path, Mode mode, int busyMilli
     sqlite3_db_config(handle, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
     addJetFunctions(handle);
     (void)query(QStringLiteral("PRAGMA journal_mode=DELETE"));
+    // KiB: the pages of a large comparison's transaction, so that few are written twice.
+    execute(QStringLiteral("PRAGMA cache_size=-32768"));
     execute(QStringLiteral("PRAGMA synchronous=FULL"));
     if (sqlite3_db_readonly(handle, "main") != 0)
         throw DbError(japaneseWords(SQLITE_READONLY));
@@ -241,7 +243,7 @@ void SqliteConnection::bindOne(sqlite3_stmt *statement, int at, const QVariant &
     } else if (value.typeId() == QMetaType::QDateTime) {
         done = sqlite3_bind_double(statement, at, toDayCount(value.toDateTime()));
     } else if (value.typeId() == QMetaType::QString) {
-        const QString text = value.toString();
+        const auto &text = *static_cast<const QString *>(value.constData());
         requireStorable(text);
         const QByteArray utf8 = text.toUtf8();
         done = sqlite3_bind_text64(statement, at, utf8.constData(),

@@ -1,18 +1,25 @@
 #include "db/Store.h"
 
+#include "db/BrokenValue.h"
 #include "db/DbError.h"
+#include "db/FillParams.h"
 
 namespace venlo
 {
 
 namespace
 {
+/// Far more than the program has texts.
+constexpr qsizetype keptShapes = 128;
+
 /// Native statements that change tables, after which the catalogue is read anew.
 bool changesTables(const QString &sql)
 {
-    const QString start = sql.trimmed().left(6).toUpper();
-    return start.startsWith(QLatin1String("CREATE")) || start.startsWith(QLatin1String("DROP")) ||
-           start.startsWith(QLatin1String("ALTER"));
+    const QStringView start = QStringView(sql).trimmed();
+    const auto startsWith = [start](const char *verb) {
+        return start.startsWith(QLatin1String(verb), Qt::CaseInsensitive);
+    };
+    return startsWith("CREATE") || startsWith("DROP") || startsWith("ALTER");
 }
 
 QString savepoint(const char *verb, int depth)
@@ -43,6 +50,7 @@ void Store::close()
     m_depth = 0;
     m_connection.reset();
     m_catalogue = {};
+    m_shapes.clear();
 }
 
 /// Where another process compacted the file, the one that is open here has no name any more and
@@ -60,7 +68,26 @@ SqliteConnection &Store::connection()
 
 int Store::execJet(const QString &statement)
 {
-    const JetStatement translated = translate(statement);
+    return exec(translate(statement));
+}
+
+Rows Store::queryJet(const QString &statement)
+{
+    return query(translate(statement));
+}
+
+int Store::execJet(const QString &sql, const QVariantList &values)
+{
+    return exec(translateFilled(sql, values));
+}
+
+Rows Store::queryJet(const QString &sql, const QVariantList &values)
+{
+    return query(translateFilled(sql, values));
+}
+
+int Store::exec(const JetStatement &translated)
+{
     switch (translated.kind) {
     case JetStatement::Kind::Change:
         return connection().execute(translated.sql.constFirst(), translated.values);
@@ -73,12 +100,34 @@ int Store::execJet(const QString &statement)
     throw DbError(QStringLiteral("Select は実行できません"));
 }
 
-Rows Store::queryJet(const QString &statement)
+Rows Store::query(const JetStatement &translated)
 {
-    const JetStatement translated = translate(statement);
     if (translated.kind != JetStatement::Kind::Query)
         throw DbError(QStringLiteral("Select ではありません"));
     return connection().query(translated.sql.constFirst(), translated.values);
+}
+
+JetStatement Store::translateFilled(const QString &sql, const QVariantList &values)
+{
+    (void)connection();
+    const auto shape = m_shapes.constFind(sql);
+    const bool known = shape != m_shapes.constEnd();
+    if (known && shape->has_value()) {
+        if (auto bound = (*shape)->bind(values))
+            return std::move(*bound);
+    }
+    if (const auto broken = brokenValue(sql, values)) {
+        throw DbError(
+            QStringLiteral("\"%1\" に ' などの文字があるので文を実行できません").arg(*broken),
+            *broken);
+    }
+    JetStatement translated = translate(filled(sql, values));
+    if (!known) {
+        if (m_shapes.size() >= keptShapes)
+            m_shapes.clear();
+        m_shapes.insert(sql, JetShape::of(sql, values, translated));
+    }
+    return translated;
 }
 
 JetStatement Store::translate(const QString &statement)
@@ -208,6 +257,8 @@ void Store::loadCatalogue()
             JetColumn::fromStored(rows.at(1, row).toString(), rows.at(2, row).toString()));
     }
     m_catalogue = JetCatalogue(std::move(tables));
+    m_shapes.clear();
+    ++m_catalogueLoads;
     m_schemaVersion =
         connection().query(QStringLiteral("PRAGMA schema_version")).at(0, 0).toLongLong();
 }

@@ -1,17 +1,20 @@
 #pragma once
 
 #include "db/JetCatalogue.h"
+#include "db/JetShape.h"
 #include "db/JetTranslator.h"
 #include "db/Rows.h"
 #include "db/SqliteConnection.h"
 
 #include <QDate>
+#include <QHash>
 #include <QString>
 #include <QStringList>
 #include <QVariantList>
 
 #include <functional>
 #include <memory>
+#include <optional>
 
 namespace venlo
 {
@@ -45,6 +48,10 @@ public:
     /// A Jet statement that gives rows.
     [[nodiscard]] Rows queryJet(const QString &statement);
     [[nodiscard]] JetStatement translate(const QString &statement);
+    /// The same for a text with placeholders, which is translated once for all values of the same
+    /// kinds. A value that would change the statement's meaning is a DbError with brokenBy().
+    int execJet(const QString &sql, const QVariantList &values);
+    [[nodiscard]] Rows queryJet(const QString &sql, const QVariantList &values);
 
     /// A native statement with bound values. Bytes are QByteArray, a QDateTime is stored as its
     /// day count.
@@ -72,11 +79,16 @@ public:
     /// from writing until this store is closed, so that nothing is missing from the copy.
     void copyCompacted(const QString &path);
 
+    /// Another number once the tables may have changed.
+    [[nodiscard]] qint64 catalogueLoads() const { return m_catalogueLoads; }
     /// How often a statement had to be prepared since opening.
     [[nodiscard]] qint64 preparedCount() const;
 
 private:
     [[nodiscard]] SqliteConnection &connection();
+    [[nodiscard]] JetStatement translateFilled(const QString &sql, const QVariantList &values);
+    int exec(const JetStatement &translated);
+    [[nodiscard]] Rows query(const JetStatement &translated);
     void loadCatalogue();
     [[nodiscard]] bool catalogueStale();
     void runSchema(const QStringList &statements);
@@ -85,7 +97,9 @@ private:
     QString m_path;
     std::unique_ptr<SqliteConnection> m_connection;
     JetCatalogue m_catalogue;
+    QHash<QString, std::optional<JetShape>> m_shapes; ///< nothing where a text has none
     qlonglong m_schemaVersion = -1;
+    qint64 m_catalogueLoads = 0;
     int m_depth = 0;
 };
 

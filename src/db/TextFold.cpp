@@ -78,6 +78,13 @@ std::optional<QString> justAbove(const QString &prefix)
 int compareFolded(std::string_view left, std::string_view right)
 {
     while (!left.empty() && !right.empty()) {
+        // Paths share long beginnings.
+        const auto lead = static_cast<unsigned char>(left.front());
+        if (left.front() == right.front() && lead < 0x80) {
+            left.remove_prefix(1);
+            right.remove_prefix(1);
+            continue;
+        }
         const char32_t a = takeFolded(left);
         const char32_t b = takeFolded(right);
         if (a != b)
