@@ -218,9 +218,10 @@ bool DirectoryCache::cachedFile(const QString &dir, const QString &name, double 
 
 void DirectoryCache::noticeSite()
 {
-    if (m_site == m_session.currentSite())
+    if (m_site == m_session.currentSite() && m_connects == m_session.connects())
         return;
     m_site = m_session.currentSite();
+    m_connects = m_session.connects();
     m_rawPaths.clear();
     m_offsetSamples = 0;
     m_stat = StatTrust();

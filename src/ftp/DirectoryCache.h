@@ -132,11 +132,19 @@ private:
     void tryStat(const QString &dir, const Listing &ordinary);
     /// Takes as many of the pending as STAT can tell at a time; hands back those it could not.
     [[nodiscard]] std::vector<Pending> listByStat(std::vector<Pending> &pending);
-    void askByStat(const QList<QByteArray> &paths, std::vector<std::optional<Listing>> &shown);
-    void takeFromStat(const Pending &one, Listing listing, std::vector<Pending> &pending);
-    /// Drops listings whose files' times cannot be told in UTC.
+    /// Takes from the pending what STAT can be asked for at a time; others come to left.
+    [[nodiscard]] std::vector<Pending> askable(std::vector<Pending> &pending,
+                                               std::vector<Pending> &left);
+    /// Fewer than were asked for where they are large, none after an error.
+    [[nodiscard]] std::vector<std::optional<Listing>> askByStat(const std::vector<Pending> &asked);
+    /// A lost connection may be the server's answer to what STAT asks of it.
+    void noteStatError(const Error &error);
+    /// What to go on with below.
+    [[nodiscard]] std::vector<Pending> takeFromStat(const Pending &one, Listing listing);
+    /// Drops listings whose times cannot be told in UTC.
     void proveClock(const std::vector<Pending> &asked, std::vector<std::optional<Listing>> &shown);
-    [[nodiscard]] bool sampleClock(const ListedEntry &file);
+    /// False when the server's clock cannot be relied on. entry: with its path for a raw name.
+    [[nodiscard]] bool sampleClock(const ListedEntry &entry);
     void mark(const QString &dir, const QString &why, bool refused);
     /// Forgets the rows and marks of every directory whose path begins with prefix.
     void dropPrefix(const QString &prefix);
@@ -146,7 +154,7 @@ private:
     /// The bytes of a row's name, nothing when there is no such row.
     [[nodiscard]] std::optional<QByteArray> cachedRawName(const QString &dir, const QString &name);
     [[nodiscard]] std::optional<QByteArray> knownRawPath(const QString &dir);
-    /// Forgets what was learned of another site.
+    /// Forgets what was learned of another site, or of this one before it was connected anew.
     void noticeSite();
     /// A statement on the cache table. Values go in as they are but for their quotes, which are
     /// doubled: any name of the server works, "?" and quotes included.
@@ -171,6 +179,7 @@ private:
     IncompleteMarks m_marks;
     UnfinishedUploads m_unfinished;
     QString m_site;                        ///< the one the following belong to
+    int m_connects = 0;                    ///< the same, see Session
     QHash<QString, QByteArray> m_rawPaths; ///< bytes of paths that are not plain ASCII; no guesses
     int m_offsetSamples = 0;
     StatTrust m_stat;

@@ -2,6 +2,7 @@
 #include "ftp/DirectoryCacheWalk.h"
 #include "ftp/ErrorLog.h"
 #include "ftp/ListingTime.h"
+#include "shared/FrontEnd.h"
 
 #include <algorithm>
 
@@ -11,12 +12,22 @@ namespace venlo
 namespace
 {
 constexpr size_t directoriesAtATime = 256;
+constexpr size_t enoughToTell = 64; ///< directories
+constexpr size_t mostCompared = 1000;
 constexpr int mostLosses = 2;
+constexpr const char *notThere = "no-such-folder-here";
 
-const std::vector<ListedEntry> &noEntries()
+QByteArray withSlash(const QByteArray &path)
 {
-    static const std::vector<ListedEntry> none;
-    return none;
+    return path.endsWith('/') ? path : path + '/';
+}
+
+/// Puts them on top of the pending, the first uppermost.
+template <typename Pending>
+void putOnTop(std::vector<Pending> &pending, std::vector<Pending> &&more)
+{
+    pending.insert(pending.end(), std::make_move_iterator(more.rbegin()),
+                   std::make_move_iterator(more.rend()));
 }
 } // namespace
 
@@ -24,16 +35,19 @@ void DirectoryCache::tryStat(const QString &dir, const Listing &ordinary)
 {
     const QByteArray path = rawPath(dir);
     if (m_stat.trust() != StatTrust::Trust::Unknown || ordinary.entries.empty() ||
-        !FtpClient::mayBeAskedByStat(path))
+        ordinary.entries.size() > mostCompared || !FtpClient::mayBeAskedByStat(path))
         return;
+    // The server stands in dir: one that takes no path, or makes do with another, would show it
+    // for anything.
     std::vector<std::optional<Listing>> shown;
-    if (auto asked = m_session.client().listByStat({path}, shown); !asked) {
-        m_session.eventLog().note(QStringLiteral("STAT %1: %2").arg(dir, asked.error().words));
-        if (asked.error().kind != ErrorClass::Cancelled)
-            m_stat.giveUp();
+    const auto asked = m_session.client().listByStat({path, withSlash(path) + notThere}, shown);
+    if (!asked) {
+        noteStatError(asked.error());
         return;
     }
     m_stat.compare(ordinary, shown.front());
+    if (!m_session.client().knowsStat() || shown.back())
+        m_stat.giveUp();
     if (m_stat.trust() == StatTrust::Trust::Yes)
         m_session.eventLog().note(QStringLiteral("STAT shows what a listing shows: used from now"));
 }
@@ -41,59 +55,76 @@ void DirectoryCache::tryStat(const QString &dir, const Listing &ordinary)
 std::vector<DirectoryCache::Pending> DirectoryCache::listByStat(std::vector<Pending> &pending)
 {
     std::vector<Pending> left;
-    std::vector<Pending> asked;
-    QList<QByteArray> paths;
-    while (!pending.empty() && asked.size() < directoriesAtATime) {
-        Pending &next = pending.back();
-        if (next.raw.isEmpty())
-            next.raw = rawPath(next.dir);
-        const bool plain = FtpClient::mayBeAskedByStat(next.raw) && !refusesPath(next.dir);
-        if (plain)
-            paths.append(next.raw);
-        (plain ? asked : left).push_back(std::move(pending.back()));
-        pending.pop_back();
-    }
-    std::vector<std::optional<Listing>> shown;
-    if (!paths.isEmpty())
-        askByStat(paths, shown);
+    std::vector<Pending> asked = askable(pending, left);
+    if (asked.empty())
+        return left;
+    auto shown = askByStat(asked);
+    if (shown.empty() && !m_frontEnd.cancelled())
+        shown.resize(1); // listed in the ordinary way, it brings the connection back
     proveClock(asked, shown);
-    for (size_t i = asked.size(); i-- > 0;) {
-        if (shown[i])
-            takeFromStat(asked[i], std::move(*shown[i]), pending);
-        else
+    const bool useless = std::none_of(shown.begin(), shown.end(),
+                                      [](const auto &listing) { return listing.has_value(); });
+    if (useless && shown.size() >= enoughToTell)
+        m_stat.giveUp();
+    std::vector<Pending> below;
+    for (size_t i = 0; i < shown.size(); ++i) {
+        if (!shown[i]) {
             left.push_back(std::move(asked[i]));
+            continue;
+        }
+        auto folders = takeFromStat(asked[i], *std::move(shown[i]));
+        std::move(folders.begin(), folders.end(), std::back_inserter(below));
     }
+    asked.erase(asked.begin(), asked.begin() + static_cast<std::ptrdiff_t>(shown.size()));
+    putOnTop(pending, std::move(asked));
+    putOnTop(pending, std::move(below));
     return left;
 }
 
-void DirectoryCache::askByStat(const QList<QByteArray> &paths,
-                               std::vector<std::optional<Listing>> &shown)
+std::vector<DirectoryCache::Pending> DirectoryCache::askable(std::vector<Pending> &pending,
+                                                             std::vector<Pending> &left)
 {
-    if (auto all = m_session.client().listByStat(paths, shown); !all) {
-        m_session.eventLog().note(QStringLiteral("STAT: ") + all.error().words);
-        if (all.error().kind == ErrorClass::Lost && ++m_statLosses >= mostLosses)
-            m_stat.giveUp();
+    std::vector<Pending> asked;
+    while (!pending.empty() && asked.size() + left.size() < directoriesAtATime) {
+        Pending next = std::move(pending.back());
+        pending.pop_back();
+        if (next.raw.isEmpty())
+            next.raw = rawPath(next.dir);
+        const bool plain = FtpClient::mayBeAskedByStat(next.raw) && !refusesPath(next.dir);
+        (plain ? asked : left).push_back(std::move(next));
     }
-    shown.resize(static_cast<size_t>(paths.size()));
+    return asked;
+}
+
+std::vector<std::optional<Listing>> DirectoryCache::askByStat(const std::vector<Pending> &asked)
+{
+    QList<QByteArray> paths;
+    for (const Pending &one : asked)
+        paths.append(one.raw);
+    std::vector<std::optional<Listing>> shown;
+    if (auto all = m_session.client().listByStat(paths, shown); !all)
+        noteStatError(all.error());
     const bool mlsd = m_session.client().listsByMlsd();
     for (auto &listing : shown) {
         if (listing)
-            listing = m_stat.asOrdinary(std::move(*listing), mlsd);
+            listing = m_stat.asOrdinary(*std::move(listing), mlsd);
     }
+    return shown;
 }
 
-void DirectoryCache::takeFromStat(const Pending &one, Listing listing,
-                                  std::vector<Pending> &pending)
+std::vector<DirectoryCache::Pending> DirectoryCache::takeFromStat(const Pending &one,
+                                                                  Listing listing)
 {
     if (!mayList(one))
-        return;
+        return {};
     tellListing(one.dir);
-    const QByteArray below = one.raw.endsWith('/') ? one.raw : one.raw + '/';
+    const QByteArray below = withSlash(one.raw);
     learnOffset(one.dir, below, listing);
-    const auto folders = m_walk->take(one.dir, std::move(listing), {}, false);
-    for (auto folder = folders.rbegin(); folder != folders.rend(); ++folder)
-        pending.push_back(
-            {remoteChild(one.dir, folder->name), below + folder->rawName, one.depth + 1});
+    std::vector<Pending> folders;
+    for (const Folder &folder : m_walk->take(one.dir, std::move(listing), {}, false))
+        folders.push_back(
+            {remoteChild(one.dir, folder.name), below + folder.rawName, one.depth + 1});
+    return folders;
 }
 
 void DirectoryCache::proveClock(const std::vector<Pending> &asked,
@@ -102,46 +133,57 @@ void DirectoryCache::proveClock(const std::vector<Pending> &asked,
     if (!m_session.client().listsByMlsd())
         return;
     std::vector<ListedEntry> unknown;
-    for (size_t i = 0; i < asked.size(); ++i) {
-        for (const ListedEntry &entry : shown[i] ? shown[i]->entries : noEntries()) {
-            if (entry.kind == ListedEntry::Kind::Folder || m_stat.covers(entry.time))
+    for (size_t i = 0; i < shown.size(); ++i) {
+        if (!shown[i])
+            continue;
+        for (const ListedEntry &entry : shown[i]->entries) {
+            if (m_stat.covers(entry.time))
                 continue;
             unknown.push_back(entry);
-            unknown.back().rawName = asked[i].raw + '/' + entry.rawName;
+            unknown.back().rawName = withSlash(asked[i].raw) + entry.rawName;
         }
     }
-    for (const ListedEntry &file : StatTrust::samples(std::move(unknown))) {
-        if (!sampleClock(file))
+    for (const ListedEntry &entry : StatTrust::samples(std::move(unknown))) {
+        if (!sampleClock(entry))
             break;
     }
     for (auto &listing : shown) {
         const bool covered =
-            listing && std::all_of(listing->entries.begin(), listing->entries.end(),
-                                   [this](const ListedEntry &entry) {
-                                       return entry.kind == ListedEntry::Kind::Folder ||
-                                              m_stat.covers(entry.time);
-                                   });
+            listing &&
+            std::all_of(listing->entries.begin(), listing->entries.end(),
+                        [this](const ListedEntry &entry) { return m_stat.covers(entry.time); });
         if (!covered)
             listing.reset();
     }
 }
 
-/// False when the server's clock cannot be relied on.
-bool DirectoryCache::sampleClock(const ListedEntry &file)
+bool DirectoryCache::sampleClock(const ListedEntry &entry)
 {
-    if (m_stat.covers(file.time))
+    if (m_stat.covers(entry.time))
         return true;
-    const auto utc = m_session.client().modificationTime(file.rawName);
-    const auto offset = utc ? clockOffset(file.time, utc.value()) : std::nullopt;
+    FtpClient &client = m_session.client();
+    const auto utc = entry.kind == ListedEntry::Kind::Folder
+                         ? client.folderTime(entry.rawName)
+                         : client.modificationTime(entry.rawName);
+    const auto offset = utc ? clockOffset(entry.time, utc.value()) : std::nullopt;
     if (!m_session.listOffset)
         m_session.listOffset = offset;
     if (offset && offset == m_session.listOffset) {
-        m_stat.addSample(file.time);
+        m_stat.addSample(entry.time);
         return true;
     }
-    if (utc || utc.error().kind != ErrorClass::Cancelled)
+    if (utc || utc.error().kind == ErrorClass::Refused || utc.error().kind == ErrorClass::Retry)
         m_stat.giveUp();
+    else
+        noteStatError(utc.error());
     return false;
+}
+
+void DirectoryCache::noteStatError(const Error &error)
+{
+    m_session.eventLog().note(QStringLiteral("STAT: ") + error.words);
+    if (error.kind == ErrorClass::Lost && ++m_statLosses >= mostLosses)
+        m_stat.giveUp();
 }
 
 } // namespace venlo

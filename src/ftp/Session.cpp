@@ -62,6 +62,7 @@ struct Session::Data {
     QString currentRemoteDir;
     QString currentSite;
     QString reconnectInformation; ///< user, tab, password, tab, connect flags as decimal text
+    int connects = 0;
     bool activeUnusable = false;  ///< active mode was tried and cannot work with this server
 };
 
@@ -178,6 +179,7 @@ void Session::Connect(const QString &siteName, const QString &server, const QStr
     const auto address = ServerAddress::parse(server);
     m->judge.begin(address && address.value().tls != TlsUse::Offered);
     listOffset.reset();
+    ++m->connects;
     const auto opened = m->open({server, user, password, m->proxy, passive});
     ok = opened.ok();
     if (ok) {
@@ -336,6 +338,11 @@ void Session::setCurrentRemoteDir(const QString &dir)
 QString Session::currentSite() const
 {
     return m->currentSite;
+}
+
+int Session::connects() const
+{
+    return m->connects;
 }
 
 FtpClient &Session::client()

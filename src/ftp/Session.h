@@ -52,6 +52,8 @@ public:
     [[nodiscard]] bool SiteKeepsCache();
 
     [[nodiscard]] State state() const;
+    /// How often Connect has gone to a server: what was learned of the last one ends there.
+    [[nodiscard]] int connects() const;
     /// Registered as connected; a connection that broke stays so until an operation reconnects.
     [[nodiscard]] bool connected() const { return state() == Connected; }
     /// The server text of the current connection as it was registered, "ftps:" included.

@@ -10,29 +10,52 @@ namespace venlo
 namespace
 {
 constexpr int mostFailures = 3;
-constexpr qint64 closeEnough = 60; ///< days; daylight-saving time lasts longer, and so does its end
+/// Days. Daylight-saving time lasts longer, and so does the time between; the shortest that a zone
+/// keeps another clock is the month of fasting, 29 days.
+constexpr qint64 closeEnough = 28;
 
 bool isDotName(const ListedEntry &entry)
 {
     return entry.rawName.startsWith('.');
 }
 
-/// What both ways must agree on, by name.
-QHash<QByteArray, qint64> factsOf(const Listing &listing)
+bool isLink(const ListedEntry &entry)
 {
-    constexpr qint64 folder = -1;
-    QHash<QByteArray, qint64> facts;
+    return entry.kind == ListedEntry::Kind::Link;
+}
+
+bool isCoarse(const ListedEntry &entry)
+{
+    return entry.dayOnly || !entry.time.isValid();
+}
+
+/// What both ways must agree on about a name.
+struct Facts {
+    bool folder = false;
+    qint64 size = 0;
+    QDateTime time;
+    bool dayOnly = false;
+    bool operator==(const Facts &) const = default;
+};
+
+/// wallClock: both show the same clock.
+QHash<QByteArray, Facts> factsOf(const Listing &listing, bool wallClock, bool dots)
+{
+    QHash<QByteArray, Facts> facts;
     for (const ListedEntry &entry : listing.entries) {
-        if (!isDotName(entry))
-            facts.insert(entry.rawName,
-                         entry.kind == ListedEntry::Kind::Folder ? folder : entry.size);
+        if (!dots && isDotName(entry))
+            continue;
+        const bool folder = entry.kind == ListedEntry::Kind::Folder;
+        facts.insert(entry.rawName,
+                     {folder, folder ? 0 : entry.size, wallClock ? entry.time : QDateTime(),
+                      wallClock && entry.dayOnly});
     }
     return facts;
 }
 
-bool hasDotNames(const Listing &listing)
+bool has(const Listing &listing, bool (*test)(const ListedEntry &))
 {
-    return std::any_of(listing.entries.begin(), listing.entries.end(), isDotName);
+    return std::any_of(listing.entries.begin(), listing.entries.end(), test);
 }
 } // namespace
 
@@ -40,44 +63,44 @@ void StatTrust::compare(const Listing &ordinary, const std::optional<Listing> &b
 {
     if (m_trust == Trust::No || !ordinary.whole)
         return;
-    if (!byStat || factsOf(ordinary) != factsOf(*byStat)) {
-        if (++m_failures >= mostFailures || m_trust == Trust::Yes)
+    const bool mlsd = ordinary.fromMlsd;
+    if (mlsd && byStat && has(*byStat, isLink))
+        return; // of which each shows something else
+    const bool dots = has(ordinary, isDotName);
+    const auto facts = factsOf(ordinary, !mlsd, dots);
+    if (!byStat || facts != factsOf(*byStat, !mlsd, dots)) {
+        if (++m_failures >= mostFailures)
             m_trust = Trust::No;
         return;
     }
-    if (hasDotNames(*byStat))
-        m_dots = hasDotNames(ordinary) ? Dots::Shown : Dots::Hidden;
-    if (!factsOf(ordinary).isEmpty())
+    if (has(*byStat, isDotName))
+        m_dots = dots ? Dots::Shown : Dots::Hidden;
+    if (!facts.isEmpty())
         m_trust = Trust::Yes;
 }
 
 std::optional<Listing> StatTrust::asOrdinary(Listing byStat, bool mlsd) const
 {
-    const bool coarse =
-        std::any_of(byStat.entries.begin(), byStat.entries.end(), [](const ListedEntry &entry) {
-            return entry.kind != ListedEntry::Kind::Folder &&
-                   (entry.dayOnly || !entry.time.isValid());
-        });
-    if (mlsd && coarse)
-        return std::nullopt;
     const Dots dots = mlsd ? Dots::Hidden : m_dots;
-    if (dots == Dots::Unknown && hasDotNames(byStat))
+    if (dots == Dots::Unknown && has(byStat, isDotName))
         return std::nullopt;
     if (dots == Dots::Hidden)
         std::erase_if(byStat.entries, isDotName);
+    if (mlsd && (has(byStat, isCoarse) || has(byStat, isLink)))
+        return std::nullopt;
     return byStat;
 }
 
-std::vector<ListedEntry> StatTrust::samples(std::vector<ListedEntry> files)
+std::vector<ListedEntry> StatTrust::samples(std::vector<ListedEntry> entries)
 {
-    std::sort(files.begin(), files.end(),
+    std::sort(entries.begin(), entries.end(),
               [](const ListedEntry &a, const ListedEntry &b) { return a.time < b.time; });
     std::vector<ListedEntry> chosen;
-    for (size_t i = 0; i < files.size(); ++i) {
-        const bool last = i + 1 == files.size();
+    for (size_t i = 0; i < entries.size(); ++i) {
+        const bool last = i + 1 == entries.size();
         if (chosen.empty() || last ||
-            chosen.back().time.daysTo(files.at(i + 1).time) >= closeEnough)
-            chosen.push_back(files.at(i));
+            chosen.back().time.daysTo(entries.at(i + 1).time) >= closeEnough)
+            chosen.push_back(entries.at(i));
     }
     return chosen;
 }

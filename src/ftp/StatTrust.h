@@ -24,12 +24,13 @@ public:
     /// A directory without entries proves nothing.
     void compare(const Listing &ordinary, const std::optional<Listing> &byStat);
     /// The directory as the ordinary way shows it; nothing where only that can tell. mlsd: it would
-    /// be MLSD, which leaves names that begin with "." out and knows the second of old files too.
+    /// be MLSD, which leaves names that begin with "." out, knows the second of old entries too and
+    /// has its own idea of links.
     [[nodiscard]] std::optional<Listing> asOrdinary(Listing byStat, bool mlsd) const;
 
-    /// Of these times of files (the server's wall clock) those whose distance from UTC has to be
+    /// Of these entries (with the server's wall clock) those whose distance from UTC has to be
     /// asked for, so that all are covered: no zone changes its clock twice between two that follow.
-    [[nodiscard]] static std::vector<ListedEntry> samples(std::vector<ListedEntry> files);
+    [[nodiscard]] static std::vector<ListedEntry> samples(std::vector<ListedEntry> entries);
     void addSample(const QDateTime &wallClock);
     /// Whether a time lies between samples that are close enough.
     [[nodiscard]] bool covers(const QDateTime &wallClock) const;

@@ -2,6 +2,7 @@
 #include "ftp/protocol/FtpClient.h"
 
 #include "ftp/protocol/FtpClientState.h"
+#include "ftp/protocol/ListingDialects.h"
 #include "ftp/protocol/ListingParser.h"
 #include "ftp/protocol/ListingWords.h"
 
@@ -19,15 +20,81 @@ namespace
 constexpr qsizetype window = 32;              ///< commands on the way
 constexpr qsizetype mostPathBytes = 16'000;   ///< of them: a server's input buffer may be small
 constexpr int mostEntries = 2000;             ///< servers cut long listings, here without saying so
+constexpr size_t mostEntriesAtATime = 20'000; ///< of a call: they are all in memory
 constexpr int longestReply = 4 * 1024 * 1024; ///< bytes
 constexpr auto unprovenGrace = 5s;
+constexpr auto cancelGrace = 1s; ///< for all that is on the way; see ControlChannel::readReply
+constexpr int unknownCommand = 500;
+constexpr int notImplemented = 502;
+constexpr int firstStatus = 211; ///< system, directory and file status
+constexpr int lastStatus = 213;
+
+bool isStatus(const Reply &reply)
+{
+    return reply.code >= firstStatus && reply.code <= lastStatus;
+}
 
 /// "drwxr-xr-x 2 ftp ftp 4096 Nov 21 05:10 .": an unreadable directory does not show itself.
-bool showsItself(const QByteArray &line)
+bool showsItself(const QByteArray &line, QDate today)
 {
-    return line.startsWith('d') && line.endsWith(" .");
+    if (!line.startsWith('d') || !line.endsWith(" ."))
+        return false;
+    const auto entry = readUnixLine(line, today);
+    return entry && entry->rawName == ".";
+}
+
+/// An entry's line may stand behind a blank, as RFC 959, 4.2, would have it; blanks at its end
+/// belong to the name.
+QByteArray withoutIndent(const QByteArray &line)
+{
+    const auto *const entry =
+        std::find_if(line.begin(), line.end(), [](char c) { return c != ' '; });
+    return entry == line.begin() ? line : line.mid(entry - line.begin());
 }
 } // namespace
+
+/// What one call asks for and what has come of it.
+struct FtpClient::State::StatRun {
+    const QList<QByteArray> &paths;
+    std::vector<std::optional<Listing>> &shown;
+    qsizetype ahead; ///< commands that may be on the way
+    qsizetype sent = 0;
+    qsizetype bytesAhead = 0;
+    size_t entries = 0;
+    bool endSent = false; ///< the NOOP behind the last STAT
+
+    [[nodiscard]] qsizetype heard() const { return static_cast<qsizetype>(shown.size()); }
+    [[nodiscard]] bool allSent() const
+    {
+        return sent == paths.size() || entries >= mostEntriesAtATime;
+    }
+    [[nodiscard]] bool allHeard() const { return allSent() && heard() == sent; }
+    [[nodiscard]] qsizetype onTheWay() const { return sent - heard() + (endSent ? 1 : 0); }
+    [[nodiscard]] QList<QByteArray> next();
+    void take(std::optional<Listing> listing);
+};
+
+QList<QByteArray> FtpClient::State::StatRun::next()
+{
+    QList<QByteArray> commands;
+    while (!allSent() && onTheWay() < ahead &&
+           (onTheWay() == 0 || bytesAhead + paths.at(sent).size() <= mostPathBytes)) {
+        bytesAhead += paths.at(sent).size();
+        commands.append("STAT " + paths.at(sent++));
+    }
+    if (allSent() && !endSent && onTheWay() < ahead) {
+        commands.append("NOOP");
+        endSent = true;
+    }
+    return commands;
+}
+
+void FtpClient::State::StatRun::take(std::optional<Listing> listing)
+{
+    bytesAhead -= paths.at(heard()).size();
+    entries += listing ? listing->entries.size() : 0;
+    shown.push_back(std::move(listing));
+}
 
 bool FtpClient::mayBeAskedByStat(const QByteArray &path)
 {
@@ -41,16 +108,15 @@ bool FtpClient::mayBeAskedByStat(const QByteArray &path)
 
 std::optional<Listing> FtpClient::State::listingIn(const Reply &reply)
 {
-    if (!reply.completion() || reply.rawLines.size() < 3 ||
-        reply.rawLines.size() > mostEntries + 2 || saysListingIsNotWhole(reply.lines.last()))
+    if (!isStatus(reply) || reply.rawLines.size() < 3 || reply.rawLines.size() > mostEntries + 2 ||
+        saysListingIsNotWhole(reply.lines.last()))
         return std::nullopt;
-    ListingParser parser(ListingParser::Source::List, codec, QDate::currentDate());
+    const QDate today = QDate::currentDate();
+    ListingParser parser(ListingParser::Source::List, codec, today);
     bool itself = false;
     for (qsizetype i = 1; i + 1 < reply.rawLines.size(); ++i) {
-        QByteArray line = reply.rawLines.at(i);
-        if (line.startsWith(' ')) // RFC 959, 4.2, would have it so
-            line = line.trimmed();
-        itself = itself || showsItself(line);
+        const QByteArray line = withoutIndent(reply.rawLines.at(i));
+        itself = itself || showsItself(line, today);
         parser.addLine(line);
     }
     Listing listing = parser.take();
@@ -62,52 +128,88 @@ std::optional<Listing> FtpClient::State::listingIn(const Reply &reply)
 Result<void> FtpClient::listByStat(const QList<QByteArray> &paths,
                                    std::vector<std::optional<Listing>> &shown)
 {
-    const qsizetype ahead = m->pace == State::Pace::Single ? 1 : window;
+    shown.clear();
     m->control.setLongestReply(longestReply);
     const auto shortAgain =
         qScopeGuard([this] { m->control.setLongestReply(ReplyParser::maxReply); });
-    qsizetype sent = 0;
-    qsizetype bytesAhead = 0;
-    while (static_cast<qsizetype>(shown.size()) < paths.size()) {
-        const auto heard = static_cast<qsizetype>(shown.size());
-        QList<QByteArray> commands;
-        while (sent < paths.size() && sent < heard + ahead && !m->waiter.cancelled() &&
-               (sent == heard || bytesAhead + paths.at(sent).size() <= mostPathBytes)) {
-            bytesAhead += paths.at(sent).size();
-            commands.append("STAT " + paths.at(sent++));
-        }
-        if (sent == heard)
-            return Error{ErrorClass::Cancelled, QStringLiteral("cancelled"), 0};
-        if (!commands.isEmpty()) {
-            if (auto gone = m->control.sendTogether(commands); !gone)
+    State::StatRun run{paths, shown, m->pace == State::Pace::Single ? 1 : window};
+    auto ended = m->runStat(run);
+    if (!ended)
+        shown.clear(); // whose they are is not sure
+    return ended;
+}
+
+bool FtpClient::knowsStat() const
+{
+    return !m->statUnknown;
+}
+
+Result<void> FtpClient::State::runStat(StatRun &run)
+{
+    while (true) {
+        if (waiter.cancelled())
+            return cancelStat(run.onTheWay());
+        if (const auto commands = run.next(); !commands.isEmpty()) {
+            if (auto gone = control.sendTogether(commands); !gone)
                 return gone;
         }
-        auto listing = m->readStat(ahead > 1);
-        if (!listing)
-            return listing.error();
-        bytesAhead -= paths.at(heard).size();
-        shown.push_back(std::move(listing.value()));
+        auto reply = readStat(run);
+        if (!reply)
+            return reply.error();
+        if (run.heard() == run.sent)
+            return endStat(reply.value());
+        if (reply.value().preliminary() || reply.value().intermediate())
+            return outOfPlace(reply.value(), Pace::Single);
+        const int code = reply.value().code;
+        statKnown = statKnown || isStatus(reply.value());
+        statUnknown = !statKnown && (code == unknownCommand || code == notImplemented);
+        run.take(listingIn(reply.value()));
     }
+}
+
+Result<Reply> FtpClient::State::readStat(const StatRun &run)
+{
+    if (statProven)
+        return control.readReply();
+    auto reply =
+        control.readReplyWithin(std::min<std::chrono::milliseconds>(unprovenGrace, limits.reply));
+    if (!reply && reply.error().kind == ErrorClass::Lost && run.ahead > 1)
+        slowDown(Pace::Single, reply.error().words);
+    statProven = reply && (run.ahead == 1 || run.heard() > 0); // that was sent behind another
+    return reply;
+}
+
+/// The reply to NOOP is like none to STAT: it shows that no reply was taken for that of another
+/// directory, as when a name holds what looks like the end of one.
+Result<void> FtpClient::State::endStat(const Reply &reply)
+{
+    if (!reply.completion() || isStatus(reply) || control.hasNews())
+        return outOfPlace(reply, Pace::Single);
     return {};
 }
 
-Result<std::optional<Listing>> FtpClient::State::readStat(bool ahead)
+Error FtpClient::State::cancelStat(qsizetype onTheWay)
 {
-    const auto grace = std::min<std::chrono::milliseconds>(unprovenGrace, limits.reply);
-    const bool unproven = ahead && !statProven;
-    auto reply = unproven ? control.readReplyWithin(grace) : control.readReply();
-    if (!reply) {
-        if (unproven && reply.error().kind == ErrorClass::Lost)
-            slowDown(Pace::Single, reply.error().words);
-        return reply.error();
+    const QDeadlineTimer deadline(cancelGrace);
+    for (; onTheWay > 0; --onTheWay) {
+        const std::chrono::milliseconds left(deadline.remainingTime());
+        if (!control.readReplyWithin(left))
+            break; // closed: the next operation connects again
     }
-    // 1yz is no reply to STAT, 226 and 229 are those of something else.
-    const int code = reply.value().code;
-    if (reply.value().preliminary() || reply.value().intermediate() ||
-        (reply.value().completion() && code > 219))
-        return outOfPlace(reply.value(), Pace::Single);
-    statProven = statProven || reply.value().completion();
-    return listingIn(reply.value());
+    return Error{ErrorClass::Cancelled, QStringLiteral("cancelled"), 0};
+}
+
+Result<QDateTime> FtpClient::folderTime(const QByteArray &path)
+{
+    const auto reply = m->expectCompletion("MLST " + path);
+    if (!reply)
+        return reply.error();
+    for (const QByteArray &line : reply.value().rawLines) {
+        const auto shown = readMlsdLine(withoutIndent(line));
+        if (shown && shown->entry.time.isValid())
+            return shown->entry.time;
+    }
+    return m->unreadable(reply.value());
 }
 
 } // namespace venlo

@@ -114,7 +114,7 @@ struct FtpClient::State {
     [[nodiscard]] Result<void> afterBrokenData(Transfer &transfer);
     void waitForFinal(Transfer &transfer, std::chrono::milliseconds limit);
     /// Runs an operation once more when its way to the data connection turned out not to work
-    /// before its device was touched: devices are not rewound.
+    /// before its device was touched, or one that is read can be rewound.
     template <typename Operation>
     [[nodiscard]] auto withOneRepeat(const Operation &operation)
     {
@@ -133,7 +133,11 @@ struct FtpClient::State {
     /// SIZE (RFC 3659, 4) in a reply; nothing when the server did not say.
     [[nodiscard]] static std::optional<qint64> sizeIn(const Reply &reply);
     [[nodiscard]] Result<Listing> listBy(bool mlsd);
-    [[nodiscard]] Result<std::optional<Listing>> readStat(bool ahead);
+    struct StatRun;
+    [[nodiscard]] Result<void> runStat(StatRun &run);
+    [[nodiscard]] Result<Reply> readStat(const StatRun &run);
+    [[nodiscard]] Result<void> endStat(const Reply &reply);
+    [[nodiscard]] Error cancelStat(qsizetype onTheWay);
     /// What a reply to STAT lists; nothing when it is not the whole of a directory.
     [[nodiscard]] std::optional<Listing> listingIn(const Reply &reply);
 
@@ -161,7 +165,9 @@ struct FtpClient::State {
     bool activeUnusable = false;
     bool repeatTransfer = false; ///< the operation in hand may run once more
     Pace pace = Pace::Riding;
-    bool statProven = false; ///< this server has answered STAT
+    bool statProven = false;  ///< this server has answered STAT sent this way
+    bool statKnown = false;   ///< it has answered one with a status
+    bool statUnknown = false; ///< it does not know the command
     bool paceProven = false; ///< this server has answered at this pace
     bool slowedDown = false; ///< on this connection
     QDeadlineTimer burstEnd; ///< until then a transfer counts as following another
