@@ -21,9 +21,15 @@ QByteArray english(const QDateTime &time, const QString &format)
     return QLocale::c().toString(time, format).toLatin1();
 }
 
+QDateTime wallClock(const QDateTime &utc, const ServerOptions &options)
+{
+    const bool summer = options.summerUntil.isValid() && utc < options.summerUntil;
+    return utc.addSecs(options.listOffsetSeconds + (summer ? 3600 : 0));
+}
+
 QByteArray unixTime(const QDateTime &utc, const ServerOptions &options)
 {
-    const QDateTime shown = utc.addSecs(options.listOffsetSeconds);
+    const QDateTime shown = wallClock(utc, options);
     const qint64 age = utc.secsTo(QDateTime::currentDateTimeUtc());
     const bool recent = age < 182 * 86'400LL && age > -3600;
     if (recent && options.dialect == ListDialect::Unix)
@@ -44,7 +50,7 @@ QByteArray unixLine(const Item &item, const ServerOptions &options)
 
 QByteArray dosLine(const Item &item, const ServerOptions &options)
 {
-    const QDateTime shown = item.node.modified.addSecs(options.listOffsetSeconds);
+    const QDateTime shown = wallClock(item.node.modified, options);
     const QByteArray middle = item.node.kind == Kind::Folder
                                   ? QByteArray("      <DIR>         ")
                                   : QByteArray::number(item.node.bytes.size()).rightJustified(20);
@@ -75,6 +81,8 @@ QByteArray listLine(const Item &item, const ServerOptions &options)
     return {};
 }
 
+} // namespace
+
 QByteArray mlsdLine(const Item &item)
 {
     QByteArray facts = "modify=" + timeVal(item.node.modified) + ';';
@@ -92,13 +100,29 @@ QByteArray mlsdLine(const Item &item)
     return facts + ' ' + item.name;
 }
 
-} // namespace
-
 QByteArray listText(const std::vector<Item> &items, const ServerOptions &options)
 {
     QByteArray text;
     for (const Item &item : items) {
         if (isShown(item, options))
+            text += listLine(item, options) + "\r\n";
+    }
+    return text;
+}
+
+QByteArray statText(const std::vector<Item> &items, const ServerOptions &options)
+{
+    const QByteArray now = unixTime(QDateTime::currentDateTimeUtc(), options);
+    QByteArray text;
+    if (options.stat != StatPath::WithoutItself) {
+        for (const char *name : {".", ".."})
+            text += "drwxr-xr-x    2 user     group            4096 " + now + ' ' + name + "\r\n";
+    }
+    std::size_t left = options.stat == StatPath::FirstHalf ? (items.size() + 1) / 2 : items.size();
+    for (const Item &item : items) {
+        if (left-- == 0)
+            break;
+        if (options.statShowsDotNames || !item.name.startsWith('.'))
             text += listLine(item, options) + "\r\n";
     }
     return text;

@@ -9,6 +9,11 @@ namespace venlo::test
 /// A folder as LIST shows it in the dialect of the options.
 [[nodiscard]] QByteArray listText(const std::vector<ScriptedTree::Item> &items,
                                   const ServerOptions &options);
+/// A folder as STAT shows it on the control connection, without the lines around.
+[[nodiscard]] QByteArray statText(const std::vector<ScriptedTree::Item> &items,
+                                  const ServerOptions &options);
+/// An entry as MLSD and MLST show it.
+[[nodiscard]] QByteArray mlsdLine(const ScriptedTree::Item &item);
 /// A folder as MLSD shows it (RFC 3659, 7), with its own and its parent's entry.
 [[nodiscard]] QByteArray mlsdText(const std::vector<ScriptedTree::Item> &items,
                                   const ServerOptions &options);

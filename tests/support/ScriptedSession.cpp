@@ -33,7 +33,7 @@ ScriptedSession::ScriptedSession(ServerContext &context, Socket socket)
 
 ScriptedSession::Handler ScriptedSession::handlerOf(const QByteArray &verb)
 {
-    static const std::array<std::pair<const char *, Handler>, 36> handlers{{
+    static const std::array<std::pair<const char *, Handler>, 38> handlers{{
         {"USER", &ScriptedSession::doUser}, {"PASS", &ScriptedSession::doPass},
         {"QUIT", &ScriptedSession::doQuit}, {"FEAT", &ScriptedSession::doFeat},
         {"OPTS", &ScriptedSession::doOpts}, {"TYPE", &ScriptedSession::doFine},
@@ -53,6 +53,7 @@ ScriptedSession::Handler ScriptedSession::handlerOf(const QByteArray &verb)
         {"LIST", &ScriptedSession::doList}, {"MLSD", &ScriptedSession::doMlsd},
         {"RETR", &ScriptedSession::doRetr}, {"STOR", &ScriptedSession::doStor},
     }};
+        {"STAT", &ScriptedSession::doStat}, {"MLST", &ScriptedSession::doMlst},
     if (verb == "NLST")
         return &ScriptedSession::doNlst;
     for (const auto &[name, handler] : handlers) {
@@ -135,7 +136,7 @@ void ScriptedSession::carryOut(const QByteArray &verb, const QByteArray &argumen
 bool ScriptedSession::isSupported(const QByteArray &verb) const
 {
     const ServerOptions &o = m_context.options;
-    const std::array<std::pair<const char *, bool>, 11> optional{{
+    const std::array<std::pair<const char *, bool>, 12> optional{{
         {"FEAT", o.feat},
         {"EPSV", o.epsv},
         {"PASV", o.pasv},
@@ -147,6 +148,7 @@ bool ScriptedSession::isSupported(const QByteArray &verb) const
         {"SIZE", o.size},
         {"ABOR", o.abor},
         {"OPTS", o.feat},
+        {"MLST", o.mlsd},
     }};
     for (const auto &[name, supported] : optional) {
         if (verb == name)

@@ -57,6 +57,8 @@ private:
     void doMdtm(const QByteArray &argument, const Action &action);
     void doMfmt(const QByteArray &argument, const Action &action);
     void doAbor(const QByteArray &argument, const Action &action);
+    void doStat(const QByteArray &argument, const Action &action);
+    void doMlst(const QByteArray &argument, const Action &action);
 
     void doEpsv(const QByteArray &argument, const Action &action);
     void doPasv(const QByteArray &argument, const Action &action);

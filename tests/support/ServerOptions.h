@@ -1,9 +1,19 @@
 #pragma once
 
 #include <QByteArray>
+#include <QDateTime>
 
 namespace venlo::test
 {
+
+/// How STAT with a path is answered.
+enum class StatPath {
+    Unknown,       ///< 502
+    Listed,        ///< "." and ".." first; a path that is not there shows nothing, without an error
+    WithoutItself, ///< neither "." nor ".."
+    FirstHalf,     ///< the other entries are left out without a word
+    NotHeeded      ///< the current directory is shown whatever the path
+};
 
 /// How LIST looks.
 enum class ListDialect {
@@ -48,5 +58,8 @@ struct ServerOptions {
     /// The data connection is opened before the opening reply (what most servers do).
     bool acceptsBeforeOpening = true;
 };
+    QDateTime summerUntil;            ///< times before it show an hour more in LIST and STAT
 
+    StatPath stat = StatPath::Unknown;
+    bool statShowsDotNames = true;
 } // namespace venlo::test
