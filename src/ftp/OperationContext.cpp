@@ -109,6 +109,19 @@ bool OperationContext::isCancelled(const Error &error) const
     return error.kind == ErrorClass::Cancelled || frontEnd.cancelled();
 }
 
+/// A step that is lost to commands sent ahead counts once it has gone without them.
+Result<void> OperationContext::ridden(const QString &what, const Step &step)
+{
+    auto result = step();
+    while (!result && !isCancelled(result.error()) && session.client().lostToRiders()) {
+        note(QStringLiteral("%1: once more: %2").arg(what, result.error().words));
+        if (!reconnect())
+            break;
+        result = step();
+    }
+    return result;
+}
+
 OperationContext::Attempted OperationContext::fiveAttempts(const QString &what, const Step &step,
                                                            const AskAgain &askAgain)
 {
@@ -116,7 +129,7 @@ OperationContext::Attempted OperationContext::fiveAttempts(const QString &what, 
     for (int attempt = 1; attempt <= maxAttempts; ++attempt) {
         if (frontEnd.cancelled())
             return {End::Stop, {ErrorClass::Cancelled, {}, 0}};
-        const auto result = step();
+        const auto result = ridden(what, step);
         if (result)
             return {End::Done, {}};
         error = result.error();
@@ -136,7 +149,7 @@ OperationContext::Attempted OperationContext::fiveAttempts(const QString &what, 
 
 OperationContext::Attempted OperationContext::attemptOnce(const QString &what, const Step &step)
 {
-    auto result = step();
+    auto result = ridden(what, step);
     if (!result && result.error().kind == ErrorClass::Lost && !frontEnd.cancelled()) {
         note(QStringLiteral("%1: %2").arg(what, result.error().words));
         if (!reconnect())

@@ -88,6 +88,7 @@ Result<void> FtpClient::State::connectTo(const ServerAddress &address,
     control.close();
     directory.clear();
     nextPort = 0;
+    slowedDown = false;
     burstEnd = QDeadlineTimer();
     protectsData = false;
     tlsBroke = false;

@@ -64,31 +64,53 @@ Result<void> FtpClient::State::run(Transfer &transfer, const std::function<Step(
     auto ended = runAlone(transfer, step);
     if (ended)
         burstEnd = QDeadlineTimer(burst);
-    if (!transfer.riders.empty())
+    if (transfer.rode())
         ended = endRide(transfer, std::move(ended));
-    if (!ended && transfer.portWasReady && transfer.data.untouched() && control.isOpen() &&
-        (!transfer.final_ || isOneOf(transfer.final_->code, {425, 503}))) {
+    if (ended || !transfer.portWasReady || !control.isOpen())
+        return ended;
+    const bool untouched = transfer.data.untouched();
+    const bool portGone = transfer.final_ ? isOneOf(transfer.final_->code, {425, 503})
+                                          : untouched && ended.error().kind == ErrorClass::Retry;
+    if (portGone) {
         slowDown(Pace::Single, QStringLiteral("the port was no longer open"));
-        repeatTransfer = true;
+        repeatTransfer = untouched || (transfer.rewindable && !transfer.opened);
     }
     return ended;
 }
 
+bool FtpClient::State::Transfer::endsInPlace() const
+{
+    // A command that was understood well enough to open a connection is not unknown any more.
+    if (final_->code >= firstNegative)
+        return !(opened && isOneOf(final_->code, {500, 501, 502, 503, 504}));
+    return isOneOf(final_->code, {226, 250});
+}
+
 Result<void> FtpClient::State::endRide(Transfer &transfer, Result<void> ended)
 {
-    if (!control.isOpen()) {
-        if (!rideProven) // that may have been the server's answer
-            slowDown(Pace::Together, QStringLiteral("lost while commands rode along"));
-        return ended;
+    const ErrorClass kind = ended ? ErrorClass::Retry : ended.error().kind;
+    const bool ownDoing = kind == ErrorClass::Cancelled || kind == ErrorClass::Local;
+    const bool proven = paceProven;
+    const Pace before = pace;
+    if (!transfer.final_ || !control.isOpen()) { // ABOR took the replies, or none can come
+        const QString why = QStringLiteral("broken off while commands rode along");
+        if (!ownDoing)
+            doubt(Pace::Together, why);
+        return ended && !proven ? Result<void>(control.lost(why)) : ended;
     }
-    if (!transfer.final_)
-        return ended; // ABOR brought it back in step, and took their replies
-    const Reply &last = *transfer.final_;
-    Result<void> followed = last.completion() && !isOneOf(last.code, {226, 250})
-                                ? Result<void>(outOfPlace(last, Pace::Together))
-                                : readFollowers(transfer.riders, Pace::Together);
-    rideProven = rideProven || (ended && followed);
-    return ended ? followed : ended;
+    const Result<void> followed = transfer.endsInPlace()
+                                      ? readFollowers(transfer.riders, Pace::Together)
+                                      : outOfPlace(*transfer.final_, Pace::Together);
+    // Whose reply the transfer took for its own is not known either, but of a server that is known
+    // to answer in order.
+    const bool merelyLost = proven && pace == before;
+    if (!followed)
+        return ownDoing || merelyLost ? ended : followed;
+    if (ended)
+        paceProven = true;
+    else if (transfer.opened && !ownDoing)
+        doubt(Pace::Together, transfer.final_->text());
+    return ended;
 }
 
 Error FtpClient::State::outOfPlace(const Reply &reply, Pace next)
@@ -103,18 +125,30 @@ void FtpClient::State::slowDown(Pace next, const QString &why)
         return;
     control.trace(QStringLiteral("! commands are no longer sent ahead: ") + why);
     pace = next;
-    rideProven = false;
+    paceProven = false;
+    slowedDown = true;
     nextPort = 0;
+}
+
+void FtpClient::State::doubt(Pace next, const QString &why)
+{
+    if (!std::exchange(paceProven, false))
+        slowDown(next, why);
+}
+
+bool FtpClient::lostToRiders() const
+{
+    return m->slowedDown && !m->control.isOpen();
 }
 
 Result<void> FtpClient::State::readFollowers(std::vector<Follower> &followers, Pace next)
 {
     const auto grace = std::min<std::chrono::milliseconds>(unprovenGrace, limits.reply);
     for (Follower &follower : followers) {
-        auto reply = rideProven ? control.readReply() : control.readReplyWithin(grace);
+        auto reply = paceProven ? control.readReply() : control.readReplyWithin(grace);
         if (!reply) {
             if (reply.error().kind == ErrorClass::Lost)
-                slowDown(next, reply.error().words);
+                doubt(next, reply.error().words);
             return reply.error();
         }
         if (!follower.isInPlace(reply.value().code))
@@ -130,6 +164,8 @@ Result<void> FtpClient::State::readFollowers(std::vector<Follower> &followers, P
 
 Result<void> FtpClient::State::follow(std::vector<Follower> &followers)
 {
+    if (followers.empty())
+        return {};
     if (pace == Pace::Single) {
         for (Follower &follower : followers) {
             auto reply = control.command(follower.command);
@@ -143,11 +179,11 @@ Result<void> FtpClient::State::follow(std::vector<Follower> &followers)
     QList<QByteArray> commands;
     for (const Follower &follower : followers)
         commands.append(follower.command);
-    if (commands.isEmpty())
-        return {};
     if (auto sent = control.sendTogether(commands); !sent)
         return sent;
-    return readFollowers(followers, Pace::Single);
+    auto followed = readFollowers(followers, Pace::Single);
+    paceProven = paceProven || (followed && pace == Pace::Together);
+    return followed;
 }
 
 } // namespace venlo

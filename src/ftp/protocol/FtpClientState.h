@@ -43,6 +43,7 @@ struct FtpClient::State {
         std::optional<Reply> final_;  ///< completion or refusal
         std::vector<Follower> riders; ///< in the order sent; before begin() those that shall ride
         bool portWasReady = false;    ///< the port was asked for behind an earlier transfer
+        bool rewindable = false;      ///< what was handed over can be read once more
         [[nodiscard]] bool rode() const { return !riders.empty() && riders.front().sent; }
         /// Whether the final reply can be that of the transfer and not of a rider.
         [[nodiscard]] bool endsInPlace() const;
@@ -165,13 +166,14 @@ struct FtpClient::State {
     bool activeUnusable = false;
     bool repeatTransfer = false; ///< the operation in hand may run once more
     Pace pace = Pace::Riding;
+    bool statAll = false;     ///< STAT takes "-a"
     bool statProven = false;  ///< this server has answered STAT sent this way
     bool statKnown = false;   ///< it has answered one with a status
     bool statUnknown = false; ///< it does not know the command
-    bool paceProven = false; ///< this server has answered at this pace
-    bool slowedDown = false; ///< on this connection
-    QDeadlineTimer burstEnd; ///< until then a transfer counts as following another
-    quint16 nextPort = 0;    ///< asked for ahead of the next transfer
+    bool paceProven = false;  ///< this server has answered at this pace
+    bool slowedDown = false;  ///< on this connection
+    QDeadlineTimer burstEnd;  ///< until then a transfer counts as following another
+    quint16 nextPort = 0;     ///< asked for ahead of the next transfer
     QDeadlineTimer nextPortUntil;
 };
 

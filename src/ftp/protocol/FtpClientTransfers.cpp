@@ -99,7 +99,10 @@ Result<Listing> FtpClient::State::listBy(bool mlsd)
     const bool lastLineWhole = !ended || feeder.finish();
     Listing listing = parser.take();
     listing.fromMlsd = mlsd;
-    if (!ended && (listing.entries.empty() || ended.error().kind == ErrorClass::Cancelled))
+    // Where riders are to blame the whole of it is to be had.
+    const bool toRiders = transfer.rode() && slowedDown && !control.isOpen();
+    if (!ended &&
+        (listing.entries.empty() || ended.error().kind == ErrorClass::Cancelled || toRiders))
         return ended.error();
     if (reset && listing.entries.empty())
         return Error{ErrorClass::Retry, QStringLiteral("the data connection was reset"), 0};
@@ -149,6 +152,8 @@ Result<qint64> FtpClient::retrieve(const QByteArray &name, QIODevice &to, const 
         });
         if (!ended)
             return ended.error();
+        if (transfer.rode() && transfer.data.movedBytes() != expected)
+            m->doubt(State::Pace::Together, QStringLiteral("another size than expected"));
         return transfer.data.movedBytes();
     });
 }
@@ -198,6 +203,7 @@ Result<qint64> FtpClient::State::storeOnce(const QByteArray &name, QIODevice &fr
 {
     Transfer transfer(DataChannel::Direction::Send);
     transfer.riders = followers;
+    transfer.rewindable = !from.isSequential();
     if (auto begun = begin(transfer, "STOR " + name, from.size()); !begun)
         return begun.error();
     Sender sender(from, transfer.data);
@@ -220,7 +226,12 @@ Result<qint64> FtpClient::State::storeOnce(const QByteArray &name, QIODevice &fr
 Result<qint64> FtpClient::store(const QByteArray &name, QIODevice &from, const Progress &progress)
 {
     std::vector<State::Follower> nothing;
-    return m->withOneRepeat([&] { return m->storeOnce(name, from, progress, nothing); });
+    const qint64 start = from.pos();
+    return m->withOneRepeat([&]() -> Result<qint64> {
+        if (from.pos() != start && !from.seek(start))
+            return Error{ErrorClass::Local, from.errorString(), 0};
+        return m->storeOnce(name, from, progress, nothing);
+    });
 }
 
 Result<qint64> FtpClient::storeWhole(const QByteArray &name, QIODevice &from,
@@ -239,7 +250,10 @@ Result<qint64> FtpClient::storeWhole(const QByteArray &name, QIODevice &from,
         const bool refused = follower.reply && !follower.reply->completion();
         return follower.kind == Kind::Time && follower.sent && !refused;
     };
-    auto sent = m->withOneRepeat([&] {
+    const qint64 start = from.pos();
+    auto sent = m->withOneRepeat([&]() -> Result<qint64> {
+        if (from.pos() != start && !from.seek(start))
+            return Error{ErrorClass::Local, from.errorString(), 0};
         for (auto &follower : followers) {
             file.timeTouched = file.timeTouched || touched(follower);
             follower = {follower.kind, follower.command};
@@ -263,6 +277,8 @@ Result<qint64> FtpClient::storeWhole(const QByteArray &name, QIODevice &from,
         else if (follower.kind == Kind::Time)
             time = m->timeWasSet(*follower.reply);
     }
+    if (rode && file.sizeThere && *file.sizeThere != sent.value())
+        m->slowDown(State::Pace::Together, QStringLiteral("another size than was sent"));
     if (setsTime && !shows)
         time = setModificationTime(name, *file.time);
     if (!time && time.error().kind == ErrorClass::Lost)
