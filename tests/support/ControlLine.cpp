@@ -26,19 +26,16 @@ QByteArray withoutTelnet(const QByteArray &line)
 
 } // namespace
 
-std::optional<QByteArray> ControlLine::takeLine()
+std::optional<ControlLine::Line> ControlLine::takeLine()
 {
-    const auto end = m_buffer.indexOf('\n');
-    if (end < 0)
+    if (m_lines.empty())
         return std::nullopt;
-    QByteArray line = m_buffer.left(end);
-    m_buffer.remove(0, end + 1);
-    if (line.endsWith('\r'))
-        line.chop(1);
-    return withoutTelnet(line);
+    Line line = std::move(m_lines.front());
+    m_lines.pop_front();
+    return line;
 }
 
-std::optional<QByteArray> ControlLine::readLine()
+std::optional<ControlLine::Line> ControlLine::readLine()
 {
     for (;;) {
         if (auto line = takeLine())
@@ -48,7 +45,7 @@ std::optional<QByteArray> ControlLine::readLine()
     }
 }
 
-std::optional<QByteArray> ControlLine::lineAtHand()
+std::optional<ControlLine::Line> ControlLine::lineAtHand()
 {
     if (m_open && m_socket.waitReadable(m_bell, 0))
         static_cast<void>(readMore());
@@ -82,6 +79,16 @@ bool ControlLine::readMore()
     const QByteArray more = m_socket.read(4096);
     m_open = m_open && !more.isEmpty();
     m_buffer += more;
+    ++m_batch;
+    for (auto end = m_buffer.indexOf('\n'); end >= 0; end = m_buffer.indexOf('\n')) {
+        QByteArray line = m_buffer.left(end);
+        m_buffer.remove(0, end + 1);
+        if (line.endsWith('\r'))
+            line.chop(1);
+        m_lines.push_back({withoutTelnet(line), m_batch});
+        if (m_firstLineOnly)
+            m_buffer.clear();
+    }
     return m_open;
 }
 

@@ -3,6 +3,7 @@
 #include "support/Socket.h"
 
 #include <atomic>
+#include <deque>
 #include <optional>
 
 namespace venlo::test
@@ -13,14 +14,23 @@ namespace venlo::test
 class ControlLine
 {
 public:
-    ControlLine(Socket socket, const StopBell &bell) : m_socket(std::move(socket)), m_bell(bell) {}
+    struct Line {
+        QByteArray text; ///< without its end
+        int batch = 0;   ///< the same for lines that came in one go
+    };
 
-    /// The next line without its end; nothing at the end of the connection or the wait.
-    [[nodiscard]] std::optional<QByteArray> readLine();
+    /// firstLineOnly: see ServerOptions.
+    ControlLine(Socket socket, const StopBell &bell, bool firstLineOnly = false)
+        : m_socket(std::move(socket)), m_bell(bell), m_firstLineOnly(firstLineOnly)
+    {
+    }
+
+    /// The next line; nothing at the end of the connection or the wait.
+    [[nodiscard]] std::optional<Line> readLine();
     /// A line that is there already, while a transfer runs.
-    [[nodiscard]] std::optional<QByteArray> lineAtHand();
+    [[nodiscard]] std::optional<Line> lineAtHand();
     /// Puts a line back; readLine() gives it before anything else.
-    void putBack(const QByteArray &line) { m_buffer.prepend(line + "\r\n"); }
+    void putBack(Line line) { m_lines.push_front(std::move(line)); }
     /// False when the client is gone.
     [[nodiscard]] bool send(const QByteArray &bytes);
     /// Waits until the client closes, the server stops, or a minute has passed.
@@ -32,13 +42,16 @@ public:
     [[nodiscard]] const Socket &socket() const { return m_socket; }
 
 private:
-    [[nodiscard]] std::optional<QByteArray> takeLine();
+    [[nodiscard]] std::optional<Line> takeLine();
     /// False when the client has closed.
     [[nodiscard]] bool readMore();
 
     Socket m_socket;
     const StopBell &m_bell;
-    QByteArray m_buffer;
+    bool m_firstLineOnly = false;
+    QByteArray m_buffer; ///< of a line that is not whole
+    std::deque<Line> m_lines;
+    int m_batch = 0;
     std::atomic<bool> m_open = true; ///< the test's thread looks at it, too
 };
 

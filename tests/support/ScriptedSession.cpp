@@ -25,7 +25,8 @@ bool movesData(const QByteArray &verb)
 } // namespace
 
 ScriptedSession::ScriptedSession(ServerContext &context, Socket socket)
-    : m_context(context), m_control(std::move(socket), *context.bell),
+    : m_context(context),
+      m_control(std::move(socket), *context.bell, context.options.firstLineOnly),
       m_transfer(context.options, *context.bell), m_number(context.log.addConnection()),
       m_directory(context.options.home)
 {
@@ -52,8 +53,8 @@ ScriptedSession::Handler ScriptedSession::handlerOf(const QByteArray &verb)
         {"EPRT", &ScriptedSession::doEprt}, {"PORT", &ScriptedSession::doPort},
         {"LIST", &ScriptedSession::doList}, {"MLSD", &ScriptedSession::doMlsd},
         {"RETR", &ScriptedSession::doRetr}, {"STOR", &ScriptedSession::doStor},
-    }};
         {"STAT", &ScriptedSession::doStat}, {"MLST", &ScriptedSession::doMlst},
+    }};
     if (verb == "NLST")
         return &ScriptedSession::doNlst;
     for (const auto &[name, handler] : handlers) {
@@ -75,13 +76,17 @@ void ScriptedSession::run()
     m_control.close();
 }
 
-void ScriptedSession::handle(const QByteArray &line)
+void ScriptedSession::handle(const ControlLine::Line &came)
 {
-    m_context.log.addCommand(m_number, line);
+    const QByteArray &line = came.text;
+    m_context.log.addCommand(m_number, line, came.batch);
     const auto blank = line.indexOf(' ');
     const QByteArray verb = (blank < 0 ? line : line.left(blank)).toUpper();
     const QByteArray argument = blank < 0 ? QByteArray("") : line.mid(blank + 1);
+    const bool owed = std::exchange(m_owesCompletion, false);
     perform(verb, argument, m_context.script.actionFor(verb, argument));
+    if (owed)
+        reply(226, "Done");
     if (m_context.options.closesAfterEachCommand && m_loggedIn)
         m_control.close();
 }
@@ -143,12 +148,12 @@ bool ScriptedSession::isSupported(const QByteArray &verb) const
         {"PORT", o.active},
         {"EPRT", o.active},
         {"MLSD", o.mlsd},
+        {"MLST", o.mlsd},
         {"MFMT", o.mfmt},
         {"MDTM", o.mdtm},
         {"SIZE", o.size},
         {"ABOR", o.abor},
         {"OPTS", o.feat},
-        {"MLST", o.mlsd},
     }};
     for (const auto &[name, supported] : optional) {
         if (verb == name)

@@ -27,7 +27,7 @@ private:
     using Handler = void (ScriptedSession::*)(const QByteArray &argument, const Action &action);
     [[nodiscard]] static Handler handlerOf(const QByteArray &verb);
 
-    void handle(const QByteArray &line);
+    void handle(const ControlLine::Line &came);
     void perform(const QByteArray &verb, const QByteArray &argument, const Action &action);
     void carryOut(const QByteArray &verb, const QByteArray &argument, const Action &action);
     [[nodiscard]] bool isSupported(const QByteArray &verb) const;
@@ -84,7 +84,8 @@ private:
     int m_number = 0;
     bool m_userGiven = false;
     bool m_loggedIn = false;
-    bool m_muted = false; ///< a command is carried out whose replies are scripted
+    bool m_owesCompletion = false; ///< see EarlyLines::AnswerFirst
+    bool m_muted = false;          ///< a command is carried out whose replies are scripted
     QByteArray m_directory;
     QByteArray m_renameFrom;
 };

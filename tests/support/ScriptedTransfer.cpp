@@ -13,7 +13,7 @@ namespace
 
 constexpr int openLimitMs = 5000;
 constexpr int idleLimitMs = 30'000;
-constexpr int lookEveryMs = 10; ///< how often a running transfer looks for ABOR
+constexpr int lookEveryMs = 10; ///< how often a running transfer looks at its control connection
 constexpr int blockSize = 64 * 1024;
 
 bool isLoopback(const QByteArray &address)
@@ -63,16 +63,48 @@ void ScriptedTransfer::reset()
     m_targetPort = 0;
 }
 
-bool ScriptedTransfer::abortCame(ControlLine &control) const
+std::optional<ScriptedTransfer::End> ScriptedTransfer::interrupted(ControlLine &control) const
 {
-    const auto line = control.lineAtHand();
-    if (!line)
-        return false;
+    std::deque<ControlLine::Line> kept;
+    std::optional<End> end;
+    while (!end) {
+        const auto line = control.lineAtHand();
+        if (!line)
+            break;
+        end = atLine(*line, control, kept);
+    }
+    for (auto line = kept.rbegin(); line != kept.rend(); ++line)
+        control.putBack(std::move(*line));
+    return end;
+}
+
+std::optional<ScriptedTransfer::End>
+ScriptedTransfer::atLine(const ControlLine::Line &line, ControlLine &control,
+                         std::deque<ControlLine::Line> &kept) const
+{
     // A bare ABOR, or one behind telnet's interrupt that came without its 0xFF.
-    if (m_options.abor && line->toUpper().endsWith("ABOR"))
-        return true;
-    control.putBack(*line);
-    return false;
+    if (m_options.abor && line.text.toUpper().endsWith("ABOR"))
+        return End::Aborted;
+    switch (m_options.earlyLines) {
+    case EarlyLines::InOrder:
+        kept.push_back(line);
+        return std::nullopt;
+    case EarlyLines::EndTheTransfer:
+    case EarlyLines::AnswerFirst:
+        kept.push_back(line);
+        return End::BrokenOff;
+    case EarlyLines::CompleteIt:
+        kept.push_back(line);
+        return End::Done;
+    case EarlyLines::Dropped:
+        return std::nullopt;
+    case EarlyLines::Refused:
+        static_cast<void>(control.send("503 A transfer is running\r\n"));
+        return std::nullopt;
+    case EarlyLines::CloseConnection:
+        break;
+    }
+    return End::DropControl;
 }
 
 void ScriptedTransfer::pause(const Action &action) const
@@ -91,8 +123,8 @@ ScriptedTransfer::End ScriptedTransfer::send(QByteArray bytes, const Action &act
     QElapsedTimer idle;
     idle.start();
     for (qint64 done = 0; done < all;) {
-        if (abortCame(control))
-            return End::Aborted;
+        if (const auto end = interrupted(control))
+            return *end;
         if (idle.elapsed() > idleLimitMs || m_bell.hasRung())
             return End::Gone;
         if (!m_data.waitWritable(m_bell, lookEveryMs))
@@ -118,8 +150,8 @@ ScriptedTransfer::End ScriptedTransfer::receive(QByteArray &bytes, const Action 
     idle.start();
     qint64 received = 0;
     while (limit < 0 || received < limit) {
-        if (abortCame(control))
-            return End::Aborted;
+        if (const auto end = interrupted(control))
+            return *end;
         if (idle.elapsed() > idleLimitMs || m_bell.hasRung())
             return End::Gone;
         if (!m_data.waitReadable(m_bell, lookEveryMs))
@@ -153,8 +185,8 @@ ScriptedTransfer::End ScriptedTransfer::finish(const Action &action, ControlLine
     QElapsedTimer timer;
     timer.start();
     while (timer.elapsed() < idleLimitMs) {
-        if (abortCame(control))
-            return End::Aborted;
+        if (const auto end = interrupted(control))
+            return *end;
         if (!control.isOpen() || m_bell.waitFor(lookEveryMs))
             return End::Gone;
     }

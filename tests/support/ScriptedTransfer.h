@@ -16,6 +16,7 @@ public:
         Done,        ///< as the action wanted; the completion reply follows
         DropControl, ///< the action ends the control connection
         Aborted,     ///< ABOR came
+        BrokenOff,   ///< a line came that this server takes for the end
         Gone         ///< the client or the server ended
     };
 
@@ -39,7 +40,11 @@ public:
     [[nodiscard]] End receive(QByteArray &bytes, const Action &action, ControlLine &control);
 
 private:
-    [[nodiscard]] bool abortCame(ControlLine &control) const;
+    /// Looks at what came on the control connection.
+    [[nodiscard]] std::optional<End> interrupted(ControlLine &control) const;
+    /// The same for a line; kept are those for later.
+    [[nodiscard]] std::optional<End> atLine(const ControlLine::Line &line, ControlLine &control,
+                                            std::deque<ControlLine::Line> &kept) const;
     /// After the last byte, for the ends that are no plain close.
     [[nodiscard]] End finish(const Action &action, ControlLine &control);
     void pause(const Action &action) const;

@@ -19,16 +19,16 @@ int ServerLog::addConnection()
     return ++m_connections;
 }
 
-void ServerLog::addCommand(int connection, const QByteArray &line)
+void ServerLog::addCommand(int connection, const QByteArray &line, int batch)
 {
     const std::scoped_lock lock(m_mutex);
-    m_lines.push_back({connection, true, line});
+    m_lines.push_back({connection, true, line, batch});
 }
 
 void ServerLog::addReply(int connection, const QByteArray &bytes)
 {
     const std::scoped_lock lock(m_mutex);
-    m_lines.push_back({connection, false, bytes.trimmed()});
+    m_lines.push_back({connection, false, bytes.trimmed(), 0});
 }
 
 void ServerLog::addLogin()
@@ -71,6 +71,24 @@ QList<QByteArray> ServerLog::verbs(int connection) const
     QList<QByteArray> found = commands(connection);
     for (QByteArray &line : found)
         line = verbOf(line);
+    return found;
+}
+
+QList<QByteArray> ServerLog::batches(int connection) const
+{
+    const std::scoped_lock lock(m_mutex);
+    QList<QByteArray> found;
+    std::pair<int, int> last{0, 0};
+    for (const Line &line : m_lines) {
+        if (!line.command || (connection != 0 && line.connection != connection))
+            continue;
+        const std::pair now{line.connection, line.batch};
+        if (now == last)
+            found.last() += ' ' + verbOf(line.text);
+        else
+            found << verbOf(line.text);
+        last = now;
+    }
     return found;
 }
 

@@ -14,7 +14,8 @@ class ServerLog
 {
 public:
     [[nodiscard]] int addConnection();
-    void addCommand(int connection, const QByteArray &line);
+    /// batch: see ControlLine; 0 where it does not matter.
+    void addCommand(int connection, const QByteArray &line, int batch = 0);
     void addReply(int connection, const QByteArray &bytes);
     void addLogin();
     void clear();
@@ -25,6 +26,9 @@ public:
     [[nodiscard]] QList<QByteArray> commands(int connection = 0) const;
     /// Only the verbs.
     [[nodiscard]] QList<QByteArray> verbs(int connection = 0) const;
+    /// The verbs that came in one go, joined by blanks ("STOR SIZE EPSV"): what a client sent
+    /// without waiting for a reply in between. As many as it waited for.
+    [[nodiscard]] QList<QByteArray> batches(int connection = 0) const;
     /// How often a verb came, with exactly that argument unless it is null.
     [[nodiscard]] int count(const QByteArray &verb, const QByteArray &argument = {}) const;
     /// "1> USER user", "1< 331 ...", with the number of the connection; one line each.
@@ -35,6 +39,7 @@ private:
         int connection = 0;
         bool command = false;
         QByteArray text;
+        int batch = 0;
     };
     mutable std::mutex m_mutex;
     QList<Line> m_lines;

@@ -23,6 +23,17 @@ enum class ListDialect {
     Eplf     ///< +m...,s...,/,\tname (times in UTC)
 };
 
+/// What becomes of the lines, other than ABOR, that come while a transfer runs.
+enum class EarlyLines {
+    InOrder,        ///< they wait for its end (RFC 959)
+    EndTheTransfer, ///< the first ends it without a completion reply, and is answered
+    AnswerFirst,    ///< the same, and the completion reply comes behind that answer
+    CompleteIt,     ///< the same behind a completion reply that knows no better
+    Dropped,
+    Refused, ///< each is answered at once with 503
+    CloseConnection
+};
+
 /// What kind of server a ScriptedServer is. Set before start().
 struct ServerOptions {
     QByteArray user = "user";
@@ -47,7 +58,10 @@ struct ServerOptions {
 
     ListDialect dialect = ListDialect::Unix;
     int listOffsetSeconds = 9 * 3600; ///< what LIST's wall clock is ahead of UTC
+    QDateTime summerUntil;            ///< times before it show an hour more in LIST and STAT
     bool listsDotNames = false;       ///< in LIST and MLSD
+    StatPath stat = StatPath::Unknown;
+    bool statShowsDotNames = true;
     /// The host in the PASV reply, "127,0,0,1" form.
     QByteArray pasvHost = "127,0,0,1";
     /// Whatever is asked for is there and done: any directory can be entered and listed, any file
@@ -57,9 +71,9 @@ struct ServerOptions {
     bool closesAfterEachCommand = false;
     /// The data connection is opened before the opening reply (what most servers do).
     bool acceptsBeforeOpening = true;
+    EarlyLines earlyLines = EarlyLines::InOrder;
+    bool firstLineOnly = false;    ///< of what comes in one go; the rest is lost
+    bool forgetsPortAtCwd = false; ///< that EPSV or PASV gave
 };
-    QDateTime summerUntil;            ///< times before it show an hour more in LIST and STAT
 
-    StatPath stat = StatPath::Unknown;
-    bool statShowsDotNames = true;
 } // namespace venlo::test

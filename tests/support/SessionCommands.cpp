@@ -89,6 +89,8 @@ void ScriptedSession::doCwd(const QByteArray &argument, const Action & /*action*
         return;
     }
     m_directory = path;
+    if (m_context.options.forgetsPortAtCwd)
+        m_transfer.reset();
     reply(250, "Directory changed");
 }
 

@@ -170,6 +170,9 @@ void ScriptedSession::closeData(ScriptedTransfer::End end, const Action &action)
     case ScriptedTransfer::End::DropControl:
         m_control.close();
         break;
+    case ScriptedTransfer::End::BrokenOff:
+        m_owesCompletion = m_context.options.earlyLines == EarlyLines::AnswerFirst;
+        break; // the line that did it is answered next
     case ScriptedTransfer::End::Gone:
         reply(426, "Broken");
         break;
