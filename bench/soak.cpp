@@ -1,5 +1,6 @@
 // Synchronises many files up, down and up again while the connection is dropped at random, until
 // both sides are equal. Prints the seed, what happened, and the peak of the memory used.
+#include "support/Certificates.h"
 #include "support/FaultRelay.h"
 #include "support/FtpDaemon.h"
 #include "sync/SyncWorld.h"
@@ -27,12 +28,13 @@ const QString pattern = QStringLiteral("p");
 constexpr int filesInEach = 100;
 constexpr int mostRuns = 200;
 
-/// Resets every connection, again and again, at random intervals.
+/// Resets every connection, again and again, at random intervals. Under TLS the relay cannot lead
+/// the data connections through itself: there the daemon's sessions are killed, which cuts them.
 class Dropper
 {
 public:
-    Dropper(FaultRelay &relay, quint32 seed, int meanMs)
-        : m_thread([this, &relay, seed, meanMs] { run(relay, seed, meanMs); })
+    Dropper(FaultRelay &relay, FtpDaemon *sessions, quint32 seed, int meanMs)
+        : m_thread([this, &relay, sessions, seed, meanMs] { run(relay, sessions, seed, meanMs); })
     {
     }
     ~Dropper()
@@ -43,11 +45,14 @@ public:
     [[nodiscard]] int drops() const { return m_drops; }
 
 private:
-    void run(FaultRelay &relay, quint32 seed, int meanMs)
+    void run(FaultRelay &relay, FtpDaemon *sessions, quint32 seed, int meanMs)
     {
         QRandomGenerator random(seed);
-        while (!m_bell.waitFor(static_cast<int>(random.bounded(2 * meanMs)) + 1))
+        while (!m_bell.waitFor(static_cast<int>(random.bounded(2 * meanMs)) + 1)) {
+            if (sessions != nullptr)
+                sessions->dropSessions();
             m_drops += relay.dropConnections();
+        }
     }
     StopBell m_bell;
     std::atomic<int> m_drops = 0;
@@ -118,13 +123,24 @@ bool keptMaster(const std::vector<TreeRow> &rows, const TreeSnapshot &now)
     return true;
 }
 
-int soak(FtpDaemon::Kind kind, quint32 seed, int files, int meanMs)
+int soak(FtpDaemon::Kind kind, quint32 seed, int files, int meanMs, bool tls)
 {
-    std::printf("%s, seed %u, %d files, a drop every %d ms\n", FtpDaemon::name(kind), seed, files,
-                meanMs);
+    std::printf("%s%s, seed %u, %d files, a drop every %d ms\n", FtpDaemon::name(kind),
+                tls ? " under TLS" : "", seed, files, meanMs);
     QRandomGenerator random(seed);
-    FtpDaemon daemon(kind);
     QString why;
+    Certificates certificates;
+    DaemonOptions options;
+    if (tls && !certificates.make(&why)) {
+        std::printf("%s\n", qPrintable(why));
+        return 2;
+    }
+    if (tls) {
+        certificates.trustAuthority();
+        options.tls = DaemonTls::V13;
+        options.certificate = certificates.file(Certificates::Kind::Signed);
+    }
+    FtpDaemon daemon(kind, options);
     if (!daemon.start(&why) || !daemon.makeFolder("pub")) {
         std::printf("%s\n", qPrintable(why));
         return 2;
@@ -138,9 +154,10 @@ int soak(FtpDaemon::Kind kind, quint32 seed, int files, int meanMs)
     limits.reply = 5s;
     limits.idleData = 5s;
     SyncWorld world(limits);
-    world.registerSite(relay.server(), daemon.user(), daemon.password());
+    world.registerSite((tls ? QStringLiteral("ftps:") : QString()) + relay.server(), daemon.user(),
+                       daemon.password());
     world.registerPattern(pattern, QStringLiteral("/pub"));
-    Dropper dropper(relay, random.generate(), meanMs);
+    Dropper dropper(relay, tls ? &daemon : nullptr, random.generate(), meanMs);
     for (int round = 0; round < 3; ++round) {
         const bool upwards = round != 1;
         const std::vector<TreeRow> rows = treeOf(files, round, random);
@@ -160,7 +177,7 @@ int soak(FtpDaemon::Kind kind, quint32 seed, int files, int meanMs)
 
 } // namespace
 
-/// soak [SEED [FILES [MEAN-MS [DAEMON]]]]
+/// soak [SEED [FILES [MEAN-MS [DAEMON [tls]]]]]
 int main(int argc, char **argv)
 {
     const QCoreApplication application(argc, argv);
@@ -174,5 +191,5 @@ int main(int argc, char **argv)
             chosen = kind;
     }
     return soak(chosen, seed, static_cast<int>(argument(2, 10'000)),
-                static_cast<int>(argument(3, 3'000)));
+                static_cast<int>(argument(3, 3'000)), argc > 5 && QByteArray(argv[5]) == "tls");
 }
