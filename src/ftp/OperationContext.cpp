@@ -109,32 +109,22 @@ bool OperationContext::isCancelled(const Error &error) const
     return error.kind == ErrorClass::Cancelled || frontEnd.cancelled();
 }
 
-/// A step that is lost to commands sent ahead counts once it has gone without them.
-Result<void> OperationContext::ridden(const QString &what, const Step &step)
-{
-    auto result = step();
-    while (!result && !isCancelled(result.error()) && session.client().lostToRiders()) {
-        note(QStringLiteral("%1: once more: %2").arg(what, result.error().words));
-        if (!reconnect())
-            break;
-        result = step();
-    }
-    return result;
-}
-
 OperationContext::Attempted OperationContext::fiveAttempts(const QString &what, const Step &step,
                                                            const AskAgain &askAgain)
 {
     Error error;
-    for (int attempt = 1; attempt <= maxAttempts; ++attempt) {
+    for (int attempt = 1; attempt <= maxAttempts;) {
         if (frontEnd.cancelled())
             return {End::Stop, {ErrorClass::Cancelled, {}, 0}};
-        const auto result = ridden(what, step);
+        const auto result = step();
         if (result)
             return {End::Done, {}};
         error = result.error();
         note(what + QStringLiteral(", attempt %1: ").arg(attempt) + error.words);
-        if (isCancelled(error) || (askAgain && !askAgain()))
+        // What is lost to commands sent ahead has not been tried: it goes on without them.
+        const bool ridden = error.kind == ErrorClass::Lost && session.client().lostToRiders();
+        attempt += ridden ? 0 : 1;
+        if (isCancelled(error) || (!ridden && askAgain && !askAgain()))
             return {End::Stop, error};
         if (error.kind == ErrorClass::Local) {
             if (!askAgain)
@@ -149,8 +139,10 @@ OperationContext::Attempted OperationContext::fiveAttempts(const QString &what, 
 
 OperationContext::Attempted OperationContext::attemptOnce(const QString &what, const Step &step)
 {
-    auto result = ridden(what, step);
-    if (!result && result.error().kind == ErrorClass::Lost && !frontEnd.cancelled()) {
+    auto result = step();
+    for (bool again = true;
+         again && !result && result.error().kind == ErrorClass::Lost && !frontEnd.cancelled();) {
+        again = session.client().lostToRiders();
         note(QStringLiteral("%1: %2").arg(what, result.error().words));
         if (!reconnect())
             return {End::Stop, result.error()};

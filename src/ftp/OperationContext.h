@@ -73,7 +73,6 @@ public:
     [[nodiscard]] Attempted attemptOnce(const QString &what, const Step &step);
 
 private:
-    [[nodiscard]] Result<void> ridden(const QString &what, const Step &step);
     [[nodiscard]] bool isCancelled(const Error &error) const;
 
     const Flags &m_flags;
