@@ -12,6 +12,11 @@
 namespace venlo
 {
 
+namespace
+{
+constexpr int mostMisfits = 20; ///< entries that are named; of more their number is told
+}
+
 void DirectoryCache::mark(const QString &dir, const QString &why, bool refused)
 {
     m_marks.set(m_session.currentSite(), {dir, why, refused});
@@ -120,6 +125,7 @@ QString DirectoryCache::addRows(const QString &dir, const Listing &listing, QStr
     const auto table = m_database.openTable(m_session.currentSite());
     const int localOffset = presentLocalOffset();
     QStringList misfits;
+    int left = 0;
     for (const ListedEntry &entry : listing.entries) {
         const bool folder = entry.kind == ListedEntry::Kind::Folder;
         const double day = listingDay(wallClockOf(entry, m_session.listOffset), localOffset);
@@ -130,13 +136,16 @@ QString DirectoryCache::addRows(const QString &dir, const Listing &listing, QStr
                        {dir, folder ? 1 : 0, entry.name, day, folder ? 0 : cachedSizeOf(entry.size),
                         raw, entry.dayOnly ? 1 : 0});
         } catch (const DbError &error) {
-            misfits.append(remoteChild(dir, entry.name.left(256)) + QStringLiteral(": ") +
-                           error.words());
+            if (++left <= mostMisfits)
+                misfits.append(remoteChild(dir, entry.name.left(256)) + QStringLiteral(": ") +
+                               error.words());
             continue;
         }
         if (folder)
             subFolders.append(entry.name);
     }
+    if (left > mostMisfits)
+        misfits.append(QStringLiteral("･･･ (%1)").arg(left));
     return misfits.join(QLatin1Char('\n'));
 }
 

@@ -81,6 +81,10 @@ void DirectoryCache::caRecTree(const QString &dir)
         }
         for (const Pending &one : oneByOne)
             listOne(one, pending);
+        if (!pending.empty() && m_walk->isTooLarge(m_session.limits())) {
+            m_walk->stop(QStringLiteral("the tree is too large"));
+            return;
+        }
     }
 }
 

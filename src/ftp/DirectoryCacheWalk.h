@@ -21,6 +21,8 @@ class DirectoryCache::Walk
     /// memory.
     static constexpr size_t entriesAtATime = 5000;
     static constexpr size_t listingsAtATime = 500;
+    /// Characters; a folder of a longer name has no row, and is not looked into.
+    static constexpr qsizetype longestName = 255;
 
 public:
     Walk(DirectoryCache &cache, const QString &dir) : m_cache(cache), m_root(dir)
@@ -53,13 +55,15 @@ public:
         for (const ListedEntry &entry : listing ? listing->entries : none) {
             const auto before = names.size();
             names.insert(entry.name.toCaseFolded());
-            if (names.size() == before || entry.kind != ListedEntry::Kind::Folder)
+            if (names.size() == before || entry.kind != ListedEntry::Kind::Folder ||
+                entry.name.size() > longestName)
                 continue;
             folders.push_back({entry.name, entry.rawName});
             if (entry.rawName != entry.name.toLatin1())
                 m_cache.learnRawPath(remoteChild(dir, entry.name), entry.rawName);
         }
         m_entries += listing ? listing->entries.size() : 0;
+        m_allEntries += listing ? static_cast<qint64>(listing->entries.size()) : 0;
         m_heard.push_back({dir, std::move(listing), why, refused});
         ++m_asked;
         if (m_cache.m_refreshReport)
@@ -67,6 +71,18 @@ public:
         if (m_heard.size() >= listingsAtATime || m_entries >= entriesAtATime)
             store();
         return folders;
+    }
+    /// The tree goes on beyond what is listed of it.
+    [[nodiscard]] bool isTooLarge(const ClientLimits &limits) const
+    {
+        return m_asked > limits.maxTreeFolders || m_allEntries > limits.maxTreeEntries;
+    }
+    /// Nothing more will be listed; the root stays incomplete, and with it all that lies below.
+    void stop(const QString &why)
+    {
+        store();
+        m_rootIsWhole = false;
+        m_cache.mark(m_root, why, false);
     }
     void ended()
     {
@@ -101,6 +117,7 @@ private:
     DirectoryCache &m_cache;
     std::vector<Heard> m_heard;
     size_t m_entries = 0; ///< in what was heard
+    qint64 m_allEntries = 0;
     QString m_root;
     int m_asked = 0; ///< directories that were listed, or could not be
     bool m_rootIsWhole = false;

@@ -58,6 +58,7 @@ private:
     OperationContext &m_context;
     DownloadJournal m_journal;
     QDateTime m_start;
+    int m_folders = 0;     ///< of the tree in hand
     QSet<QString> m_swept; ///< folders that hold no leftover of an earlier run any more
 };
 

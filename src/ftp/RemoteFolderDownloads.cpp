@@ -22,6 +22,12 @@ bool RemoteDownloads::getFolder(const QString &localParent, const QString &name,
     const QString remote = remoteChild(m_context.cache.normalised(remoteParent), name);
     if (!m_context.mayGoOn())
         return false;
+    m_folders = depth == 0 ? 1 : m_folders + 1;
+    if (m_folders > m_context.session.limits().maxTreeFolders) {
+        giveUpFolder(local, remote,
+                     {ErrorClass::Local, QStringLiteral("ﾌｫﾙﾀﾞの数が多すぎます"), 0});
+        return false;
+    }
     QString why = whyNotAFileName(name);
     if (depth > maxDepth)
         why = QStringLiteral("ﾌｫﾙﾀﾞの階層が深すぎます");

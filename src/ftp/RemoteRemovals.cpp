@@ -100,6 +100,7 @@ bool RemoteRemovals::removeFolder(const QString &path, const QString &name)
                          {ErrorClass::Local, QStringLiteral("このﾌｫﾙﾀﾞは削除できません"), 0});
         return true;
     }
+    m_emptied = 0;
     if (!sjEmpDir(folder, 0) || !m_context.enter(dir, false))
         return false;
     const auto attempted = removeOne(dir, name);
@@ -114,6 +115,12 @@ bool RemoteRemovals::removeFolder(const QString &path, const QString &name)
 
 bool RemoteRemovals::sjEmpDir(const QString &dir, int depth)
 {
+    if (++m_emptied > m_context.session.limits().maxTreeFolders) {
+        m_context.giveUp(QStringLiteral("FtpRemoveDirectory Err:") + dir +
+                             QStringLiteral(" RemoveDirectory"),
+                         dir, {}, {ErrorClass::Local, QStringLiteral("ﾌｫﾙﾀﾞの数が多すぎます"), 0});
+        return false;
+    }
     if (depth > maxDepth) {
         m_context.note(QStringLiteral("nested too deeply: ") + dir);
         return true;

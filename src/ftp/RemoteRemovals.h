@@ -34,6 +34,7 @@ private:
     void removed(const QString &dir, const QString &name);
 
     OperationContext &m_context;
+    int m_emptied = 0; ///< folders of the tree in hand
 };
 
 } // namespace venlo

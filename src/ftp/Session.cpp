@@ -350,6 +350,11 @@ FtpClient &Session::client()
     return *m->client;
 }
 
+const ClientLimits &Session::limits() const
+{
+    return m->clientLimits;
+}
+
 FrontEnd &Session::frontEnd()
 {
     return m->frontEnd;

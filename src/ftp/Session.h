@@ -68,6 +68,7 @@ public:
     [[nodiscard]] QString currentSite() const;
     /// Only while connected.
     [[nodiscard]] FtpClient &client();
+    [[nodiscard]] const ClientLimits &limits() const;
     /// Seconds to add to a LIST server's wall clock to get UTC, once learned (see DirectoryCache).
     std::optional<qint64> listOffset;
 

@@ -44,6 +44,9 @@ struct ClientLimits {
     std::chrono::milliseconds idleData{60'000}; ///< a data connection that moves no byte
     int maxEntries = 1'000'000;
     qint64 maxListingBytes = 256LL * 1024 * 1024;
+    // Of one tree: a server may show a folder in itself for ever.
+    int maxTreeFolders = 100'000;
+    qint64 maxTreeEntries = 2'000'000;
     /// For one listing as a whole: a server that sends a byte now and then never goes idle.
     std::chrono::milliseconds listing{30 * 60'000};
 };

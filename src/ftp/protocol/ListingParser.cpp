@@ -15,6 +15,7 @@ namespace venlo
 namespace
 {
 constexpr qsizetype shownLength = 200;   ///< characters of a line that the reason quotes
+constexpr qsizetype longestName = 1024;  ///< bytes: 255 characters of any encoding are fewer
 constexpr qsizetype reasonLength = 1000; ///< characters after which further reasons are left out
 
 /// Text of the server for a log line: one line, not longer than people read.
@@ -87,6 +88,11 @@ void ListingParser::accept(ListedEntry entry)
 {
     if (isSelfOrParent(entry.rawName))
         return;
+    if (entry.rawName.size() > longestName) {
+        doubt(QStringLiteral("refused name: ") +
+              quoted(decodeLeniently(entry.rawName.left(shownLength))));
+        return;
+    }
     static const QString separators = QStringLiteral("/") + QDir::separator();
     entry.name = m_codec.decode(entry.rawName);
     if (cannotBeSent(entry.rawName) || isRefusedName(entry.name, separators)) {
