@@ -63,7 +63,7 @@ struct Session::Data {
     QString currentSite;
     QString reconnectInformation; ///< user, tab, password, tab, connect flags as decimal text
     int connects = 0;
-    bool activeUnusable = false;  ///< active mode was tried and cannot work with this server
+    bool activeUnusable = false; ///< active mode was tried and cannot work with this server
 };
 
 Session::Session(FrontEnd &frontEnd, Database &database, ErrorLog &errorLog, EventLog &eventLog,
