@@ -1,16 +1,16 @@
 #include "localpane/FolderReader.h"
 
 #include <algorithm>
-#include <filesystem>
 #include <system_error>
 
-#include <QDir>
 #include <QDirIterator>
 #include <QFileInfo>
 
 #include "ftp/LocalPath.h"
 #include "localpane/FolderPaths.h"
+#include "platform/Disk.h"
 #include "platform/FileLook.h"
+#include "platform/FilesystemPath.h"
 #include "shared/FrontEnd.h"
 
 namespace venlo
@@ -18,12 +18,9 @@ namespace venlo
 
 namespace
 {
-namespace fs = std::filesystem;
-
 Error unreadable(const QString &path, const std::error_code &error)
 {
-    return {ErrorClass::Local,
-            path + QStringLiteral(" : ") + QString::fromLocal8Bit(error.message().c_str()), 0};
+    return {ErrorClass::Local, path + QStringLiteral(" : ") + systemWords(error), 0};
 }
 
 /// Visits every entry; visit returns false to end early.
@@ -31,8 +28,8 @@ template <typename Visit>
 std::error_code visitEntries(const QString &path, Visit visit)
 {
     std::error_code error;
-    fs::directory_iterator item(QDir(path).filesystemPath(), error);
-    const fs::directory_iterator end;
+    disk::directory_iterator item(filesystemPath(path), error);
+    const disk::directory_iterator end;
     while (!error && item != end) {
         if (!visit(*item))
             break;
@@ -41,20 +38,20 @@ std::error_code visitEntries(const QString &path, Visit visit)
     return error;
 }
 
-QString nameOf(const fs::directory_entry &item)
+QString nameOf(const disk::directory_entry &item)
 {
-    return QFileInfo(item.path()).fileName();
+    return shownPath(item.path().filename());
 }
 
-bool isFolder(const fs::directory_entry &item)
+bool isFolder(const disk::directory_entry &item)
 {
     std::error_code error;
     return item.is_directory(error) && !error;
 }
 
-DiskEntry describe(const fs::directory_entry &item)
+DiskEntry describe(const disk::directory_entry &item)
 {
-    const QFileInfo info(item.path());
+    const QFileInfo info(shownPath(item.path()));
     DiskEntry entry;
     entry.name = info.fileName();
     entry.folder = isFolder(item);
@@ -77,11 +74,11 @@ DiskEntry describe(const fs::directory_entry &item)
     return entry;
 }
 
-bool hasSubFolders(const fs::path &folder)
+bool hasSubFolders(const std::filesystem::path &folder)
 {
     std::error_code error;
-    fs::directory_iterator item(folder, error);
-    for (const fs::directory_iterator end; !error && item != end; item.increment(error)) {
+    disk::directory_iterator item(folder, error);
+    for (const disk::directory_iterator end; !error && item != end; item.increment(error)) {
         if (isFolder(*item) && !isOddName(nameOf(*item)))
             return true;
     }
@@ -112,7 +109,7 @@ bool passesFilter(const QString &name, const QString &filter)
 Result<std::vector<DiskEntry>> readFolder(const QString &path, const std::function<bool()> &goOn)
 {
     std::vector<DiskEntry> entries;
-    const std::error_code error = visitEntries(path, [&](const fs::directory_entry &item) {
+    const std::error_code error = visitEntries(path, [&](const disk::directory_entry &item) {
         entries.push_back(describe(item));
         return !goOn || goOn();
     });
@@ -124,10 +121,10 @@ Result<std::vector<DiskEntry>> readFolder(const QString &path, const std::functi
 Result<std::vector<SubFolder>> readSubFolders(const QString &path)
 {
     std::vector<SubFolder> folders;
-    const std::error_code error = visitEntries(path, [&](const fs::directory_entry &item) {
+    const std::error_code error = visitEntries(path, [&](const disk::directory_entry &item) {
         if (!isFolder(item))
             return true;
-        const QFileInfo info(item.path());
+        const QFileInfo info(shownPath(item.path()));
         if (!isOddName(info.fileName()))
             folders.push_back({info.fileName(), info.isHidden(), hasSubFolders(item.path())});
         return true;
@@ -149,7 +146,7 @@ std::optional<QStringList> fileNames(FrontEnd &frontEnd, const QString &folder,
         return std::nullopt;
     }
     QStringList names;
-    const std::error_code error = visitEntries(folder, [&](const fs::directory_entry &item) {
+    const std::error_code error = visitEntries(folder, [&](const disk::directory_entry &item) {
         const QString name = nameOf(item);
         if (!isFolder(item) && !isOddName(name) && passesFilter(name, filter))
             names.append(name);

@@ -3,11 +3,11 @@
 #include <limits>
 #include <system_error>
 
-#include <QDir>
 #include <QElapsedTimer>
 #include <QFileInfo>
 
 #include "ftp/LocalPath.h"
+#include "platform/FilesystemPath.h"
 
 namespace venlo
 {
@@ -76,7 +76,7 @@ void FolderSizes::begin()
     m_waiting.clear();
     const QFileInfo folder(m_jobs.front().path);
     if (!folder.isSymbolicLink() && !folder.isJunction())
-        m_waiting.push_back(QDir(m_jobs.front().path).filesystemPath());
+        m_waiting.push_back(filesystemPath(m_jobs.front().path));
 }
 
 bool FolderSizes::step()
@@ -89,7 +89,7 @@ bool FolderSizes::step()
         m_waiting.pop_back();
         list(folder, error);
     } else {
-        const fs::directory_entry item = std::move(m_entries.back());
+        const disk::directory_entry item = std::move(m_entries.back());
         m_entries.pop_back();
         add(item, error);
     }
@@ -106,19 +106,19 @@ bool FolderSizes::step()
 /// could be neither renamed nor deleted.
 void FolderSizes::list(const fs::path &folder, std::error_code &error)
 {
-    fs::directory_iterator item(folder, error);
-    for (const fs::directory_iterator end; !error && item != end; item.increment(error))
+    disk::directory_iterator item(folder, error);
+    for (const disk::directory_iterator end; !error && item != end; item.increment(error))
         m_entries.push_back(*item);
 }
 
-void FolderSizes::add(const fs::directory_entry &item, std::error_code &error)
+void FolderSizes::add(const disk::directory_entry &item, std::error_code &error)
 {
     const fs::file_status status = item.symlink_status(error);
     if (error)
         return;
-    if (fs::is_directory(status))
+    if (status.type() == fs::file_type::directory)
         m_waiting.push_back(item.path());
-    else if (fs::is_regular_file(status))
+    else if (status.type() == fs::file_type::regular)
         m_bytes += static_cast<qint64>(item.file_size(error));
 }
 

@@ -8,6 +8,8 @@
 #include <QString>
 #include <QTimer>
 
+#include "platform/Disk.h"
+
 namespace venlo
 {
 
@@ -44,13 +46,13 @@ private:
     /// One entry; false when the folder in hand is through.
     [[nodiscard]] bool step();
     void list(const std::filesystem::path &folder, std::error_code &error);
-    void add(const std::filesystem::directory_entry &item, std::error_code &error);
+    void add(const disk::directory_entry &item, std::error_code &error);
     void finish(qint64 bytes);
 
     std::deque<Job> m_jobs;
     QTimer m_slices;
-    std::vector<std::filesystem::path> m_waiting;            ///< folders below the one in hand
-    std::vector<std::filesystem::directory_entry> m_entries; ///< of the folder opened last
+    std::vector<std::filesystem::path> m_waiting; ///< folders below the one in hand
+    std::vector<disk::directory_entry> m_entries; ///< of the folder opened last
     qint64 m_bytes = 0;
     bool m_begun = false;
     bool m_resting = false;

@@ -132,8 +132,7 @@ void uFile::Parts::toParent()
 void uFile::Parts::findRoot()
 {
     const QString root = treeFill->root();
-    const QString chosen = rooms.desk.pickFolder(root.isEmpty() ? topOf(QDir::rootPath()) : root,
-                                                 QStringLiteral("ﾌｫﾙﾀﾞの指定"));
+    const QString chosen = rooms.desk.pickFolder(root, QStringLiteral("ﾌｫﾙﾀﾞの指定"));
     if (chosen.isEmpty())
         return;
     settled = true;

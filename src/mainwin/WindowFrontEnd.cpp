@@ -12,6 +12,7 @@
 #include "localpane/sfOwt.h"
 #include "mainwin/ModalLimit.h"
 #include "mainwin/popup/sfWait.h"
+#include "platform/SpecialFolders.h"
 #include "shared/ConsolePrinter.h"
 #include "shared/Flags.h"
 
@@ -129,8 +130,11 @@ OverwriteAnswer WindowFrontEnd::askOverwrite(const OverwriteQuestion &question)
 QString WindowFrontEnd::pickFolder(const QString &start, const QString &title)
 {
     const PlainCursor cursor;
+    const QUrl from = start.isEmpty() ? computerFolder() : QUrl::fromLocalFile(start);
     return QDir::toNativeSeparators(
-        QFileDialog::getExistingDirectory(windowInFront(), title, start));
+        QFileDialog::getExistingDirectoryUrl(windowInFront(), title, from,
+                                             QFileDialog::ShowDirsOnly, {QStringLiteral("file")})
+            .toLocalFile());
 }
 
 std::optional<QString> WindowFrontEnd::askText(const QString &prompt, const QString &title,

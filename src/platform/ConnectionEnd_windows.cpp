@@ -1,16 +1,48 @@
 #include "platform/ConnectionEnd.h"
 
+#include <winsock2.h>
+
 namespace venlo
 {
 
-// Not told here: what was cut shows by a size or by a last line without its end only.
-ConnectionEnd::ConnectionEnd(qintptr /*descriptor*/) {}
+namespace
+{
+/// The same connection once more: it outlives the socket that it was made from.
+SOCKET secondHandle(SOCKET first)
+{
+    WSAPROTOCOL_INFOW info = {};
+    if (WSADuplicateSocketW(first, GetCurrentProcessId(), &info) != 0)
+        return INVALID_SOCKET;
+    return WSASocketW(FROM_PROTOCOL_INFO, FROM_PROTOCOL_INFO, FROM_PROTOCOL_INFO, &info, 0, 0);
+}
 
-ConnectionEnd::~ConnectionEnd() = default;
+constexpr qintptr none = -1;
+} // namespace
+
+ConnectionEnd::ConnectionEnd(qintptr descriptor)
+    : m_descriptor(descriptor < 0
+                       ? none
+                       : static_cast<qintptr>(secondHandle(static_cast<SOCKET>(descriptor))))
+{
+}
+
+ConnectionEnd::~ConnectionEnd()
+{
+    if (m_descriptor != none)
+        closesocket(static_cast<SOCKET>(m_descriptor));
+}
 
 bool ConnectionEnd::wasReset() const
 {
-    return false;
+    if (m_descriptor == none)
+        return false;
+    // A peer that closed in order leaves nothing to read; a reset is told to every reader. The
+    // handle does not block, as the first one did not.
+    char byte = 0;
+    if (recv(static_cast<SOCKET>(m_descriptor), &byte, 1, MSG_PEEK) != SOCKET_ERROR)
+        return false;
+    const int why = WSAGetLastError();
+    return why == WSAECONNRESET || why == WSAECONNABORTED || why == WSAENETRESET;
 }
 
 } // namespace venlo

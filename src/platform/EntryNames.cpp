@@ -2,6 +2,7 @@
 
 #include <QFile>
 
+#include "platform/Disk.h"
 #include "platform/EntryCopy.h"
 #include "platform/FilesystemPath.h"
 
@@ -11,7 +12,7 @@ namespace venlo
 bool makeFolder(const QString &path, QString &why)
 {
     std::error_code error;
-    if (std::filesystem::create_directory(filesystemPath(path), error))
+    if (disk::create_directory(filesystemPath(path), error))
         return true;
     // A folder that is there already is no error of the call, but none was made.
     why = systemWords(error ? error : std::make_error_code(std::errc::file_exists));

@@ -11,18 +11,24 @@ namespace
 {
 constexpr qsizetype longestName = 255; // UTF-16 units
 
+/// The digits that number a port, superscripts of the Latin-1 page among them.
+bool numbersPort(QChar c)
+{
+    return (c >= QLatin1Char('1') && c <= QLatin1Char('9')) || QStringLiteral("¹²³").contains(c);
+}
+
 /// Device names count with any extension too: "con.txt" is the console.
 bool isDevice(const QString &name)
 {
-    static const QStringList devices{QStringLiteral("CON"), QStringLiteral("PRN"),
-                                     QStringLiteral("AUX"), QStringLiteral("NUL")};
+    static const QStringList devices{QStringLiteral("CON"),    QStringLiteral("PRN"),
+                                     QStringLiteral("AUX"),    QStringLiteral("NUL"),
+                                     QStringLiteral("CONIN$"), QStringLiteral("CONOUT$")};
     const QString stem = name.section(QLatin1Char('.'), 0, 0).trimmed().toUpper();
     if (devices.contains(stem))
         return true;
     const bool port =
         stem.startsWith(QLatin1String("COM")) || stem.startsWith(QLatin1String("LPT"));
-    return port && stem.size() == 4 && stem.at(3) >= QLatin1Char('1') &&
-           stem.at(3) <= QLatin1Char('9');
+    return port && stem.size() == 4 && numbersPort(stem.at(3));
 }
 
 bool isRefused(QChar c)

@@ -8,13 +8,19 @@
 namespace venlo
 {
 
-/// Native form with the prefix that lifts the length limit of 260 characters.
+/// Native form with the prefix that lifts the length limit of 260 characters. A bare drive ("C:")
+/// is its top folder, not the one that happens to be current on it.
 inline std::wstring longPath(const QString &path)
 {
-    const QString native = QDir::toNativeSeparators(QDir(path).absolutePath());
+    const QString prefix = QStringLiteral("\\\\?\\");
+    if (path.startsWith(prefix))
+        return path.toStdWString();
+    const bool bareDrive = path.size() == 2 && path.at(1) == QLatin1Char(':');
+    const QString full = bareDrive ? path + QLatin1Char('/') : path;
+    const QString native = QDir::toNativeSeparators(QDir(full).absolutePath());
     if (native.startsWith(QLatin1String("\\\\")))
-        return (QStringLiteral("\\\\?\\UNC") + native.mid(1)).toStdWString();
-    return (QStringLiteral("\\\\?\\") + native).toStdWString();
+        return (prefix + QStringLiteral("UNC") + native.mid(1)).toStdWString();
+    return (prefix + native).toStdWString();
 }
 
 } // namespace venlo

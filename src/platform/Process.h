@@ -5,8 +5,9 @@
 namespace venlo
 {
 
-/// The command line behind the program's name: as the system holds it on Windows, elsewhere the
-/// arguments joined with one blank.
+/// The command line behind the program's name: as the system holds it on Windows, without the
+/// quotation marks that a shell needs around all of it; elsewhere the arguments joined with one
+/// blank.
 [[nodiscard]] QString rawCommandLine(int argc, char **argv);
 
 /// The executable's file name without ".exe" and its folder with a trailing separator.

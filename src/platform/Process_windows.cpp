@@ -29,6 +29,15 @@ qsizetype endOfProgramName(const QString &line)
     const qsizetype closing = line.indexOf(QLatin1Char('"'), 1);
     return closing < 0 ? line.size() : closing + 1;
 }
+
+/// A shell needs quotation marks around all of it, since "|" is its own sign; they are not meant.
+QString withoutShellQuotes(const QString &arguments)
+{
+    const QLatin1Char mark('"');
+    const bool quoted = arguments.size() >= 2 && arguments.startsWith(mark) &&
+                        arguments.indexOf(mark, 1) == arguments.size() - 1;
+    return quoted ? arguments.mid(1, arguments.size() - 2) : arguments;
+}
 } // namespace
 
 QString rawCommandLine(int /*argc*/, char ** /*argv*/)
@@ -37,7 +46,7 @@ QString rawCommandLine(int /*argc*/, char ** /*argv*/)
     qsizetype start = endOfProgramName(line);
     while (start < line.size() && line[start] == QLatin1Char(' '))
         ++start;
-    return line.mid(start);
+    return withoutShellQuotes(line.mid(start));
 }
 
 QString executableBaseName()

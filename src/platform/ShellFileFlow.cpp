@@ -1,5 +1,8 @@
 #include "platform/ShellFileFlow.h"
 
+#include <utility>
+#include <vector>
+
 #include "platform/FilesystemPath.h"
 
 namespace venlo
@@ -36,7 +39,7 @@ bool ShellFileFlow::advance(qint64 units)
 
 bool ShellFileFlow::measure(const fs::path &entry)
 {
-    return walk(entry, [this](const fs::directory_entry &one) {
+    return walk(entry, [this](const disk::directory_entry &one) {
         std::error_code error;
         const bool sized = one.symlink_status(error).type() == fs::file_type::regular;
         const auto size = sized ? one.file_size(error) : 0;
@@ -46,7 +49,7 @@ bool ShellFileFlow::measure(const fs::path &entry)
 
 bool ShellFileFlow::countEntries(const fs::path &entry, bool &unusable)
 {
-    return walk(entry, [this, &unusable](const fs::directory_entry &one) {
+    return walk(entry, [this, &unusable](const disk::directory_entry &one) {
         ++m_progress.total;
         if (isUnusableName(shownPath(one.path().filename())))
             unusable = true;
@@ -56,18 +59,23 @@ bool ShellFileFlow::countEntries(const fs::path &entry, bool &unusable)
 bool ShellFileFlow::walk(const fs::path &entry, const Look &look)
 {
     std::error_code error;
-    const fs::directory_entry top(entry, error);
+    const disk::directory_entry top(entry, error);
     look(top);
     if (top.symlink_status(error).type() != fs::file_type::directory)
         return tell();
-    // What cannot be read here is reported when its turn comes.
-    fs::recursive_directory_iterator below(entry, fs::directory_options::skip_permission_denied,
-                                           error);
-    while (!error && below != fs::recursive_directory_iterator()) {
-        look(*below);
-        if (!tell())
-            return false;
-        below.increment(error);
+    std::vector<fs::path> folders = {entry};
+    while (!folders.empty()) {
+        const fs::path folder = std::move(folders.back());
+        folders.pop_back();
+        // What cannot be read here is reported when its turn comes.
+        for (disk::directory_iterator below(folder, error);
+             !error && below != disk::directory_iterator(); below.increment(error)) {
+            look(*below);
+            if (below->symlink_status(error).type() == fs::file_type::directory)
+                folders.push_back(below->path());
+            if (!tell())
+                return false;
+        }
     }
     return true;
 }

@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <functional>
 
+#include "platform/Disk.h"
 #include "platform/ShellFileOperation.h"
 
 namespace venlo
@@ -38,7 +39,7 @@ public:
 
 private:
     [[nodiscard]] bool tell();
-    using Look = std::function<void(const std::filesystem::directory_entry &)>;
+    using Look = std::function<void(const disk::directory_entry &)>;
     [[nodiscard]] bool walk(const std::filesystem::path &entry, const Look &look);
 
     ShellFileWatcher &m_watcher;

@@ -4,6 +4,7 @@
 
 #include <QFileInfo>
 
+#include "platform/Disk.h"
 #include "platform/Files.h"
 #include "platform/FilesystemPath.h"
 #include "platform/RecycleBin.h"
@@ -21,7 +22,7 @@ bool hasPlaceInBin(const QString &path)
 {
     std::error_code error;
     return hasRecycleBin(path) ||
-           fs::symlink_status(filesystemPath(path), error).type() == fs::file_type::not_found;
+           disk::symlink_status(filesystemPath(path), error).type() == fs::file_type::not_found;
 }
 } // namespace
 
@@ -117,8 +118,8 @@ void ShellFileWorker::deleteForGood(const QString &path)
 {
     const fs::path entry = filesystemPath(path);
     std::error_code error;
-    if (fs::symlink_status(entry, error).type() != fs::file_type::directory) {
-        if (!fs::remove(entry, error))
+    if (disk::symlink_status(entry, error).type() != fs::file_type::directory) {
+        if (!disk::remove(entry, error))
             m_flow.fail(entry, systemWords(error ? error
                                                  : std::make_error_code(
                                                        std::errc::no_such_file_or_directory)));

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QUrl>
 
 namespace venlo
 {
@@ -13,6 +14,10 @@ enum class SpecialFolder {
 
 /// Path of a special folder of the user, native separators, no trailing one.
 [[nodiscard]] QString FsGtSpFld(SpecialFolder folder);
+
+/// Where a person who has to pick a folder begins when nothing better is known: the top of
+/// everything this computer has, on Windows above the drives.
+[[nodiscard]] QUrl computerFolder();
 
 /// The per-user program setting under "VenloTools", section "Path": the registry on Windows, a
 /// QSettings file elsewhere.

@@ -41,6 +41,11 @@ QString FsGtSpFld(SpecialFolder folder)
     return QDir::cleanPath(folderOf(folder));
 }
 
+QUrl computerFolder()
+{
+    return QUrl::fromLocalFile(QDir::rootPath());
+}
+
 QString programSetting(const QString &key)
 {
     return QSettings(settingsPath(), QSettings::IniFormat).value(inPathSection(key)).toString();

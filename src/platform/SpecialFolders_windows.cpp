@@ -43,6 +43,12 @@ QString FsGtSpFld(SpecialFolder folder)
     return QDir::toNativeSeparators(path);
 }
 
+QUrl computerFolder()
+{
+    // FOLDERID_ComputerFolder, as the folder dialog takes it: it has no path.
+    return QUrl(QStringLiteral("clsid:0AC0837C-BBF8-452A-850D-79D08E667CA7"));
+}
+
 QString programSetting(const QString &key)
 {
     return QSettings(registryPath(), QSettings::NativeFormat).value(key).toString();

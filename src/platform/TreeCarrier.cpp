@@ -1,5 +1,6 @@
 #include "platform/TreeCarrier.h"
 
+#include "platform/Disk.h"
 #include "platform/EntryCopy.h"
 #include "platform/FilesystemPath.h"
 
@@ -13,7 +14,7 @@ namespace
 fs::file_type typeOf(const fs::path &path)
 {
     std::error_code error;
-    return fs::symlink_status(path, error).type();
+    return disk::symlink_status(path, error).type();
 }
 } // namespace
 
@@ -27,7 +28,7 @@ TreeCarrier::TreeCarrier(const ShellFileOrder &order, ShellFileWatcher &watcher,
 void TreeCarrier::carry(const Path &from)
 {
     std::error_code error;
-    const bool sameFolder = fs::equivalent(from.parent_path(), m_to, error);
+    const bool sameFolder = disk::equivalent(from.parent_path(), m_to, error);
     if (sameFolder && m_move)
         return; // it is where it is to go
     if (typeOf(from) == fs::file_type::directory && isBelow(m_to, from)) {
@@ -56,12 +57,12 @@ void TreeCarrier::carryEntry(const Path &from, const Path &to, bool inMerge)
     if (m_flow.stopped() || !m_flow.begin(from))
         return;
     std::error_code error;
-    const FileType type = fs::symlink_status(from, error).type();
+    const FileType type = disk::symlink_status(from, error).type();
     if (type == FileType::not_found || type == FileType::none) {
         fail(from, error ? error : std::make_error_code(std::errc::no_such_file_or_directory));
         return;
     }
-    const FileType there = fs::symlink_status(to, error).type();
+    const FileType there = disk::symlink_status(to, error).type();
     if (there == FileType::none) {
         fail(to, error);
         return;
@@ -128,12 +129,12 @@ void TreeCarrier::copyEntry(const Path &from, const Path &to, FileType type, boo
 void TreeCarrier::copyFolder(const Path &from, const Path &to)
 {
     std::error_code error;
-    if (!fs::create_directory(to, error)) {
+    if (!disk::create_directory(to, error)) {
         fail(to, error ? error : std::make_error_code(std::errc::file_exists));
         return;
     }
     // Until it is as private as the source nobody else is to look in.
-    fs::permissions(to, fs::perms::owner_all, error);
+    disk::permissions(to, fs::perms::owner_all, error);
     copyContent(from, to, true);
     // Last: filling it changed its time, and a read-only one could not have been filled.
     keepLook(from, to);
@@ -147,7 +148,7 @@ void TreeCarrier::copyContent(const Path &from, const Path &to, bool inMerge)
     std::error_code error;
     // All names first: what is made meanwhile is not walked, and the folder is closed again.
     std::vector<Path> entries;
-    for (fs::directory_iterator it(from, error); !error && it != fs::directory_iterator();
+    for (disk::directory_iterator it(from, error); !error && it != disk::directory_iterator();
          it.increment(error))
         entries.push_back(it->path());
     if (error)
@@ -183,8 +184,8 @@ bool TreeCarrier::mayReplace(const Path &from, const Path &to, bool folders)
 bool TreeCarrier::isBelow(const Path &folder, const Path &top) const
 {
     std::error_code error;
-    for (Path at = fs::canonical(folder, error); !error; at = at.parent_path()) {
-        if (fs::equivalent(at, top, error))
+    for (Path at = disk::canonical(folder, error); !error; at = at.parent_path()) {
+        if (disk::equivalent(at, top, error))
             return true;
         if (at == at.parent_path())
             break;

@@ -1,5 +1,6 @@
 #include <QFile>
 
+#include "platform/Disk.h"
 #include "platform/EntryCopy.h"
 #include "platform/EntryNames.h"
 #include "platform/FilesystemPath.h"
@@ -22,7 +23,7 @@ fs::path temporaryIn(const fs::path &folder)
 bool isThere(const fs::path &path)
 {
     std::error_code error;
-    const fs::file_type type = fs::symlink_status(path, error).type();
+    const fs::file_type type = disk::symlink_status(path, error).type();
     return type != fs::file_type::not_found && type != fs::file_type::none;
 }
 } // namespace
@@ -31,8 +32,9 @@ TreeCarrier::Path TreeCarrier::nameOfCopy(const Path &from) const
 {
     std::error_code error;
     const QString name = shownPath(from.filename());
-    const qsizetype dot =
-        fs::is_directory(fs::symlink_status(from, error)) ? -1 : name.lastIndexOf(QLatin1Char('.'));
+    const qsizetype dot = fs::is_directory(disk::symlink_status(from, error))
+                              ? -1
+                              : name.lastIndexOf(QLatin1Char('.'));
     const QString extension = dot > 0 ? name.mid(dot) : QString();
     constexpr qsizetype longest = 215; // bytes of 255, with room for what is added and a number
     const QString stem = shortenedName(dot > 0 ? name.left(dot) : name,
@@ -71,7 +73,7 @@ void TreeCarrier::copyLink(const Path &from, const Path &to, bool replace)
     const Path temporary = temporaryIn(to.parent_path());
     const Source source = lookAt(from);
     std::error_code error;
-    fs::copy_symlink(from, temporary, error);
+    disk::copy_symlink(from, temporary, error);
     if (error) {
         fail(from, error);
         return;
@@ -88,17 +90,17 @@ void TreeCarrier::intoPlace(const Source &from, const Path &temporary, const Pat
         return;
     }
     std::error_code ignored;
-    fs::remove(temporary, ignored);
+    disk::remove(temporary, ignored);
     fail(to, error);
 }
 
 TreeCarrier::Source TreeCarrier::lookAt(const Path &path)
 {
     std::error_code error;
-    Source found{path, fs::symlink_status(path, error).type(), {}, 0};
+    Source found{path, disk::symlink_status(path, error).type(), {}, 0};
     if (found.type == FileType::regular) {
-        found.modified = fs::last_write_time(path, error);
-        found.size = fs::file_size(path, error);
+        found.modified = disk::last_write_time(path, error);
+        found.size = disk::file_size(path, error);
     }
     return found;
 }
@@ -108,8 +110,8 @@ TreeCarrier::Source TreeCarrier::lookAt(const Path &path)
 bool TreeCarrier::isSame(const Path &from, const Path &to)
 {
     std::error_code error;
-    return fs::symlink_status(to, error).type() != FileType::symlink &&
-           fs::equivalent(from, to, error);
+    return disk::symlink_status(to, error).type() != FileType::symlink &&
+           disk::equivalent(from, to, error);
 }
 
 void TreeCarrier::arrived(const Source &from, const Path &into)
@@ -157,9 +159,9 @@ void TreeCarrier::takeAway(const Source &source, bool more)
         return;
     }
     std::error_code error;
-    if (now.type == FileType::directory && (!fs::is_empty(source.path, error) || error))
+    if (now.type == FileType::directory && (!disk::is_empty(source.path, error) || error))
         return;
-    if (!fs::remove(source.path, error) && error)
+    if (!disk::remove(source.path, error) && error)
         m_flow.fail(source.path, systemWords(error), more);
 }
 

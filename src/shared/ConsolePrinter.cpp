@@ -54,9 +54,14 @@ QString ConsolePrinter::outcomeText(const Outcome &outcome)
     return line;
 }
 
+QByteArray ConsolePrinter::systemText(std::FILE * /*stream*/, const QString &line)
+{
+    return line.toLocal8Bit();
+}
+
 void ConsolePrinter::write(std::FILE *stream, const QString &line)
 {
-    const QByteArray bytes = printable(line).toLocal8Bit() + '\n';
+    const QByteArray bytes = m_encoding(stream, printable(line)) + '\n';
     std::fwrite(bytes.constData(), 1, static_cast<size_t>(bytes.size()), stream);
     std::fflush(stream);
 }

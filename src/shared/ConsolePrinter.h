@@ -2,6 +2,7 @@
 
 #include <cstdio>
 
+#include <QByteArray>
 #include <QString>
 
 namespace venlo
@@ -11,14 +12,17 @@ struct Outcome;
 
 /// Writes what a run has to say on the two standard streams: results and one line per file on
 /// stdout, messages on stderr, every line complete and flushed at once so that a killed run leaves
-/// whole lines. UTF-8, on Windows the system code page. Control characters in names are replaced,
-/// since a server's listing must not steer a terminal. Owned by main; the streams stay the
-/// caller's.
+/// whole lines. UTF-8, on Windows the system code page, or a console's where the encoding says so.
+/// Control characters in names are replaced, since a server's listing must not steer a terminal.
+/// Owned by main; the streams stay the caller's.
 class ConsolePrinter
 {
 public:
-    ConsolePrinter(std::FILE *results, std::FILE *messages)
-        : m_results(results), m_messages(messages)
+    /// A line's bytes for the reader of a stream.
+    using Encoding = QByteArray (*)(std::FILE *stream, const QString &line);
+
+    ConsolePrinter(std::FILE *results, std::FILE *messages, Encoding encoding = systemText)
+        : m_results(results), m_messages(messages), m_encoding(encoding)
     {
     }
 
@@ -33,10 +37,12 @@ public:
     [[nodiscard]] static QString outcomeText(const Outcome &outcome);
 
 private:
-    static void write(std::FILE *stream, const QString &line);
+    void write(std::FILE *stream, const QString &line);
+    [[nodiscard]] static QByteArray systemText(std::FILE *stream, const QString &line);
 
     std::FILE *m_results;
     std::FILE *m_messages;
+    Encoding m_encoding;
 };
 
 } // namespace venlo

@@ -12,6 +12,7 @@
 #include "mainwin/WindowFrontEnd.h"
 #include "mainwin/ffMain.h"
 #include "platform/Appearance.h"
+#include "platform/Console.h"
 #include "platform/Process.h"
 #include "shared/ConsolePrinter.h"
 #include "shared/Flags.h"
@@ -76,7 +77,7 @@ int runWithWindows(const CommandLine &commandLine, Flags &flags, WindowApplicati
     QApplication::setQuitOnLastWindowClosed(false);
     if (darkDesktop() && !styleFollowsDarkDesktop())
         QApplication::setStyle(QStringLiteral("Fusion"));
-    ConsolePrinter printer(stdout, stderr);
+    ConsolePrinter printer(stdout, stderr, consoleText);
     WindowFrontEnd frontEnd(printer, flags);
     application.setFrontEnd(&frontEnd);
     WindowReviewHost reviewHost(frontEnd);

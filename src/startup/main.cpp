@@ -3,6 +3,7 @@
 
 #include <QCoreApplication>
 
+#include "platform/Console.h"
 #include "platform/CrashDump.h"
 #include "platform/Interrupt.h"
 #include "platform/Process.h"
@@ -21,7 +22,7 @@ using namespace venlo;
 int runWithoutWindows(const CommandLine &commandLine, Flags &flags, int &argc, char **argv)
 {
     const QCoreApplication application(argc, argv);
-    ConsolePrinter printer(stdout, stderr);
+    ConsolePrinter printer(stdout, stderr, consoleText);
     ConsoleFrontEnd frontEnd(printer, flags);
     Program program({frontEnd}, flags);
     return program.Main(commandLine);
@@ -36,6 +37,8 @@ int main(int argc, char **argv)
     const CommandLine commandLine = CommandLine::parse(rawCommandLine(argc, argv));
     Flags flags;
     flags.batch = commandLine.batch;
+    if (commandLine.batch)
+        joinConsole();
     noteInterrupts();
     if (!hasDisplay())
         return runWithoutWindows(commandLine, flags, argc, argv);

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <cstdio>
+
+#include <QByteArray>
+#include <QString>
+
+namespace venlo
+{
+
+/// Joins the console of whoever started the program, so that an unattended run says there what it
+/// does: on Windows a program with windows comes without one. What was redirected stays so.
+void joinConsole();
+
+/// A line in the encoding of whoever reads the stream: a console's own on Windows, otherwise the
+/// system's.
+[[nodiscard]] QByteArray consoleText(std::FILE *stream, const QString &line);
+
+} // namespace venlo

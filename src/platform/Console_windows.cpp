@@ -1,0 +1,54 @@
+#include "platform/Console.h"
+
+#include <io.h>
+#include <windows.h>
+
+namespace venlo
+{
+
+namespace
+{
+/// A file or pipe that the starter gave, or a console that is there already.
+bool leadsSomewhere(DWORD stream)
+{
+    const HANDLE handle = GetStdHandle(stream);
+    return handle != nullptr && handle != INVALID_HANDLE_VALUE &&
+           GetFileType(handle) != FILE_TYPE_UNKNOWN;
+}
+
+bool isConsole(std::FILE *stream)
+{
+    DWORD mode = 0;
+    const int descriptor = _fileno(stream);
+    return descriptor >= 0 &&
+           GetConsoleMode(reinterpret_cast<HANDLE>(_get_osfhandle(descriptor)), &mode) != FALSE;
+}
+} // namespace
+
+void joinConsole()
+{
+    const bool results = leadsSomewhere(STD_OUTPUT_HANDLE);
+    const bool messages = leadsSomewhere(STD_ERROR_HANDLE);
+    // Joined for one of them or for Ctrl+C alone; started from no console there is none to join.
+    if (AttachConsole(ATTACH_PARENT_PROCESS) == FALSE)
+        return;
+    if (!results)
+        (void)std::freopen("CONOUT$", "w", stdout);
+    if (!messages)
+        (void)std::freopen("CONOUT$", "w", stderr);
+}
+
+QByteArray consoleText(std::FILE *stream, const QString &line)
+{
+    const UINT page = isConsole(stream) ? GetConsoleOutputCP() : 0;
+    if (page == 0 || line.isEmpty())
+        return line.toLocal8Bit();
+    const auto *wide = reinterpret_cast<const wchar_t *>(line.utf16());
+    const int units = static_cast<int>(line.size());
+    QByteArray bytes(line.size() * 4, Qt::Uninitialized); // no code page takes more for one unit
+    const int length = WideCharToMultiByte(page, 0, wide, units, bytes.data(),
+                                           static_cast<int>(bytes.size()), nullptr, nullptr);
+    return length > 0 ? bytes.left(length) : line.toLocal8Bit();
+}
+
+} // namespace venlo
