@@ -95,7 +95,6 @@ bool Comparison::fillAndMark()
 {
     const WaitScope wait(m_frontEnd,
                          QStringLiteral("FTP側とﾏｲｺﾝﾋﾟｭｰﾀｰ側のﾃﾞｨﾚｸﾄﾘ情報を比較しています"));
-    Transaction transaction(m_database);
     RemoteGathering remote(*m_work, m_cache, m_session.currentSite(), m_session.errorLog());
     if (!remote.gather())
         return false;
@@ -108,7 +107,9 @@ bool Comparison::fillAndMark()
     if (m_work->result.cancelled)
         return false;
     RemoteTrust(*m_work, m_cache).noteUnfinished();
-    markRows();
+    m_work->rows.mark(m_work->result.pair.down);
+    Transaction transaction(m_database);
+    m_work->rows.store(m_database);
     transaction.commit();
     return true;
 }
@@ -126,23 +127,6 @@ void Comparison::sySync(const QString &current, const QString &root, bool &ok)
     }
     if (!ok && !m_work->result.cancelled)
         m_session.errorLog().LogError(QStringLiteral("sySync Err"));
-}
-
-void Comparison::markRows()
-{
-    m_database.run(QStringLiteral("Update tbFold Set sEd='比較'"));
-    m_database.run(QStringLiteral("Update tbFile Set sEd='比較'"));
-    if (m_work->result.pair.down) {
-        m_database.run(QStringLiteral("Update tbFold Set sEd='追加' Where sUL=''"));
-        m_database.run(QStringLiteral("Update tbFold Set sEd='削除' Where sUF=''"));
-        m_database.run(QStringLiteral("Update tbFile Set sEd='追加' Where sUL=''"));
-        m_database.run(QStringLiteral("Update tbFile Set sEd='削除' Where sUF=''"));
-    } else {
-        m_database.run(QStringLiteral("Update tbFold Set sEd='追加' Where sUF=''"));
-        m_database.run(QStringLiteral("Update tbFold Set sEd='削除' Where sUL=''"));
-        m_database.run(QStringLiteral("Update tbFile Set sEd='追加' Where sUF=''"));
-        m_database.run(QStringLiteral("Update tbFile Set sEd='削除' Where sUL=''"));
-    }
 }
 
 } // namespace venlo

@@ -34,16 +34,14 @@ public:
     /// them does nothing.
     ComparisonResult ftSync(const QString &sLph, const QString &sFph, bool down, bool &ok);
 
-    /// Merges a local folder and everything below it into the work tables. Called with the root
-    /// twice. ok false: a folder that cannot be read or a statement that failed ("sySync Err").
-    void sySync(const QString &current, const QString &root, bool &ok);
-
 private:
     [[nodiscard]] bool passesChecks(const QString &sLph, const QString &sFph);
     [[nodiscard]] bool confirmed(const QString &sLph, const QString &sFph, bool down);
     [[nodiscard]] bool refreshRemote();
     [[nodiscard]] bool fillAndMark();
-    void markRows();
+    /// Merges a local folder and everything below it into the rows. Called with the root twice.
+    /// ok false: a folder that cannot be read or a name that fits no row ("sySync Err").
+    void sySync(const QString &current, const QString &root, bool &ok);
 
     Session &m_session;
     Database &m_database;

@@ -5,6 +5,7 @@
 #include <QStringList>
 
 #include "sync/ComparisonResult.h"
+#include "sync/WorkRows.h"
 
 namespace venlo
 {
@@ -21,6 +22,7 @@ public:
     Database &database;
     FrontEnd &frontEnd;
     ComparisonResult result;
+    WorkRows rows;
     /// What the FTP side has: folded relative path as in the work tables -> its spelling.
     QHash<QString, QString> remoteFolders;
     QHash<QString, QString> remoteFiles;

@@ -5,21 +5,23 @@ namespace venlo
 
 QString foldCase(const QString &text)
 {
-    QString folded;
-    folded.reserve(text.size());
+    QString folded = text;
+    QChar *out = folded.data();
     for (qsizetype i = 0; i < text.size(); ++i) {
-        char32_t point = text.at(i).unicode();
-        if (text.at(i).isHighSurrogate() && i + 1 < text.size() &&
-            text.at(i + 1).isLowSurrogate()) {
-            point = QChar::surrogateToUcs4(text.at(i), text.at(i + 1));
-            ++i;
+        const char16_t unit = text.at(i).unicode();
+        if (unit < 0x80) {
+            out[i] =
+                QChar(unit >= u'A' && unit <= u'Z' ? static_cast<char16_t>(unit + 0x20) : unit);
+        } else if (text.at(i).isHighSurrogate() && i + 1 < text.size() &&
+                   text.at(i + 1).isLowSurrogate()) {
+            // No simple folding leads from one plane to another.
+            const char32_t simple =
+                QChar::toCaseFolded(QChar::surrogateToUcs4(text.at(i), text.at(i + 1)));
+            out[i] = QChar(QChar::highSurrogate(simple));
+            out[++i] = QChar(QChar::lowSurrogate(simple));
+        } else {
+            out[i] = QChar(static_cast<char16_t>(QChar::toCaseFolded(char32_t(unit))));
         }
-        const char32_t simple = QChar::toCaseFolded(point);
-        if (QChar::requiresSurrogates(simple))
-            folded.append(QChar(QChar::highSurrogate(simple)))
-                .append(QChar(QChar::lowSurrogate(simple)));
-        else
-            folded.append(QChar(static_cast<char16_t>(simple)));
     }
     return folded;
 }

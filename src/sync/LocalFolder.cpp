@@ -26,6 +26,8 @@ LocalEntry unread(LocalEntry entry, const QString &why)
     return passed(std::move(entry), why);
 }
 
+/// The kind of an entry that is no link comes with the folder's listing, so that one look at a file
+/// is enough.
 LocalEntry describe(const fs::directory_entry &item)
 {
     const QFileInfo info(item.path());
@@ -33,21 +35,21 @@ LocalEntry describe(const fs::directory_entry &item)
     entry.name = info.fileName();
     if (entry.name.contains(QChar(QChar::ReplacementCharacter)))
         return unread(entry, QStringLiteral("名前が文字として読めません"));
+    const QString gone = QStringLiteral("ﾘﾝｸ先がないか読み取れません");
     std::error_code error;
-    const fs::file_status status = item.status(error);
-    if (error || !fs::exists(status))
-        return unread(entry, QStringLiteral("ﾘﾝｸ先がないか読み取れません"));
-    if (fs::is_directory(status)) {
+    if (!item.exists(error) || error)
+        return unread(entry, gone);
+    if (item.is_directory(error)) {
         if (info.isSymbolicLink() || info.isJunction())
             return passed(entry, QStringLiteral("ﾌｫﾙﾀﾞへのﾘﾝｸです"));
         entry.kind = LocalEntry::Kind::Folder;
         return entry;
     }
-    if (!fs::is_regular_file(status))
+    if (!item.is_regular_file(error))
         return passed(entry, QStringLiteral("通常のﾌｧｲﾙではありません"));
-    entry.size = static_cast<qint64>(item.file_size(error));
-    if (error)
-        return unread(entry, QStringLiteral("ﾘﾝｸ先がないか読み取れません"));
+    if (!info.exists())
+        return unread(entry, gone);
+    entry.size = info.size();
     entry.modified = info.lastModified();
     return entry;
 }

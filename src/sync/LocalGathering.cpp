@@ -76,28 +76,26 @@ bool LocalGathering::refuse(const QString &path, const QString &why)
     return false;
 }
 
+/// What no statement could hold ends the comparison.
+void LocalGathering::requireFits(const QString &text)
+{
+    if (text.contains(QLatin1Char('\'')))
+        throw DbError(text, text);
+    if (!text.isValidUtf16())
+        throw DbError(QStringLiteral("文字列に文字でないものがあります"));
+}
+
 /// In the tables an empty time means that a side lacks the item, which would have it deleted.
 bool LocalGathering::addFolder(const QString &current, const QString &relative)
 {
     const QString time = FormatMinuteText(QFileInfo(current).lastModified());
     if (time.isEmpty())
         return refuse(current, noTime());
-    if (relative == dot) {
-        if (m_work.database.run(QStringLiteral("Update tbFold Set sUL='?' Where sPh='.'"),
-                                {time}) == 0) {
-            m_work.database.run(QStringLiteral("Insert Into tbFold (sPh, sUL, sUF, sEd)"
-                                               " Values ('.', '?', '', '')"),
-                                {time});
-        }
-        return true;
+    if (relative != dot) {
+        m_work.blockIfStripped(relative);
+        requireFits(relative);
     }
-    m_work.blockIfStripped(relative);
-    if (m_work.database.run(QStringLiteral("Update tbFold Set sUL='?' Where sPh='?'"),
-                            {time, relative}) == 0) {
-        m_work.database.run(QStringLiteral("Insert Into tbFold (sPh, sUL, sUF, sEd)"
-                                           " Values ('?', '?', '', '')"),
-                            {relative, time});
-    }
+    m_work.rows.mergeLocalFolder(relative, time);
     return true;
 }
 
@@ -114,9 +112,10 @@ bool LocalGathering::addFiles(const QString &current, const QString &relative,
         }
         if (isTemporaryName(entry.name))
             continue;
-        compareSpelling(current, relative, entry);
+        compareSpelling(current, path, entry);
         if (entry.kind == LocalEntry::Kind::Folder)
             continue;
+        m_work.blockIfStripped(path);
         if (!addFile(current, relative, entry))
             return false;
     }
@@ -135,29 +134,22 @@ void LocalGathering::pass(const QString &path, const LocalEntry &entry)
 bool LocalGathering::addFile(const QString &current, const QString &relative,
                              const LocalEntry &entry)
 {
-    const QString path = current + slash + entry.name;
+    const auto path = [&] { return current + slash + entry.name; };
     if (entry.size > largestSize)
-        return refuse(path, QStringLiteral("2,147,483,647 ﾊﾞｲﾄを超えるﾌｧｲﾙは"));
+        return refuse(path(), QStringLiteral("2,147,483,647 ﾊﾞｲﾄを超えるﾌｧｲﾙは"));
     const QString time = FormatMinuteText(entry.modified);
     if (time.isEmpty())
-        return refuse(path, noTime());
-    m_work.blockIfStripped(relativeFile(relative, entry.name));
-    if (m_work.database.run(
-            QStringLiteral("Update tbFile Set nSL=?, sUL='?' Where sPh='?' And sFL='?'"),
-            {entry.size, time, relative, entry.name}) == 0) {
-        m_work.database.run(QStringLiteral("Insert Into tbFile (sPh, sFL, nSL, sUL, nSF, sUF, sEd)"
-                                           " Values ('?', '?', ?, '?', 0, '', '')"),
-                            {relative, entry.name, entry.size, time});
-    }
+        return refuse(path(), noTime());
+    requireFits(entry.name);
+    m_work.rows.mergeLocalFile(relative, entry.name, time, entry.size);
     return true;
 }
 
 /// The rows do not tell letter case apart, file systems may: what only differs in case is one row,
 /// and what that row cannot address is blocked.
-void LocalGathering::compareSpelling(const QString &current, const QString &relative,
+void LocalGathering::compareSpelling(const QString &current, const QString &path,
                                      const LocalEntry &entry)
 {
-    const QString path = relativeFile(relative, entry.name);
     const QString key = foldCase(path);
     const bool folder = entry.kind == LocalEntry::Kind::Folder;
     if ((folder ? m_work.remoteFiles : m_work.remoteFolders).contains(key)) {

@@ -11,7 +11,7 @@ namespace venlo
 class ComparisonWork;
 struct LocalEntry;
 
-/// Merges the local tree into the work tables, depth first: a row that the FTP side made takes the
+/// Merges the local tree into the work rows, depth first: a row that the FTP side made takes the
 /// local columns, anything else becomes a row of its own. Links to folders are never walked, since
 /// they may lead anywhere and round in circles.
 class LocalGathering
@@ -30,9 +30,11 @@ private:
     [[nodiscard]] bool addFolder(const QString &current, const QString &relative);
     [[nodiscard]] bool addFile(const QString &current, const QString &relative,
                                const LocalEntry &entry);
+    static void requireFits(const QString &text);
     void pass(const QString &path, const LocalEntry &entry);
     [[nodiscard]] bool refuse(const QString &path, const QString &why);
-    void compareSpelling(const QString &current, const QString &relative, const LocalEntry &entry);
+    /// path: relative to the root.
+    void compareSpelling(const QString &current, const QString &path, const LocalEntry &entry);
     void blockTwins(const QString &relative, const std::vector<LocalEntry> &entries);
 
     ComparisonWork &m_work;

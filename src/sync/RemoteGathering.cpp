@@ -26,6 +26,12 @@ QString minuteText(const QVariant &dDate)
     return FormatMinuteText(fromDayCount(dDate.toDouble()));
 }
 
+/// Such a name is in no row: the statement that is meant for it is logged.
+bool breaksStatements(const QString &relative)
+{
+    return relative.contains(QLatin1Char('\''));
+}
+
 /// Days between two "yy/MM/dd hh:mm" texts.
 qint64 daysApart(const QString &one, const QString &other)
 {
@@ -45,10 +51,8 @@ RemoteGathering::RemoteGathering(ComparisonWork &work, DirectoryCache &cache, co
 
 bool RemoteGathering::gather()
 {
-    run(QStringLiteral("Delete From tbFold"), {}, {});
     addRoot();
     addFolders();
-    run(QStringLiteral("Delete From tbFile"), {}, {});
     addFiles();
     if (!m_broken.isEmpty())
         m_work.tellBroken(m_broken);
@@ -70,8 +74,7 @@ void RemoteGathering::addRoot()
                           {m_site, parent, leaf});
     if (rows.count() == 0)
         return;
-    run(QStringLiteral("Insert Into tbFold (sPh, sUL, sUF, sEd) Values ('.', '', '?', '') "),
-        {minuteText(rows.at(2, 0))}, m_root);
+    m_work.rows.addRemoteFolder(QStringLiteral("."), minuteText(rows.at(2, 0)));
 }
 
 void RemoteGathering::addFolders()
@@ -85,8 +88,14 @@ void RemoteGathering::addFolders()
         const QString relative = below(path);
         m_work.blockIfStripped(relative);
         m_work.remoteFolders.insert(foldCase(relative), relative);
-        run(QStringLiteral("Insert Into tbFold (sPh, sUL, sUF, sEd) Values ('?', '', '?', '') "),
-            {relative, minuteText(rows.at(2, i))}, path);
+        const QString time = minuteText(rows.at(2, i));
+        if (breaksStatements(relative))
+            failed(filled(QStringLiteral("Insert Into tbFold (sPh, sUL, sUF, sEd)"
+                                         " Values ('?', '', '?', '') "),
+                          {relative, time}),
+                   {}, path);
+        else
+            m_work.rows.addRemoteFolder(relative, time);
     }
 }
 
@@ -105,9 +114,14 @@ void RemoteGathering::addFiles()
         const QString relative = relativeFile(folder, name);
         m_work.blockIfStripped(relative);
         m_work.remoteFiles.insert(foldCase(relative), relative);
-        run(QStringLiteral("Insert Into tbFile (sPh, sFL, sUL, nSL, sUF, nSF, sEd)"
-                           " Values ('?', '?', '', 0, '?', ?, '') "),
-            {folder, name, minuteText(rows.at(2, i)), rows.at(3, i)}, remoteChild(dir, name));
+        const QString time = minuteText(rows.at(2, i));
+        if (breaksStatements(relative))
+            failed(filled(QStringLiteral("Insert Into tbFile (sPh, sFL, sUL, nSL, sUF, nSF, sEd)"
+                                         " Values ('?', '?', '', 0, '?', ?, '') "),
+                          {folder, name, time, rows.at(3, i)}),
+                   {}, remoteChild(dir, name));
+        else
+            m_work.rows.addRemoteFile(folder, name, time, rows.at(3, i).toLongLong());
     }
 }
 
@@ -119,16 +133,6 @@ Rows RemoteGathering::ask(const QString &sql, const QVariantList &values)
         const bool quote = error.brokenBy().contains(QLatin1Char('\''));
         failed(filled(sql, values), error.words(), quote ? error.brokenBy() : QString());
         return {};
-    }
-}
-
-void RemoteGathering::run(const QString &sql, const QVariantList &values, const QString &path)
-{
-    try {
-        m_work.database.run(sql, values);
-    } catch (const DbError &error) {
-        const bool quote = error.brokenBy().contains(QLatin1Char('\''));
-        failed(filled(sql, values), error.words(), quote ? path : QString());
     }
 }
 
@@ -155,17 +159,15 @@ void RemoteGathering::refine(const QString &dir, const QString &name)
 {
     const QString inside = below(dir);
     const QString folder = inside.isEmpty() ? QStringLiteral(".") : inside;
-    const Rows row = m_work.database.query(
-        QStringLiteral("Select sUL, sUF From tbFile Where sPh='?' And sFL='?'"), {folder, name});
-    if (row.count() == 0 || row.at(0, 0).toString().isEmpty())
-        return;
-    if (daysApart(row.at(0, 0).toString(), row.at(1, 0).toString()) > 1)
+    const auto rows = m_work.rows.files(folder, name);
+    if (rows.empty() || rows.front()->sUL.isEmpty() ||
+        daysApart(rows.front()->sUL, rows.front()->sUF) > 1)
         return;
     const auto day = m_cache.refineTime(dir, name);
     if (!day)
         return;
-    m_work.database.run(QStringLiteral("Update tbFile Set sUF='?' Where sPh='?' And sFL='?'"),
-                        {minuteText(*day), folder, name});
+    for (WorkRows::File *row : rows)
+        row->sUF = minuteText(*day);
 }
 
 } // namespace venlo

@@ -12,7 +12,7 @@ class DirectoryCache;
 class ErrorLog;
 class Rows;
 
-/// Empties the work tables and fills them with the FTP side as the cache has it.
+/// Gathers the FTP side as the cache has it.
 class RemoteGathering
 {
 public:
@@ -32,7 +32,6 @@ private:
     void refine(const QString &dir, const QString &name);
     /// Statements that fail are logged and remembered; the rows of a failed query are none.
     [[nodiscard]] Rows ask(const QString &sql, const QVariantList &values);
-    void run(const QString &sql, const QVariantList &values, const QString &path);
     void failed(const QString &statement, const QString &words, const QString &path);
     [[nodiscard]] QString below(const QString &path) const;
 

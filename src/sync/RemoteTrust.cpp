@@ -55,14 +55,8 @@ void RemoteTrust::noteUnfinished()
 /// With the server's root, its deeper rows come without their leading "/".
 bool RemoteTrust::hasRow(const QString &folder, const QString &name)
 {
-    if (folder.contains(QLatin1Char('\'')) || name.contains(QLatin1Char('\'')))
-        return false; // such a name is in no row
     const QString cut = folder.startsWith(QLatin1Char('/')) ? folder.mid(1) : folder;
-    return m_work.database
-               .query(
-                   QStringLiteral("Select sFL From tbFile Where (sPh='?' Or sPh='?') And sFL='?'"),
-                   {folder, cut, name})
-               .count() > 0;
+    return !m_work.rows.files(folder, name).empty() || !m_work.rows.files(cut, name).empty();
 }
 
 void RemoteTrust::doubt(const QString &dir, const QString &why)

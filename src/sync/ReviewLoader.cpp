@@ -26,12 +26,12 @@ QString foldersSql(bool down)
                 : QStringLiteral("Select sPh, sUL, sUF, sEd From tbFold Order By sPh");
 }
 
-QString filesSql(bool down, const QString &folder)
+QString filesSql(bool down)
 {
-    const QString fields = down ? QStringLiteral("Select sFL, nSF, sUF, nSL, sUL, sEd ")
-                                : QStringLiteral("Select sFL, nSL, sUL, nSF, sUF, sEd ");
-    return fields + QStringLiteral(" From tbFile Where sPh='") + folder +
-           QStringLiteral("' Order By sFL");
+    return down ? QStringLiteral("Select sFL, nSF, sUF, nSL, sUL, sEd  From tbFile"
+                                 " Where sPh='?' Order By sFL")
+                : QStringLiteral("Select sFL, nSL, sUL, nSF, sUF, sEd  From tbFile"
+                                 " Where sPh='?' Order By sFL");
 }
 
 /// The only whole-folder operation on the server's root that deletes nothing below it.
@@ -110,10 +110,9 @@ void ReviewLoader::noteRemoteSpelling(const SyncRow &row)
 void ReviewLoader::addFiles(Database &database, int folder)
 {
     const SyncRow above = m_review.row(folder);
-    Rows files;
-    int count = 0;
-    database.SelectRows(filesSql(m_review.pair().down, above.sPh), files, count);
-    for (int i = 0; i < count; ++i) {
+    const QSet<QString> &unfinished = m_review.m_comparison.unfinished;
+    const Rows files = database.query(filesSql(m_review.pair().down), {above.sPh});
+    for (int i = 0; i < files.count(); ++i) {
         SyncRow row;
         row.sPh = above.sPh;
         row.name = files.at(0, i).toString();
@@ -121,7 +120,7 @@ void ReviewLoader::addFiles(Database &database, int folder)
         row.other = {files.at(4, i).toString(), files.at(3, i).toLongLong()};
         row.mark = markOf(files.at(5, i));
         row.unfinished =
-            m_review.m_comparison.unfinished.contains(pathKey(relativeFile(row.sPh, row.name)));
+            !unfinished.isEmpty() && unfinished.contains(pathKey(relativeFile(row.sPh, row.name)));
         if (above.owner >= 0)
             row.owner = above.owner;
         else if (above.mark != Mark::Compare)
@@ -146,8 +145,11 @@ void ReviewLoader::holdRow(SyncRow &row) const
     const SyncBlocks &blocks = m_review.m_comparison.blocks;
     const bool rootPair = m_review.pair().sFph == slash;
     const bool whole = row.folder && row.mark != Mark::Compare;
-    QString why = whole ? blocks.whyWhole(row.sPh)
-                        : blocks.why(row.folder ? row.sPh : relativeFile(row.sPh, row.name));
+    QString why;
+    if (!blocks.isEmpty()) {
+        why = whole ? blocks.whyWhole(row.sPh)
+                    : blocks.why(row.folder ? row.sPh : relativeFile(row.sPh, row.name));
+    }
     if (why.isEmpty() && !rootPair && row.sPh != dot && !row.sPh.startsWith(slash))
         why = QStringLiteral("同期するﾌｫﾙﾀﾞの外にあります");
     if (!why.isEmpty()) {

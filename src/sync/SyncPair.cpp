@@ -37,7 +37,13 @@ QString SyncPair::remotePath(const QString &relative) const
 
 QString relativeFile(const QString &sPh, const QString &sFL)
 {
-    return sPh == dot ? slash + sFL : sPh + slash + sFL;
+    QString relative;
+    relative.reserve(sPh.size() + 1 + sFL.size());
+    if (sPh != dot)
+        relative += sPh;
+    relative += slash;
+    relative += sFL;
+    return relative;
 }
 
 QString relativeParent(const QString &sPh)

@@ -60,7 +60,6 @@ private Q_SLOTS:
     void cancelledDuringTheWalk();
     void temporaryDownloadsAreLeftOut();
     void aFailedComparisonKeepsTheTables();
-    void sySyncAlone();
 
 private:
     void connectAll();
@@ -415,15 +414,6 @@ void tst_Comparison::aFailedComparisonKeepsTheTables()
     write({{"b'c", "a"}, {"d", "d"}});
     QVERIFY(!m_world->compare(false, pub).ok);
     QCOMPARE(m_world->tables(), before);
-}
-
-void tst_Comparison::sySyncAlone()
-{
-    write({{"a/b", "b"}});
-    bool ok = false;
-    m_world->comparison.sySync(m_world->local(), m_world->local(), ok);
-    QVERIFY(ok);
-    QCOMPARE(m_world->tables(), QStringLiteral("FD .|L||\nFD /a|L||\nFL /a|b|L1|0|\n"));
 }
 
 QTEST_GUILESS_MAIN(tst_Comparison)

@@ -1,0 +1,158 @@
+#include "sync/WorkRows.h"
+
+#include "db/Database.h"
+#include "sync/FoldCase.h"
+#include "sync/SyncPair.h"
+
+namespace venlo
+{
+
+namespace
+{
+QString stripped(const QString &text)
+{
+    constexpr QLatin1Char placeholder('?');
+    return text.contains(placeholder) ? QString(text).remove(placeholder) : text;
+}
+
+QString fileKey(const QString &sPh, const QString &sFL)
+{
+    return foldCase(relativeFile(sPh, sFL));
+}
+
+QString markOf(const QString &sUL, const QString &sUF, bool down)
+{
+    const QString &master = down ? sUF : sUL;
+    const QString &other = down ? sUL : sUF;
+    if (master.isEmpty())
+        return QStringLiteral("削除");
+    return other.isEmpty() ? QStringLiteral("追加") : QStringLiteral("比較");
+}
+
+std::vector<WorkRows::Folder> storedFolders(Database &database)
+{
+    const Rows rows = database.query(QStringLiteral("Select sPh, sUL, sUF, sEd From tbFold"));
+    std::vector<WorkRows::Folder> folders;
+    folders.reserve(static_cast<size_t>(rows.count()));
+    for (int i = 0; i < rows.count(); ++i)
+        folders.push_back({rows.at(0, i).toString(), rows.at(1, i).toString(),
+                           rows.at(2, i).toString(), rows.at(3, i).toString()});
+    return folders;
+}
+
+std::vector<WorkRows::File> storedFiles(Database &database)
+{
+    const Rows rows =
+        database.query(QStringLiteral("Select sPh, sFL, sUL, nSL, sUF, nSF, sEd From tbFile"));
+    std::vector<WorkRows::File> files;
+    files.reserve(static_cast<size_t>(rows.count()));
+    for (int i = 0; i < rows.count(); ++i)
+        files.push_back({rows.at(0, i).toString(), rows.at(1, i).toString(),
+                         rows.at(2, i).toString(), rows.at(3, i).toLongLong(),
+                         rows.at(4, i).toString(), rows.at(5, i).toLongLong(),
+                         rows.at(6, i).toString()});
+    return files;
+}
+} // namespace
+
+void WorkRows::Index::add(const QString &key, size_t row)
+{
+    size_t &place = first[key];
+    if (place == 0)
+        place = row + 1;
+    else
+        others.insert(key, row);
+}
+
+std::vector<size_t> WorkRows::Index::find(const QString &key) const
+{
+    const size_t place = first.value(key, 0);
+    if (place == 0)
+        return {};
+    std::vector<size_t> rows{place - 1};
+    for (auto other = others.constFind(key); other != others.constEnd() && other.key() == key;
+         ++other)
+        rows.push_back(*other);
+    return rows;
+}
+
+void WorkRows::addRemoteFolder(const QString &sPh, const QString &sUF)
+{
+    const QString path = stripped(sPh);
+    m_folderIndex.add(foldCase(path), m_folders.size());
+    m_folders.push_back({path, {}, sUF, {}});
+}
+
+void WorkRows::addRemoteFile(const QString &sPh, const QString &sFL, const QString &sUF, qint64 nSF)
+{
+    const QString path = stripped(sPh);
+    const QString name = stripped(sFL);
+    m_fileIndex.add(fileKey(path, name), m_files.size());
+    m_files.push_back({path, name, {}, 0, sUF, nSF, {}});
+}
+
+void WorkRows::mergeLocalFolder(const QString &sPh, const QString &sUL)
+{
+    const QString path = stripped(sPh);
+    const QString key = foldCase(path);
+    const auto same = m_folderIndex.find(key);
+    for (const size_t row : same)
+        m_folders[row].sUL = sUL;
+    if (!same.empty())
+        return;
+    m_folderIndex.add(key, m_folders.size());
+    m_folders.push_back({path, sUL, {}, {}});
+}
+
+void WorkRows::mergeLocalFile(const QString &sPh, const QString &sFL, const QString &sUL,
+                              qint64 nSL)
+{
+    const QString path = stripped(sPh);
+    const QString name = stripped(sFL);
+    const QString key = fileKey(path, name);
+    const auto same = m_fileIndex.find(key);
+    for (const size_t row : same) {
+        m_files[row].nSL = nSL;
+        m_files[row].sUL = sUL;
+    }
+    if (!same.empty())
+        return;
+    m_fileIndex.add(key, m_files.size());
+    m_files.push_back({path, name, sUL, nSL, {}, 0, {}});
+}
+
+std::vector<WorkRows::File *> WorkRows::files(const QString &sPh, const QString &sFL)
+{
+    std::vector<File *> found;
+    for (const size_t row : m_fileIndex.find(fileKey(stripped(sPh), stripped(sFL))))
+        found.push_back(&m_files[row]);
+    return found;
+}
+
+void WorkRows::mark(bool down)
+{
+    for (Folder &row : m_folders)
+        row.sEd = markOf(row.sUL, row.sUF, down);
+    for (File &row : m_files)
+        row.sEd = markOf(row.sUL, row.sUF, down);
+}
+
+void WorkRows::store(Database &database) const
+{
+    if (storedFolders(database) != m_folders) {
+        database.run(QStringLiteral("Delete From tbFold"));
+        for (const Folder &row : m_folders)
+            database.run(QStringLiteral("Insert Into tbFold (sPh, sUL, sUF, sEd)"
+                                        " Values ('?', '?', '?', '?')"),
+                         {row.sPh, row.sUL, row.sUF, row.sEd});
+    }
+    if (storedFiles(database) != m_files) {
+        database.run(QStringLiteral("Delete From tbFile"));
+        for (const File &row : m_files)
+            database.run(QStringLiteral("Insert Into tbFile (sPh, sFL, sUL, nSL, sUF, nSF, sEd)"
+                                        " Values ('?', '?', '?', ?, '?', ?, '?')"),
+                         {row.sPh, row.sFL, row.sUL, row.nSL, row.sUF, row.nSF, row.sEd});
+    }
+}
+
+} // namespace venlo
