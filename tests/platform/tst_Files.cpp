@@ -23,6 +23,7 @@ private Q_SLOTS:
     void replaces();
     void replacesNothingYet();
     void replaceKeepsTheOldFile();
+    void presentPathAfterAMove();
     void movesAFolder();
     void moveRefusesWhatIsThere_data();
     void moveRefusesWhatIsThere();
@@ -126,6 +127,19 @@ void tst_Files::replaceKeepsTheOldFile()
     QVERIFY(!replaceFile(to, path("folder")));
     QCOMPARE(read("old"), QByteArray("old"));
     QVERIFY(QFileInfo(path("folder")).isDir());
+}
+
+/// A link in the folder's place does not count either.
+void tst_Files::presentPathAfterAMove()
+{
+    QVERIFY(QDir(m_folder->path()).mkdir(QStringLiteral("d")));
+    QFile file(path("d/f"));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    QCOMPARE(presentPath(file), QFileInfo(path("d")).canonicalFilePath() + QStringLiteral("/f"));
+    QVERIFY(QDir().rename(path("d"), path("moved")));
+    QVERIFY(QFile::link(m_folder->path(), path("d")));
+    QCOMPARE(presentPath(file),
+             QFileInfo(path("moved")).canonicalFilePath() + QStringLiteral("/f"));
 }
 
 void tst_Files::movesAFolder()

@@ -60,8 +60,9 @@ public:
 
 private:
     [[nodiscard]] QString here() const { return m_maker->here(); }
+    [[nodiscard]] static QByteArray longName();
     [[nodiscard]] bool up() const;
-    [[nodiscard]] bool makeWorld();
+    void makeWorld();
     [[nodiscard]] bool carryOut();
     [[nodiscard]] bool getReady();
     [[nodiscard]] bool put();
