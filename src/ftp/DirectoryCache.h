@@ -128,7 +128,7 @@ private:
     void listOne(const Pending &one, std::vector<Pending> &pending);
     [[nodiscard]] bool mayList(const Pending &one);
     void tellListing(const QString &dir);
-    /// Finds out at a directory that was just listed whether STAT shows the same.
+    /// Finds out at a directory that was just listed whether STAT shows the same, or has shown.
     void tryStat(const QString &dir, const Listing &ordinary);
     /// Takes as many of the pending as STAT can tell at a time; hands back those it could not.
     [[nodiscard]] std::vector<Pending> listByStat(std::vector<Pending> &pending);
@@ -141,6 +141,10 @@ private:
     void noteStatError(const Error &error);
     /// What to go on with below.
     [[nodiscard]] std::vector<Pending> takeFromStat(const Pending &one, Listing listing);
+    /// Lists the largest of them in the ordinary way, too, if nothing as large has been compared;
+    /// below: what to go on with.
+    void proveSize(std::vector<Pending> &asked, std::vector<std::optional<Listing>> &shown,
+                   std::vector<Pending> &below);
     /// Drops listings whose times cannot be told in UTC.
     void proveClock(const std::vector<Pending> &asked, std::vector<std::optional<Listing>> &shown);
     /// False when the server's clock cannot be relied on. entry: with its path for a raw name.
@@ -184,7 +188,8 @@ private:
     int m_offsetSamples = 0;
     StatTrust m_stat;
     int m_statLosses = 0;
-    Walk *m_walk = nullptr; ///< the refresh in hand
+    const Listing *m_toProve = nullptr; ///< what STAT showed of the directory that is listed now
+    Walk *m_walk = nullptr;             ///< the refresh in hand
     std::function<void(int)> m_refreshReport;
 };
 

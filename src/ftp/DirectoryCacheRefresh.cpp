@@ -105,9 +105,9 @@ bool DirectoryCache::mayList(const Pending &one)
 {
     const bool tooDeep = one.depth > maxDepth;
     if (tooDeep)
-        mark(one.dir, QStringLiteral("nested too deeply"), false);
+        m_walk->leaveOut(one.dir, QStringLiteral("nested too deeply"));
     else if (m_frontEnd.cancelled() || !m_session.connected())
-        mark(one.dir, QStringLiteral("not listed"), false);
+        m_walk->leaveOut(one.dir, QStringLiteral("not listed"));
     else
         return true;
     return false;

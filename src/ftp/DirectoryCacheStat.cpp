@@ -4,6 +4,8 @@
 #include "ftp/ListingTime.h"
 #include "shared/FrontEnd.h"
 
+#include <QScopedValueRollback>
+
 #include <algorithm>
 
 namespace venlo
@@ -33,6 +35,10 @@ void putOnTop(std::vector<Pending> &pending, std::vector<Pending> &&more)
 
 void DirectoryCache::tryStat(const QString &dir, const Listing &ordinary)
 {
+    if (m_toProve != nullptr) {
+        m_stat.compare(ordinary, *m_toProve);
+        return;
+    }
     const QByteArray path = rawPath(dir);
     if (m_stat.trust() != StatTrust::Trust::Unknown || ordinary.entries.empty() ||
         ordinary.entries.size() > mostCompared || !FtpClient::mayBeAskedByStat(path))
@@ -61,12 +67,18 @@ std::vector<DirectoryCache::Pending> DirectoryCache::listByStat(std::vector<Pend
     auto shown = askByStat(asked);
     if (shown.empty() && !m_frontEnd.cancelled())
         shown.resize(1); // listed in the ordinary way, it brings the connection back
+    std::vector<Pending> below;
+    proveSize(asked, shown, below);
+    const bool mlsd = m_session.client().listsByMlsd();
+    for (auto &listing : shown) {
+        if (listing)
+            listing = m_stat.asOrdinary(*std::move(listing), mlsd);
+    }
     proveClock(asked, shown);
     const bool useless = std::none_of(shown.begin(), shown.end(),
                                       [](const auto &listing) { return listing.has_value(); });
     if (useless && shown.size() >= enoughToTell)
         m_stat.giveUp();
-    std::vector<Pending> below;
     for (size_t i = 0; i < shown.size(); ++i) {
         if (!shown[i]) {
             left.push_back(std::move(asked[i]));
@@ -104,12 +116,34 @@ std::vector<std::optional<Listing>> DirectoryCache::askByStat(const std::vector<
     std::vector<std::optional<Listing>> shown;
     if (auto all = m_session.client().listByStat(paths, shown); !all)
         noteStatError(all.error());
-    const bool mlsd = m_session.client().listsByMlsd();
-    for (auto &listing : shown) {
-        if (listing)
-            listing = m_stat.asOrdinary(*std::move(listing), mlsd);
-    }
     return shown;
+}
+
+void DirectoryCache::proveSize(std::vector<Pending> &asked,
+                               std::vector<std::optional<Listing>> &shown,
+                               std::vector<Pending> &below)
+{
+    const bool mlsd = m_session.client().listsByMlsd();
+    size_t most = m_stat.proven();
+    auto largest = shown.end();
+    for (auto listing = shown.begin(); listing != shown.end(); ++listing) {
+        if (!*listing || (*listing)->entries.size() <= most ||
+            !m_stat.canBeOrdinary(**listing, mlsd))
+            continue;
+        most = (*listing)->entries.size();
+        largest = listing;
+    }
+    if (largest == shown.end() || m_frontEnd.cancelled())
+        return;
+    const Pending one = asked.at(static_cast<size_t>(largest - shown.begin()));
+    asked.erase(asked.begin() + (largest - shown.begin()));
+    const Listing byStat = **largest;
+    shown.erase(largest);
+    const QScopedValueRollback<const Listing *> proving(m_toProve, &byStat);
+    listOne(one, below);
+    std::reverse(below.begin(), below.end()); // it is in the order of a stack
+    if (m_stat.trust() == StatTrust::Trust::No)
+        std::fill(shown.begin(), shown.end(), std::nullopt);
 }
 
 std::vector<DirectoryCache::Pending> DirectoryCache::takeFromStat(const Pending &one,

@@ -72,6 +72,14 @@ public:
             store();
         return folders;
     }
+    /// Marks a directory that will not be listed, with others: each mark alone would wait for the
+    /// disk.
+    void leaveOut(const QString &dir, const QString &why)
+    {
+        m_heard.push_back({dir, std::nullopt, why, false});
+        if (m_heard.size() >= listingsAtATime)
+            store();
+    }
     /// The tree goes on beyond what is listed of it.
     [[nodiscard]] bool isTooLarge(const ClientLimits &limits) const
     {

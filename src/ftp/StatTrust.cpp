@@ -68,26 +68,32 @@ void StatTrust::compare(const Listing &ordinary, const std::optional<Listing> &b
         return; // of which each shows something else
     const bool dots = has(ordinary, isDotName);
     const auto facts = factsOf(ordinary, !mlsd, dots);
-    if (!byStat || facts != factsOf(*byStat, !mlsd, dots)) {
-        if (++m_failures >= mostFailures)
-            m_trust = Trust::No;
+    if (byStat ? facts != factsOf(*byStat, !mlsd, dots) : ++m_failures >= mostFailures)
+        m_trust = Trust::No;
+    if (!byStat || m_trust == Trust::No)
         return;
-    }
+    m_proven = std::max(m_proven, byStat->entries.size());
     if (has(*byStat, isDotName))
         m_dots = dots ? Dots::Shown : Dots::Hidden;
     if (!facts.isEmpty())
         m_trust = Trust::Yes;
 }
 
+bool StatTrust::canBeOrdinary(const Listing &byStat, bool mlsd) const
+{
+    if (!mlsd)
+        return m_dots != Dots::Unknown || !has(byStat, isDotName);
+    return std::none_of(byStat.entries.begin(), byStat.entries.end(), [](const ListedEntry &entry) {
+        return !isDotName(entry) && (isCoarse(entry) || isLink(entry));
+    });
+}
+
 std::optional<Listing> StatTrust::asOrdinary(Listing byStat, bool mlsd) const
 {
-    const Dots dots = mlsd ? Dots::Hidden : m_dots;
-    if (dots == Dots::Unknown && has(byStat, isDotName))
+    if (byStat.entries.size() > m_proven || !canBeOrdinary(byStat, mlsd))
         return std::nullopt;
-    if (dots == Dots::Hidden)
+    if (mlsd || m_dots == Dots::Hidden)
         std::erase_if(byStat.entries, isDotName);
-    if (mlsd && (has(byStat, isCoarse) || has(byStat, isLink)))
-        return std::nullopt;
     return byStat;
 }
 

@@ -21,11 +21,14 @@ public:
     [[nodiscard]] Trust trust() const { return m_trust; }
     void giveUp() { m_trust = Trust::No; }
     /// Holds what STAT shows of a directory against its ordinary listing; nothing: it shows none.
-    /// A directory without entries proves nothing.
+    /// A directory without entries proves nothing; one shown otherwise ends the trust.
     void compare(const Listing &ordinary, const std::optional<Listing> &byStat);
-    /// The directory as the ordinary way shows it; nothing where only that can tell. mlsd: it would
-    /// be MLSD, which leaves names that begin with "." out, knows the second of old entries too and
-    /// has its own idea of links.
+    /// Entries of the largest listing that was the same both ways: servers cut longer ones.
+    [[nodiscard]] size_t proven() const { return m_proven; }
+    /// False where only the ordinary way can tell. mlsd: it would be MLSD, which leaves names that
+    /// begin with "." out, knows the second of old entries too and has its own idea of links.
+    [[nodiscard]] bool canBeOrdinary(const Listing &byStat, bool mlsd) const;
+    /// The directory as the ordinary way shows it; nothing where it cannot be or is not proven.
     [[nodiscard]] std::optional<Listing> asOrdinary(Listing byStat, bool mlsd) const;
 
     /// Of these entries (with the server's wall clock) those whose distance from UTC has to be
@@ -41,6 +44,7 @@ private:
     Trust m_trust = Trust::Unknown;
     Dots m_dots = Dots::Unknown; ///< names that begin with "." in an ordinary listing
     int m_failures = 0;
+    size_t m_proven = 0;
     std::vector<QDateTime> m_samples; ///< sorted; all at one distance from UTC
 };
 

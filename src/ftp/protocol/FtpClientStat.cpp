@@ -19,7 +19,7 @@ namespace
 {
 constexpr qsizetype window = 32;              ///< commands on the way
 constexpr qsizetype mostPathBytes = 16'000;   ///< of them: a server's input buffer may be small
-constexpr int mostEntries = 2000;             ///< servers cut long listings, here without saying so
+constexpr size_t mostEntries = 2000;          ///< servers cut long listings, here without saying so
 constexpr size_t mostEntriesAtATime = 20'000; ///< of a call: they are all in memory
 constexpr int longestReply = 4 * 1024 * 1024; ///< bytes
 constexpr auto unprovenGrace = 5s;
@@ -108,8 +108,7 @@ bool FtpClient::mayBeAskedByStat(const QByteArray &path)
 
 std::optional<Listing> FtpClient::State::listingIn(const Reply &reply)
 {
-    if (!isStatus(reply) || reply.rawLines.size() < 3 || reply.rawLines.size() > mostEntries + 2 ||
-        saysListingIsNotWhole(reply.lines.last()))
+    if (!isStatus(reply) || saysListingIsNotWhole(reply.lines.last()))
         return std::nullopt;
     const QDate today = QDate::currentDate();
     ListingParser parser(ListingParser::Source::List, codec, today);
@@ -120,7 +119,7 @@ std::optional<Listing> FtpClient::State::listingIn(const Reply &reply)
         parser.addLine(line);
     }
     Listing listing = parser.take();
-    if (!itself || !listing.whole)
+    if (!itself || !listing.whole || listing.entries.size() > mostEntries)
         return std::nullopt;
     return listing;
 }
