@@ -16,7 +16,8 @@ void ScriptedSession::doStat(const QByteArray &argument, const Action & /*action
         return;
     }
     const bool heeded = m_context.options.stat != StatPath::NotHeeded;
-    const QByteArray path = heeded ? resolve(argument) : m_directory;
+    const bool all = argument.startsWith("-a ");
+    const QByteArray path = heeded ? resolve(all ? argument.mid(3) : argument) : m_directory;
     const auto node = m_context.tree.node(path);
     QByteArray text;
     if (node && node->kind == ScriptedTree::Kind::Folder)
