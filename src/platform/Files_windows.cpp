@@ -43,8 +43,16 @@ QString presentPath(const QFile &file)
 
 bool replaceFile(const QString &from, const QString &to)
 {
-    return MoveFileExW(longPath(from).c_str(), longPath(to).c_str(),
-                       MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != FALSE;
+    const std::wstring target = longPath(to);
+    const DWORD before = GetFileAttributesW(target.c_str());
+    if (MoveFileExW(longPath(from).c_str(), target.c_str(),
+                    MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) == FALSE)
+        return false;
+    // What was hidden stays hidden.
+    constexpr DWORD kept = FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM;
+    if (before != INVALID_FILE_ATTRIBUTES && (before & kept) != 0)
+        SetFileAttributesW(target.c_str(), GetFileAttributesW(target.c_str()) | (before & kept));
+    return true;
 }
 
 bool moveFolderIntoPlace(const QString &from, const QString &to)
@@ -57,10 +65,20 @@ bool setModifiedTime(const QString &path, const QDateTime &time)
 {
     if (!time.isValid())
         return false;
-    QFile file(path);
-    // Opened for appending: opening for writing would empty the file.
-    return file.open(QIODevice::ReadWrite | QIODevice::Append | QIODevice::ExistingOnly) &&
-           file.setFileTime(time, QFileDevice::FileModificationTime);
+    // The attributes alone: a read-only file has a time too.
+    const HANDLE file = CreateFileW(longPath(path).c_str(), FILE_WRITE_ATTRIBUTES,
+                                    FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                    OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+    if (file == INVALID_HANDLE_VALUE)
+        return false;
+    constexpr qint64 msFrom1601To1970 = 11'644'473'600'000;
+    constexpr qint64 stepsPerMs = 10'000; // of 100 ns
+    const auto steps =
+        static_cast<quint64>((time.toMSecsSinceEpoch() + msFrom1601To1970) * stepsPerMs);
+    const FILETIME modified = {static_cast<DWORD>(steps), static_cast<DWORD>(steps >> 32)};
+    const bool set = SetFileTime(file, nullptr, nullptr, &modified) != FALSE;
+    CloseHandle(file);
+    return set;
 }
 
 } // namespace venlo

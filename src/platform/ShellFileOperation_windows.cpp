@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include <windows.h>
 
@@ -10,6 +12,8 @@
 #include <QDir>
 #include <QFileInfo>
 
+#include "platform/Disk.h"
+#include "platform/FilesystemPath.h"
 #include "platform/ShellFileWorker.h"
 
 namespace venlo
@@ -17,8 +21,10 @@ namespace venlo
 
 namespace
 {
-/// The shell's operation reads no longer paths, terminator included.
-constexpr qsizetype shellPathLimit = MAX_PATH;
+/// The shell's operation takes no longer paths, terminators included; folders need room for a short
+/// name (8.3) in them.
+constexpr qsizetype fileLimit = MAX_PATH;
+constexpr qsizetype folderLimit = MAX_PATH - 12;
 
 /// Each path ended by NUL; the string's own terminator ends the list.
 std::wstring shellList(const QStringList &paths)
@@ -31,10 +37,39 @@ std::wstring shellList(const QStringList &paths)
     return list;
 }
 
-bool tooLong(const QString &path, const QString &to)
+bool tooLong(qsizetype length, bool folder)
 {
-    const qsizetype arrives = to.isEmpty() ? 0 : to.size() + 1 + QFileInfo(path).fileName().size();
-    return std::max(path.size(), arrives) >= shellPathLimit;
+    return length >= (folder ? folderLimit : fileLimit);
+}
+
+/// longer: by how much a path grows where it goes. Ends with the first path that is too long.
+bool holdsTooLong(const QString &folder, qsizetype longer)
+{
+    std::vector<std::filesystem::path> waiting = {filesystemPath(folder)};
+    while (!waiting.empty()) {
+        const std::filesystem::path here = std::move(waiting.back());
+        waiting.pop_back();
+        std::error_code error;
+        for (disk::directory_iterator item(here, error);
+             !error && item != disk::directory_iterator(); item.increment(error)) {
+            const bool isFolder =
+                item->symlink_status(error).type() == std::filesystem::file_type::directory;
+            if (tooLong(shownPath(item->path()).size() + longer, isFolder))
+                return true;
+            if (isFolder)
+                waiting.push_back(item->path());
+        }
+    }
+    return false;
+}
+
+bool beyondShell(const QString &path, const QString &to)
+{
+    const QFileInfo info(path);
+    const bool folder = info.isDir() && !info.isSymbolicLink() && !info.isJunction();
+    const qsizetype arrives = to.isEmpty() ? 0 : to.size() + 1 + info.fileName().size();
+    const qsizetype longest = std::max(path.size(), arrives);
+    return tooLong(longest, folder) || (folder && holdsTooLong(path, longest - path.size()));
 }
 
 ShellFileReport runInShell(const ShellFileOrder &order)
@@ -63,7 +98,7 @@ ShellFileReport runShellFileOperation(const ShellFileOrder &order, ShellFileWatc
     inShell.from.clear();
     byOurselves.from.clear();
     for (const QString &path : order.from)
-        (tooLong(path, order.to) ? byOurselves : inShell).from << path;
+        (beyondShell(path, order.to) ? byOurselves : inShell).from << path;
     if (byOurselves.from.isEmpty())
         return runInShell(inShell);
     if (inShell.from.isEmpty())
