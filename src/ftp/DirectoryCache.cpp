@@ -88,6 +88,9 @@ QString DirectoryCache::statement(const QString &sql, const QVariantList &values
 
 bool DirectoryCache::isLoaded(const QString &dir)
 {
+    noticeSite();
+    if (m_madeHere.contains(dir))
+        return true;
     const Rows rows = ask(QStringLiteral("Select Count(*) From ? Where sDir='?'"), {dir});
     return rows.count() > 0 && rows.at(0, 0).toLongLong() > 0;
 }
@@ -222,7 +225,7 @@ void DirectoryCache::noticeSite()
         return;
     m_site = m_session.currentSite();
     m_connects = m_session.connects();
-    m_rawPaths.clear();
+    forgetPaths();
     m_offsetSamples = 0;
     m_stat = StatTrust();
     m_statLosses = 0;

@@ -10,6 +10,7 @@
 
 #include <QByteArray>
 #include <QHash>
+#include <QSet>
 #include <QString>
 #include <QStringList>
 
@@ -62,6 +63,8 @@ public:
     void forgetFolder(const QString &dir, const QString &name);
     void renamed(const QString &dir, const QString &oldName, const QString &newName, bool folder);
     void folderMade(const QString &dir, const QString &name);
+    /// The server has just made this directory: it holds nothing that would have to be listed.
+    void madeEmpty(const QString &dir);
 
     using Incomplete = IncompleteMarks::Mark;
     /// Incomplete directories at or below dir.
@@ -160,6 +163,8 @@ private:
     [[nodiscard]] std::optional<QByteArray> knownRawPath(const QString &dir);
     /// Forgets what was learned of another site, or of this one before it was connected anew.
     void noticeSite();
+    /// Forgets what is known of paths that may mean another directory from now on.
+    void forgetPaths();
     /// A statement on the cache table. Values go in as they are but for their quotes, which are
     /// doubled: any name of the server works, "?" and quotes included.
     [[nodiscard]] QString statement(const QString &sql, const QVariantList &values) const;
@@ -185,6 +190,7 @@ private:
     QString m_site;                        ///< the one the following belong to
     int m_connects = 0;                    ///< the same, see Session
     QHash<QString, QByteArray> m_rawPaths; ///< bytes of paths that are not plain ASCII; no guesses
+    QSet<QString> m_madeHere; ///< directories that were made empty since the last refresh
     int m_offsetSamples = 0;
     StatTrust m_stat;
     int m_statLosses = 0;

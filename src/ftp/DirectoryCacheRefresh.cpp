@@ -60,7 +60,7 @@ void DirectoryCache::caRefresh(const QString &path)
     const WaitWindow wait(m_frontEnd, QStringLiteral("FTP側のﾃﾞｨﾚｸﾄﾘ情報を更新しています"));
     const MessageLine messageLine(m_frontEnd, !m_flags.unattendedTransfer);
     noticeSite();
-    m_rawPaths.clear();
+    forgetPaths();
     Walk walk(*this, dir);
     caRecTree(dir);
     walk.ended();

@@ -46,10 +46,15 @@ void DirectoryCache::tryStat(const QString &dir, const Listing &ordinary)
     // The server stands in dir: one that takes no path, or makes do with another, would show it
     // for anything.
     std::vector<std::optional<Listing>> shown;
-    const auto asked = m_session.client().listByStat({path, withSlash(path) + notThere}, shown);
-    if (!asked) {
-        noteStatError(asked.error());
-        return;
+    for (const bool all : {false, true}) { // some show a directory itself only with "-a"
+        m_session.client().askStatForAll(all);
+        const auto asked = m_session.client().listByStat({path, withSlash(path) + notThere}, shown);
+        if (!asked) {
+            noteStatError(asked.error());
+            return;
+        }
+        if (shown.front() || !m_session.client().knowsStat())
+            break;
     }
     m_stat.compare(ordinary, shown.front());
     if (!m_session.client().knowsStat() || shown.back())

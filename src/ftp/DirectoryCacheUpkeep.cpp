@@ -51,7 +51,7 @@ void DirectoryCache::dropPrefix(const QString &prefix)
         throw DbError(m_database.lastError());
     }
     m_marks.clearPrefix(m_session.currentSite(), prefix);
-    m_rawPaths.clear();
+    forgetPaths();
 }
 
 void DirectoryCache::caAddFile(const QString &localPath, const QString &dir, const QString &name)
@@ -144,7 +144,7 @@ void DirectoryCache::renamed(const QString &path, const QString &oldName, const 
         movePrefix(remoteChild(dir, oldName), remoteChild(dir, newName));
     else
         m_unfinished.end(m_session.currentSite(), dir, oldName);
-    m_rawPaths.clear();
+    forgetPaths();
     rememberRawName(dir, newName, m_session.client().codec().encode(newName));
     transaction.commit();
 }
@@ -166,6 +166,17 @@ void DirectoryCache::movePrefix(const QString &oldPath, const QString &newPath)
         m_unfinished.end(site, dir, file);
         m_unfinished.begin(site, newPath + dir.mid(oldPath.size()), file);
     }
+}
+
+void DirectoryCache::madeEmpty(const QString &dir)
+{
+    m_madeHere.insert(dir);
+}
+
+void DirectoryCache::forgetPaths()
+{
+    m_rawPaths.clear();
+    m_madeHere.clear();
 }
 
 void DirectoryCache::folderMade(const QString &path, const QString &name)

@@ -88,19 +88,21 @@ public:
 
     /// Whether a path can be put behind STAT: no pattern, blank or option in it.
     [[nodiscard]] static bool mayBeAskedByStat(const QByteArray &path);
+    /// Whether listByStat asks with "-a": some servers show a directory itself only then.
+    void askStatForAll(bool all);
     /// Lists directories (absolute paths as bytes) on the control connection, many on the way at a
     /// time. shown gets one for each in the order of paths, nothing for one that this way cannot
     /// tell; fewer where they are too large to be held at a time, at least one, and none with an
     /// error. Names that begin with "." are among the entries.
     [[nodiscard]] Result<void> listByStat(const QList<QByteArray> &paths,
                                           std::vector<std::optional<Listing>> &shown);
-
-    using Progress = std::function<void(qint64 done)>;
-    /// Downloads a file of the current directory into the device. The bytes received. expected: the
     /// False once STAT was called unknown.
     [[nodiscard]] bool knowsStat() const;
     /// The UTC time of a folder by MLST (RFC 3659, 7).
     [[nodiscard]] Result<QDateTime> folderTime(const QByteArray &path);
+
+    using Progress = std::function<void(qint64 done)>;
+    /// Downloads a file of the current directory into the device. The bytes received. expected: the
     /// size where it is known; the port for the transfer behind a small file is asked for ahead.
     [[nodiscard]] Result<qint64> retrieve(const QByteArray &name, QIODevice &to,
                                           const Progress &progress, qint64 expected = -1);

@@ -58,6 +58,7 @@ struct FtpClient::State::StatRun {
     const QList<QByteArray> &paths;
     std::vector<std::optional<Listing>> &shown;
     qsizetype ahead; ///< commands that may be on the way
+    bool all;        ///< "-a" is asked for
     qsizetype sent = 0;
     qsizetype bytesAhead = 0;
     size_t entries = 0;
@@ -80,7 +81,7 @@ QList<QByteArray> FtpClient::State::StatRun::next()
     while (!allSent() && onTheWay() < ahead &&
            (onTheWay() == 0 || bytesAhead + paths.at(sent).size() <= mostPathBytes)) {
         bytesAhead += paths.at(sent).size();
-        commands.append("STAT " + paths.at(sent++));
+        commands.append((all ? "STAT -a " : "STAT ") + paths.at(sent++));
     }
     if (allSent() && !endSent && onTheWay() < ahead) {
         commands.append("NOOP");
@@ -131,11 +132,16 @@ Result<void> FtpClient::listByStat(const QList<QByteArray> &paths,
     m->control.setLongestReply(longestReply);
     const auto shortAgain =
         qScopeGuard([this] { m->control.setLongestReply(ReplyParser::maxReply); });
-    State::StatRun run{paths, shown, m->pace == State::Pace::Single ? 1 : window};
+    State::StatRun run{paths, shown, m->pace == State::Pace::Single ? 1 : window, m->statAll};
     auto ended = m->runStat(run);
     if (!ended)
         shown.clear(); // whose they are is not sure
     return ended;
+}
+
+void FtpClient::askStatForAll(bool all)
+{
+    m->statAll = all;
 }
 
 bool FtpClient::knowsStat() const

@@ -81,7 +81,9 @@ Result<Listing> FtpClient::State::listBy(bool mlsd)
                          QDate::currentDate());
     LineFeeder feeder(parser, limits);
     Transfer transfer(DataChannel::Direction::Receive);
-    if (auto begun = begin(transfer, mlsd ? "MLSD" : "LIST", 0); !begun)
+    // A server that ends a transfer at an early line may call it complete: unlike a file a listing
+    // has no size that would tell. So others go first.
+    if (auto begun = begin(transfer, mlsd ? "MLSD" : "LIST", paceProven ? 0 : -1); !begun)
         return begun.error();
     transfer.stopped = {ErrorClass::Refused, QStringLiteral("the listing is too long"), 0};
     const QDeadlineTimer deadline(limits.listing);
