@@ -1,18 +1,17 @@
 #include "sync/LocalFolder.h"
 
-#include <filesystem>
 #include <system_error>
 
-#include <QDir>
 #include <QFileInfo>
+
+#include "platform/Disk.h"
+#include "platform/FilesystemPath.h"
 
 namespace venlo
 {
 
 namespace
 {
-namespace fs = std::filesystem;
-
 LocalEntry passed(LocalEntry entry, const QString &why)
 {
     entry.kind = LocalEntry::Kind::Passed;
@@ -28,9 +27,9 @@ LocalEntry unread(LocalEntry entry, const QString &why)
 
 /// The kind of an entry that is no link comes with the folder's listing, so that one look at a file
 /// is enough.
-LocalEntry describe(const fs::directory_entry &item)
+LocalEntry describe(const disk::directory_entry &item)
 {
-    const QFileInfo info(item.path());
+    const QFileInfo info(shownPath(item.path()));
     LocalEntry entry;
     entry.name = info.fileName();
     if (entry.name.contains(QChar(QChar::ReplacementCharacter)))
@@ -56,8 +55,7 @@ LocalEntry describe(const fs::directory_entry &item)
 
 Error unreadable(const QString &path, const std::error_code &error)
 {
-    return {ErrorClass::Local,
-            path + QStringLiteral(" : ") + QString::fromLocal8Bit(error.message().c_str()), 0};
+    return {ErrorClass::Local, path + QStringLiteral(" : ") + systemWords(error), 0};
 }
 } // namespace
 
@@ -65,8 +63,8 @@ Result<std::vector<LocalEntry>> readLocalFolder(const QString &path)
 {
     std::error_code error;
     std::vector<LocalEntry> entries;
-    fs::directory_iterator item(QDir(path).filesystemPath(), error);
-    const fs::directory_iterator end;
+    disk::directory_iterator item(filesystemPath(path), error);
+    const disk::directory_iterator end;
     while (!error && item != end) {
         entries.push_back(describe(*item));
         item.increment(error);

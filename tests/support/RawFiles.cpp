@@ -1,8 +1,9 @@
 #include "support/RawFiles.h"
 
-#include <filesystem>
 #include <fstream>
 #include <iterator>
+
+#include <QFile>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -22,6 +23,21 @@ bool setTime(const std::string &path, const QDateTime &modified)
 }
 
 } // namespace
+
+QByteArray rawPath(const QString &path)
+{
+    return QFile::encodeName(path);
+}
+
+QByteArray rawPath(const std::filesystem::path &path)
+{
+    return QByteArray::fromStdString(path.native());
+}
+
+std::filesystem::path diskPath(const QByteArray &path)
+{
+    return path.toStdString();
+}
 
 bool writeFile(const QByteArray &path, const QByteArray &bytes, const QDateTime &modified)
 {
@@ -48,6 +64,15 @@ bool makeFolders(const QByteArray &path)
     std::error_code error;
     std::filesystem::create_directories(path.toStdString(), error);
     return std::filesystem::is_directory(path.toStdString(), error);
+}
+
+QDateTime modifiedTime(const QByteArray &path)
+{
+    struct stat info = {};
+    if (::lstat(path.constData(), &info) != 0)
+        return {};
+    const qint64 ms = info.st_mtim.tv_sec * 1000LL + info.st_mtim.tv_nsec / 1'000'000;
+    return QDateTime::fromMSecsSinceEpoch(ms, Qt::UTC);
 }
 
 } // namespace venlo::test

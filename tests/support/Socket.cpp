@@ -1,15 +1,6 @@
 #include "support/Socket.h"
 
-#include <cerrno>
-
-#include <arpa/inet.h>
-#include <fcntl.h>
-#include <netinet/in.h>
-#include <netinet/tcp.h>
-#include <poll.h>
-#include <sys/eventfd.h>
-#include <sys/socket.h>
-#include <unistd.h>
+#include "support/SocketCalls.h"
 
 namespace venlo::test
 {
@@ -47,42 +38,54 @@ Address addressOf(const QByteArray &text, quint16 port)
 
 Socket openFor(const Address &address)
 {
-    return address.size == 0
-               ? Socket()
-               : Socket(::socket(address.storage.ss_family, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    return address.size == 0 ? Socket() : Socket(openSocket(address.storage.ss_family));
 }
 
-void dontWait(int fd)
+pollfd asked(int fd, short events)
 {
-    ::fcntl(fd, F_SETFL, ::fcntl(fd, F_GETFL) | O_NONBLOCK);
-    const int on = 1;
-    ::setsockopt(fd, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
+    pollfd question = {};
+    question.fd = static_cast<decltype(question.fd)>(fd);
+    question.events = events;
+    return question;
+}
+
+/// Sockets are numbers of another type on Windows.
+auto number(int fd)
+{
+    return static_cast<decltype(pollfd::fd)>(fd);
+}
+
+template <typename Option>
+void setOption(int fd, int name, const Option &value)
+{
+    ::setsockopt(number(fd), SOL_SOCKET, name, reinterpret_cast<const char *>(&value),
+                 sizeof value);
 }
 
 bool waitFor(int fd, short events, const StopBell &bell, int limitMs)
 {
-    pollfd fds[2] = {{fd, events, 0}, {bell.fd(), POLLIN, 0}};
-    return ::poll(fds, 2, limitMs) > 0 && fds[1].revents == 0 && fds[0].revents != 0;
+    pollfd fds[2] = {asked(fd, events), asked(bell.fd(), POLLIN)};
+    return pollSockets(fds, 2, limitMs) > 0 && fds[1].revents == 0 && fds[0].revents != 0;
 }
 
 } // namespace
 
-StopBell::StopBell() : m_fd(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {}
+StopBell::StopBell() : m_fd(openBell()) {}
 
 StopBell::~StopBell()
 {
-    ::close(m_fd);
+    closeBell(m_fd);
 }
 
 bool StopBell::waitFor(int ms) const
 {
-    pollfd fd = {m_fd, POLLIN, 0};
-    return ::poll(&fd, 1, ms) > 0;
+    pollfd fd = asked(m_fd, POLLIN);
+    return pollSockets(&fd, 1, ms) > 0;
 }
 
 void StopBell::ring() const
 {
-    ::eventfd_write(m_fd, 1);
+    ringBell(m_fd);
 }
 
 Socket &Socket::operator=(Socket &&other) noexcept
@@ -98,9 +101,11 @@ Socket Socket::listenOn(bool ipv6, quint16 port)
 {
     const Address address = addressOf(ipv6 ? "::1" : "127.0.0.1", port);
     Socket socket = openFor(address);
-    const int on = 1;
-    ::setsockopt(socket.fd(), SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
-    if (::bind(socket.fd(), address.get(), address.size) != 0 || ::listen(socket.fd(), 64) != 0)
+#ifndef _WIN32 // there it would let two sockets have one port
+    setOption(socket.fd(), SO_REUSEADDR, 1);
+#endif
+    if (::bind(number(socket.fd()), address.get(), address.size) != 0 ||
+        ::listen(number(socket.fd()), 64) != 0)
         return {};
     return socket;
 }
@@ -110,7 +115,7 @@ Socket Socket::connectTo(const QByteArray &address, quint16 port)
     const Address target = addressOf(address, port);
     Socket socket = openFor(target);
     // Loopback answers at once, with a connection or a refusal.
-    if (!socket.isValid() || ::connect(socket.fd(), target.get(), target.size) != 0)
+    if (!socket.isValid() || ::connect(number(socket.fd()), target.get(), target.size) != 0)
         return {};
     dontWait(socket.fd());
     return socket;
@@ -120,7 +125,8 @@ quint16 Socket::port() const
 {
     Address address;
     address.size = sizeof address.storage;
-    if (::getsockname(m_fd, reinterpret_cast<sockaddr *>(&address.storage), &address.size) != 0)
+    if (::getsockname(number(m_fd), reinterpret_cast<sockaddr *>(&address.storage),
+                      &address.size) != 0)
         return 0;
     if (address.storage.ss_family == AF_INET6)
         return ntohs(reinterpret_cast<sockaddr_in6 *>(&address.storage)->sin6_port);
@@ -131,7 +137,7 @@ Socket Socket::accept(const StopBell &bell, int limitMs) const
 {
     if (!waitReadable(bell, limitMs))
         return {};
-    Socket accepted(::accept4(m_fd, nullptr, nullptr, SOCK_CLOEXEC));
+    Socket accepted(acceptOn(m_fd));
     if (accepted.isValid())
         dontWait(accepted.fd());
     return accepted;
@@ -150,17 +156,14 @@ bool Socket::waitWritable(const StopBell &bell, int limitMs) const
 QByteArray Socket::read(int max) const
 {
     QByteArray bytes(max, Qt::Uninitialized);
-    const auto got = ::recv(m_fd, bytes.data(), static_cast<size_t>(max), 0);
+    const auto got = ::recv(number(m_fd), bytes.data(), max, 0);
     bytes.resize(got > 0 ? static_cast<qsizetype>(got) : 0);
     return bytes;
 }
 
 qint64 Socket::writeSome(const char *bytes, qint64 size) const
 {
-    const auto sent = ::send(m_fd, bytes, static_cast<size_t>(size), MSG_NOSIGNAL | MSG_DONTWAIT);
-    if (sent < 0)
-        return errno == EAGAIN || errno == EWOULDBLOCK || errno == EINTR ? 0 : -1;
-    return sent;
+    return sendSome(m_fd, bytes, size);
 }
 
 bool Socket::write(const QByteArray &bytes, const StopBell &bell, int limitMs) const
@@ -178,19 +181,24 @@ bool Socket::write(const QByteArray &bytes, const StopBell &bell, int limitMs) c
 void Socket::close()
 {
     if (m_fd >= 0)
-        ::close(std::exchange(m_fd, -1));
+        closeSocket(std::exchange(m_fd, -1));
 }
 
 void Socket::reset()
 {
     const linger none{1, 0};
-    ::setsockopt(m_fd, SOL_SOCKET, SO_LINGER, &none, sizeof none);
+    setOption(m_fd, SO_LINGER, none);
     close();
 }
 
 void Socket::shutDown() const
 {
-    ::shutdown(m_fd, SHUT_RDWR);
+#ifdef _WIN32
+    constexpr int both = SD_BOTH;
+#else
+    constexpr int both = SHUT_RDWR;
+#endif
+    ::shutdown(number(m_fd), both);
 }
 
 } // namespace venlo::test

@@ -5,10 +5,6 @@
 #include <cstdlib>
 #include <filesystem>
 
-#include <QFile>
-
-#include <sys/stat.h>
-
 namespace venlo::test
 {
 
@@ -16,15 +12,6 @@ namespace
 {
 
 namespace fs = std::filesystem;
-
-QDateTime modifiedOf(const fs::path &path)
-{
-    struct stat info = {};
-    if (::lstat(path.c_str(), &info) != 0)
-        return {};
-    const qint64 ms = info.st_mtim.tv_sec * 1000LL + info.st_mtim.tv_nsec / 1'000'000;
-    return QDateTime::fromMSecsSinceEpoch(ms, Qt::UTC);
-}
 
 QByteArray parentOf(const QByteArray &path)
 {
@@ -74,7 +61,7 @@ void compare(const QByteArray &path, const TreeItem &expected, const TreeItem &a
 bool makeTree(const QString &root, const std::vector<TreeRow> &rows)
 {
     for (const TreeRow &row : rows) {
-        const QByteArray path = QFile::encodeName(root) + '/' + row.path;
+        const QByteArray path = rawPath(root) + '/' + row.path;
         if (!makeFolders(path.left(path.lastIndexOf('/'))))
             return false;
         if (!row.path.endsWith('/') && !writeFile(path, row.bytes, row.modified))
@@ -112,15 +99,13 @@ TreeSnapshot snapshot(const QString &root)
 {
     TreeSnapshot tree;
     std::error_code error;
-    const fs::path top(QFile::encodeName(root).toStdString());
+    const fs::path top = diskPath(rawPath(root));
     for (const auto &entry : fs::recursive_directory_iterator(top, error)) {
-        const std::string relative = entry.path().lexically_relative(top).string();
-        const QByteArray path = QByteArray::fromStdString(relative);
+        const QByteArray path = rawPath(entry.path().lexically_relative(top));
         if (entry.is_directory() && !entry.is_symlink())
             tree.try_emplace(path + '/');
         else
-            tree[path] = {readFile(QByteArray::fromStdString(entry.path().string())),
-                          modifiedOf(entry.path())};
+            tree[path] = {readFile(rawPath(entry.path())), modifiedTime(rawPath(entry.path()))};
     }
     return tree;
 }
