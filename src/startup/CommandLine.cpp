@@ -46,7 +46,8 @@ CommandLine CommandLine::parse(const QString &raw)
     }
     // Deliberately lenient: a part of a verb ("sync", "up") passes, names no action and runs none.
     const QString verbs = QStringLiteral("syncup.syncdown.put.get.open.openp");
-    if (InStrHas(verbs, verb, position)) {
+    // Letter by letter: the verb is in lower case, and to InStrHas U+017F is an "s".
+    if (!verb.isEmpty() && verbs.contains(verb)) {
         line.verb = verb;
         line.arguments = raw.split(separator);
     }

@@ -52,6 +52,7 @@ void tst_CommandLine::parse_data()
          QStringLiteral("a")});
     row("/B SyncUp in any case", QStringLiteral("/B SyncUp|A"), "syncup", true,
         {QStringLiteral("/B SyncUp"), QStringLiteral("A")});
+    row("a letter that is only like one of a verb", QStringLiteral("\u017Fyncup|A"), "", false, {});
     row("/b behind the verb", QStringLiteral("syncup /b|A"), "syncup", true,
         {QStringLiteral("syncup /b"), QStringLiteral("A")});
     row("/b inside the verb", QStringLiteral("sync/bup|A"), "syncup", true,
