@@ -108,9 +108,13 @@ bool Comparison::fillAndMark()
         return false;
     RemoteTrust(*m_work, m_cache).noteUnfinished();
     m_work->rows.mark(m_work->result.pair.down);
+    // Of a large tree each of these is as large as its rows.
+    m_work->remoteFolders = {};
+    m_work->remoteFiles = {};
     Transaction transaction(m_database);
     m_work->rows.store(m_database);
     transaction.commit();
+    m_work->rows = {};
     return true;
 }
 

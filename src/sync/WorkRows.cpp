@@ -29,29 +29,35 @@ QString markOf(const QString &sUL, const QString &sUF, bool down)
     return other.isEmpty() ? QStringLiteral("追加") : QStringLiteral("比較");
 }
 
-std::vector<WorkRows::Folder> storedFolders(Database &database)
+bool holds(Database &database, const std::vector<WorkRows::Folder> &folders)
 {
     const Rows rows = database.query(QStringLiteral("Select sPh, sUL, sUF, sEd From tbFold"));
-    std::vector<WorkRows::Folder> folders;
-    folders.reserve(static_cast<size_t>(rows.count()));
-    for (int i = 0; i < rows.count(); ++i)
-        folders.push_back({rows.at(0, i).toString(), rows.at(1, i).toString(),
-                           rows.at(2, i).toString(), rows.at(3, i).toString()});
-    return folders;
+    if (static_cast<size_t>(rows.count()) != folders.size())
+        return false;
+    for (int i = 0; i < rows.count(); ++i) {
+        const WorkRows::Folder stored{rows.at(0, i).toString(), rows.at(1, i).toString(),
+                                      rows.at(2, i).toString(), rows.at(3, i).toString()};
+        if (!(stored == folders[static_cast<size_t>(i)]))
+            return false;
+    }
+    return true;
 }
 
-std::vector<WorkRows::File> storedFiles(Database &database)
+bool holds(Database &database, const std::vector<WorkRows::File> &files)
 {
     const Rows rows =
         database.query(QStringLiteral("Select sPh, sFL, sUL, nSL, sUF, nSF, sEd From tbFile"));
-    std::vector<WorkRows::File> files;
-    files.reserve(static_cast<size_t>(rows.count()));
-    for (int i = 0; i < rows.count(); ++i)
-        files.push_back({rows.at(0, i).toString(), rows.at(1, i).toString(),
-                         rows.at(2, i).toString(), rows.at(3, i).toLongLong(),
-                         rows.at(4, i).toString(), rows.at(5, i).toLongLong(),
-                         rows.at(6, i).toString()});
-    return files;
+    if (static_cast<size_t>(rows.count()) != files.size())
+        return false;
+    for (int i = 0; i < rows.count(); ++i) {
+        const WorkRows::File stored{rows.at(0, i).toString(), rows.at(1, i).toString(),
+                                    rows.at(2, i).toString(), rows.at(3, i).toLongLong(),
+                                    rows.at(4, i).toString(), rows.at(5, i).toLongLong(),
+                                    rows.at(6, i).toString()};
+        if (!(stored == files[static_cast<size_t>(i)]))
+            return false;
+    }
+    return true;
 }
 } // namespace
 
@@ -139,14 +145,14 @@ void WorkRows::mark(bool down)
 
 void WorkRows::store(Database &database) const
 {
-    if (storedFolders(database) != m_folders) {
+    if (!holds(database, m_folders)) {
         database.run(QStringLiteral("Delete From tbFold"));
         for (const Folder &row : m_folders)
             database.run(QStringLiteral("Insert Into tbFold (sPh, sUL, sUF, sEd)"
                                         " Values ('?', '?', '?', '?')"),
                          {row.sPh, row.sUL, row.sUF, row.sEd});
     }
-    if (storedFiles(database) != m_files) {
+    if (!holds(database, m_files)) {
         database.run(QStringLiteral("Delete From tbFile"));
         for (const File &row : m_files)
             database.run(QStringLiteral("Insert Into tbFile (sPh, sFL, sUL, nSL, sUF, nSF, sEd)"
