@@ -12,7 +12,7 @@ namespace
 {
 RowList::Row rowOf(const QString &line, bool folder)
 {
-    const UploadLine fields = UploadLine::parse(line);
+    const UploadLine fields = UploadLine::parse(folder ? line + QLatin1Char('\t') : line);
     RowList::Row row;
     row.tag = folder ? EntryTag::FD : EntryTag::FL;
     row.texts = {fields.name, fields.dateText, folder ? QString() : fields.sizeText,
@@ -56,9 +56,8 @@ std::vector<RowList::Row> remoteRows(const QString &folderLines, const QString &
 
 RowList::Row newFolderRow()
 {
-    RowList::Row row = rowOf(newFolderName() + QLatin1Char('\t') +
-                                 FormatDateText(QDateTime::currentDateTime()) + QLatin1Char('\t'),
-                             true);
+    RowList::Row row = rowOf(
+        newFolderName() + QLatin1Char('\t') + FormatDateText(QDateTime::currentDateTime()), true);
     row.tag = EntryTag::NW;
     return row;
 }

@@ -22,8 +22,14 @@ QString UploadLine::text() const
 
 UploadLine UploadLine::parse(const QString &line)
 {
-    const QStringList fields = line.split(QLatin1Char('\t'));
-    return {fields.value(0), fields.value(1), fields.value(2)};
+    const QLatin1Char tab('\t');
+    const QStringList fields = line.split(tab);
+    const qsizetype behindName = 2;
+    if (fields.size() <= behindName + 1)
+        return {fields.value(0), fields.value(1), fields.value(2)};
+    // A name of Unix may hold tabs; date and size do not.
+    return {line.section(tab, 0, -1 - behindName), fields.at(fields.size() - behindName),
+            fields.last()};
 }
 
 } // namespace venlo

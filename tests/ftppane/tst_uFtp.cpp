@@ -28,6 +28,7 @@ private Q_SLOTS:
     void withoutSite();
     void refusedLogin();
     void connects();
+    void tabsInNames();
     void startDirectory();
     void anotherSiteDisconnects();
     void wheelOverTheSites();
@@ -177,6 +178,20 @@ void tst_uFtp::connects()
     QCOMPARE(m->note(), QString());
     // Who connected by the button goes on in the tree.
     QCOMPARE(QApplication::focusWidget(), &m->treeView());
+}
+
+void tst_uFtp::tabsInNames()
+{
+    // A command on such a row must not reach the entry whose name ends before the tab.
+    m->server.put("/img/keep.txt", "1");
+    m->server.put("/img/keep.txt\tx", "2");
+    m->server.put("/img/old\tone/a", "3");
+    QVERIFY(m->open());
+    m->clickNode(QStringLiteral("img"));
+    QTRY_COMPARE(m->names(),
+                 QStringList({QStringLiteral("old\tone"), QStringLiteral("keep.txt"),
+                              QStringLiteral("keep.txt\tx"), QStringLiteral("logo.png")}));
+    QCOMPARE(m->rows().text(2, 2), QStringLiteral("2B"));
 }
 
 void tst_uFtp::startDirectory()

@@ -52,6 +52,9 @@ void tst_NameList::uploadLine_data()
                                << QString();
     QTest::newRow("empty date") << QStringLiteral("a\t\t1B") << QStringLiteral("a") << QString()
                                 << QStringLiteral("1B");
+    QTest::newRow("a tab in the name")
+        << QStringLiteral("keep.txt\tx\t24/01/02 03:04:05\t1B") << QStringLiteral("keep.txt\tx")
+        << QStringLiteral("24/01/02 03:04:05") << QStringLiteral("1B");
     QTest::newRow("nothing") << QString() << QString() << QString() << QString();
 }
 
