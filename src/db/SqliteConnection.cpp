@@ -132,7 +132,7 @@ SqliteConnection::SqliteConnection(const QString &path, Mode mode, int busyMilli
     addJetFunctions(handle);
     (void)query(QStringLiteral("PRAGMA journal_mode=DELETE"));
     // KiB: the pages of a large comparison's transaction, so that few are written twice.
-    execute(QStringLiteral("PRAGMA cache_size=-32768"));
+    execute(QStringLiteral("PRAGMA cache_size=-16384"));
     execute(QStringLiteral("PRAGMA synchronous=FULL"));
     if (sqlite3_db_readonly(handle, "main") != 0)
         throw DbError(japaneseWords(SQLITE_READONLY));

@@ -43,18 +43,31 @@ bool holds(Database &database, const std::vector<WorkRows::Folder> &folders)
     return true;
 }
 
+bool isRow(const Rows &rows, int i, const WorkRows::File &file)
+{
+    const WorkRows::File stored{rows.at(0, i).toString(), rows.at(1, i).toString(),
+                                rows.at(2, i).toString(), rows.at(3, i).toLongLong(),
+                                rows.at(4, i).toString(), rows.at(5, i).toLongLong(),
+                                rows.at(6, i).toString()};
+    return stored == file;
+}
+
+/// Folder by folder: all rows at a time would be as large as the files themselves.
 bool holds(Database &database, const std::vector<WorkRows::File> &files)
 {
-    const Rows rows =
-        database.query(QStringLiteral("Select sPh, sFL, sUL, nSL, sUF, nSF, sEd From tbFile"));
-    if (static_cast<size_t>(rows.count()) != files.size())
+    const Rows all = database.query(QStringLiteral("Select Count(*) From tbFile"));
+    if (all.at(0, 0).toLongLong() != static_cast<qint64>(files.size()))
         return false;
-    for (int i = 0; i < rows.count(); ++i) {
-        const WorkRows::File stored{rows.at(0, i).toString(), rows.at(1, i).toString(),
-                                    rows.at(2, i).toString(), rows.at(3, i).toLongLong(),
-                                    rows.at(4, i).toString(), rows.at(5, i).toLongLong(),
-                                    rows.at(6, i).toString()};
-        if (!(stored == files[static_cast<size_t>(i)]))
+    for (size_t next = 0; next < files.size();) {
+        const Rows rows =
+            database.query(QStringLiteral("Select sPh, sFL, sUL, nSL, sUF, nSF, sEd From tbFile"
+                                          " Where sPh='?' Order By sFL"),
+                           {files[next].sPh});
+        for (int i = 0; i < rows.count(); ++i, ++next) {
+            if (next == files.size() || !isRow(rows, i, files[next]))
+                return false;
+        }
+        if (rows.count() == 0)
             return false;
     }
     return true;
@@ -91,9 +104,11 @@ void WorkRows::addRemoteFolder(const QString &sPh, const QString &sUF)
 
 void WorkRows::addRemoteFile(const QString &sPh, const QString &sFL, const QString &sUF, qint64 nSF)
 {
-    const QString path = stripped(sPh);
+    QString path = stripped(sPh);
     const QString name = stripped(sFL);
     m_fileIndex.add(fileKey(path, name), m_files.size());
+    if (!m_files.empty() && m_files.back().sPh == path)
+        path = m_files.back().sPh; // one text for all files of a folder
     m_files.push_back({path, name, {}, 0, sUF, nSF, {}});
 }
 
@@ -137,6 +152,8 @@ std::vector<WorkRows::File *> WorkRows::files(const QString &sPh, const QString 
 
 void WorkRows::mark(bool down)
 {
+    m_folderIndex = {};
+    m_fileIndex = {};
     for (Folder &row : m_folders)
         row.sEd = markOf(row.sUL, row.sUF, down);
     for (File &row : m_files)

@@ -45,7 +45,7 @@ public:
     /// The rows of that name. Good until a row is added.
     [[nodiscard]] std::vector<File *> files(const QString &sPh, const QString &sFL);
 
-    /// Marks every row with what has to happen to it.
+    /// Marks every row with what has to happen to it; no more rows are added or looked for.
     void mark(bool down);
 
     /// Puts the rows in the place of what the tables hold; a table that holds just these rows is
