@@ -47,6 +47,7 @@ void Store::open(const QString &path, Mode mode)
 
 void Store::close()
 {
+    endGroup();
     m_depth = 0;
     m_connection.reset();
     m_catalogue = {};
@@ -57,13 +58,20 @@ void Store::close()
 /// would take writes nobody sees again: the new one is opened.
 SqliteConnection &Store::connection()
 {
-    if (m_connection && m_depth == 0 && m_connection->fileReplaced())
+    if (m_connection && m_depth == 0 && !m_groupOpen && m_connection->fileReplaced())
         open(QString(m_path));
     if (!m_connection)
         throw DbError(QStringLiteral("ﾃﾞｰﾀﾍﾞｰｽが開かれていません"));
     if (m_depth > 0 && !m_connection->inTransaction())
         throw DbError(QStringLiteral("一連の更新は既に取り消されています"));
     return *m_connection;
+}
+
+SqliteConnection &Store::writer()
+{
+    if (m_depth == 0)
+        endGroup();
+    return connection();
 }
 
 int Store::execJet(const QString &statement)
@@ -90,7 +98,7 @@ int Store::exec(const JetStatement &translated)
 {
     switch (translated.kind) {
     case JetStatement::Kind::Change:
-        return connection().execute(translated.sql.constFirst(), translated.values);
+        return writer().execute(translated.sql.constFirst(), translated.values);
     case JetStatement::Kind::Schema:
         runSchema(translated.sql);
         return 0;
@@ -145,7 +153,7 @@ JetStatement Store::translate(const QString &statement)
 
 int Store::exec(const QString &sql, const QVariantList &values)
 {
-    const int changed = connection().execute(sql, values);
+    const int changed = writer().execute(sql, values);
     if (changesTables(sql)) {
         connection().forgetStatements();
         loadCatalogue();
@@ -176,8 +184,8 @@ const JetTable *Store::table(const QString &anyCase)
 
 void Store::begin()
 {
-    connection().execute(m_depth == 0 ? QStringLiteral("BEGIN IMMEDIATE")
-                                      : savepoint("SAVEPOINT", m_depth));
+    writer().execute(m_depth == 0 ? QStringLiteral("BEGIN IMMEDIATE")
+                                  : savepoint("SAVEPOINT", m_depth));
     ++m_depth;
 }
 
@@ -231,6 +239,7 @@ void Store::copyCompacted(const QString &path)
 {
     if (m_depth > 0)
         throw DbError(QStringLiteral("一連の更新の途中です"));
+    endGroup();
     (void)query(QStringLiteral("PRAGMA locking_mode=EXCLUSIVE"));
     exec(QStringLiteral("BEGIN EXCLUSIVE"));
     exec(QStringLiteral("COMMIT"));

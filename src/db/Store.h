@@ -10,8 +10,10 @@
 #include <QHash>
 #include <QString>
 #include <QStringList>
+#include <QTimer>
 #include <QVariantList>
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -69,6 +71,15 @@ public:
     void commit();
     void rollback() noexcept;
     [[nodiscard]] int depth() const { return m_depth; }
+    /// Runs a small change that may be lost when the machine fails right after it, together with
+    /// others: a commit costs the disk several turns. They are committed after groupLife, before
+    /// any other change and on closing; a process that is killed meanwhile loses them. A change
+    /// that throws is undone alone. Must not wait for anything.
+    void grouped(const std::function<void()> &change);
+    /// Commits what is grouped. Where that fails it is undone, and told to onGroupLost.
+    void endGroup();
+    void onGroupLost(std::function<void(const QString &words)> lost);
+    static constexpr std::chrono::milliseconds groupLife{300};
 
     /// A number of the program's own in the file's header, 0 in a file without it.
     [[nodiscard]] int userVersion();
@@ -86,6 +97,10 @@ public:
 
 private:
     [[nodiscard]] SqliteConnection &connection();
+    /// The same for a change that is none of the group.
+    [[nodiscard]] SqliteConnection &writer();
+    void beginGroup();
+    void rollbackGroup() noexcept;
     [[nodiscard]] JetStatement translateFilled(const QString &sql, const QVariantList &values);
     int exec(const JetStatement &translated);
     [[nodiscard]] Rows query(const JetStatement &translated);
@@ -101,6 +116,9 @@ private:
     qlonglong m_schemaVersion = -1;
     qint64 m_catalogueLoads = 0;
     int m_depth = 0;
+    std::unique_ptr<QTimer> m_groupTimer;
+    bool m_groupOpen = false;
+    std::function<void(const QString &)> m_groupLost;
 };
 
 } // namespace venlo

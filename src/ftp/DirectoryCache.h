@@ -58,6 +58,8 @@ public:
     void caAddFile(const QString &localPath, const QString &dir, const QString &name);
     void caAddFold(const QString &localPath, const QString &dir, const QString &name);
 
+    /// Runs upkeep whose loss a refresh mends; several share a commit, see Store::grouped.
+    void grouped(const std::function<void()> &upkeep);
     /// Cache upkeep after the server confirmed a change.
     void forgetFile(const QString &dir, const QString &name);
     void forgetFolder(const QString &dir, const QString &name);

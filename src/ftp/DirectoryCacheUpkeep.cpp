@@ -168,6 +168,11 @@ void DirectoryCache::movePrefix(const QString &oldPath, const QString &newPath)
     }
 }
 
+void DirectoryCache::grouped(const std::function<void()> &upkeep)
+{
+    m_database.store().grouped(upkeep);
+}
+
 void DirectoryCache::madeEmpty(const QString &dir)
 {
     m_madeHere.insert(dir);

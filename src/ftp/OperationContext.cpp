@@ -104,6 +104,11 @@ void OperationContext::keepCache(const QString &what, const std::function<void()
     }
 }
 
+void OperationContext::keepRows(const QString &what, const std::function<void()> &upkeep)
+{
+    keepCache(what, [&] { cache.grouped(upkeep); });
+}
+
 bool OperationContext::isCancelled(const Error &error) const
 {
     return error.kind == ErrorClass::Cancelled || frontEnd.cancelled();

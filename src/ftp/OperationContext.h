@@ -51,6 +51,8 @@ public:
     /// Cache upkeep behind a change that the server has confirmed: whatever the store says, the
     /// change stands.
     void keepCache(const QString &what, const std::function<void()> &upkeep);
+    /// The same for changes of rows that ask the server nothing; several share a commit.
+    void keepRows(const QString &what, const std::function<void()> &upkeep);
 
     enum class End {
         Done,

@@ -122,7 +122,7 @@ RemoteUploads::Folder RemoteUploads::makeFolder(const QString &local, const QStr
     }
     if (made) {
         m_context.status(remote + QStringLiteral(" Create Directry ･･･"));
-        m_context.keepCache(remote, [&] { m_context.cache.caAddFold(local, remoteParent, name); });
+        m_context.keepRows(remote, [&] { m_context.cache.caAddFold(local, remoteParent, name); });
         m_context.cache.madeEmpty(remote);
         m_context.done(Outcome::Kind::FolderMade, remote);
     }

@@ -180,7 +180,7 @@ bool RemoteRemovals::deleteEach(const QString &dir, const QStringList &names,
             continue;
         }
         m_context.status(file + QStringLiteral(" Delete･･･"));
-        m_context.keepCache(file, [&] { m_context.cache.forgetFile(dir, name); });
+        m_context.keepRows(file, [&] { m_context.cache.forgetFile(dir, name); });
         m_context.done(Outcome::Kind::DeletedRemote, file);
     }
     return true;
@@ -201,7 +201,7 @@ void RemoteRemovals::removed(const QString &dir, const QString &name)
 {
     const QString folder = remoteChild(dir, name);
     m_context.status(folder + QStringLiteral(" RemoveDirectory･･･"));
-    m_context.keepCache(folder, [&] { m_context.cache.forgetFolder(dir, name); });
+    m_context.keepRows(folder, [&] { m_context.cache.forgetFolder(dir, name); });
     m_context.done(Outcome::Kind::FolderRemovedRemote, folder);
 }
 

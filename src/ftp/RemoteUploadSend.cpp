@@ -123,7 +123,7 @@ Result<bool> RemoteUploads::sendOnce(const Item &item)
 
 void RemoteUploads::sent(const Item &item)
 {
-    m_context.keepCache(item.remote, [&] {
+    m_context.keepRows(item.remote, [&] {
         m_context.cache.unfinished().end(m_context.session.currentSite(), item.dir, item.name);
         m_context.cache.caAddFile(item.path, item.dir, item.name);
     });

@@ -1,4 +1,5 @@
 #include "ftp/Session.h"
+#include "db/Store.h"
 
 #include "db/Database.h"
 #include "ftp/CertificatePins.h"
@@ -70,10 +71,15 @@ Session::Session(FrontEnd &frontEnd, Database &database, ErrorLog &errorLog, Eve
                  ClientLimits limits)
     : m(std::make_unique<Data>(frontEnd, database, errorLog, eventLog, limits))
 {
+    database.store().onGroupLost([&eventLog](const QString &words) {
+        eventLog.note(QStringLiteral("cache not in step: ") + words);
+    });
 }
 
 Session::~Session()
 {
+    m->database.store().endGroup();
+    m->database.store().onGroupLost({});
     if (m->client)
         m->client->close();
 }

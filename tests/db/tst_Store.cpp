@@ -42,10 +42,28 @@ private Q_SLOTS:
     void aReplacedFileIsOpenedAnew();
     void closedStoreSaysSo();
     void nothingBesideTheFile();
+    void groupedChangesShareACommit();
+    void anotherChangeEndsTheGroup();
+    void aGroupedChangeThatThrows();
+    void closingKeepsTheGroup();
+    void aLostGroupIsTold();
 
 private:
     Store &store() { return m_fixture->db().store(); }
     QString one(const QString &sql) { return rowsText(store().query(sql)); }
+    void addGrouped(const QString &key)
+    {
+        store().grouped(
+            [&] { store().execJet(QStringLiteral("Insert Into t (k) Values ('%1')").arg(key)); });
+    }
+    /// Keys that another process would see.
+    QString seenElsewhere()
+    {
+        Store other;
+        other.open(m_fixture->path());
+        return rowsText(
+            other.query(QStringLiteral("SELECT coalesce(group_concat(k), '(none)') FROM t")));
+    }
     std::unique_ptr<DbFixture> m_fixture;
 };
 
@@ -455,6 +473,72 @@ void tst_Store::nothingBesideTheFile()
     QCOMPARE(QDir(m_fixture->folder()).entryList(QDir::Files), alone);
     store().open(m_fixture->path());
     QCOMPARE(one(QStringLiteral("SELECT k FROM t")), QStringLiteral("x"));
+}
+
+void tst_Store::groupedChangesShareACommit()
+{
+    addGrouped(QStringLiteral("a"));
+    addGrouped(QStringLiteral("b"));
+    QCOMPARE(one(QStringLiteral("SELECT count(*) FROM t")), QStringLiteral("2"));
+    QCOMPARE(seenElsewhere(), none);
+    QTRY_COMPARE(seenElsewhere(), QStringLiteral("a,b"));
+    addGrouped(QStringLiteral("c"));
+    store().endGroup();
+    QCOMPARE(seenElsewhere(), QStringLiteral("a,b,c"));
+}
+
+void tst_Store::anotherChangeEndsTheGroup()
+{
+    addGrouped(QStringLiteral("a"));
+    store().execJet(QStringLiteral("Insert Into t (k) Values ('b')"));
+    QCOMPARE(seenElsewhere(), QStringLiteral("a,b"));
+    addGrouped(QStringLiteral("c"));
+    store().begin();
+    QCOMPARE(seenElsewhere(), QStringLiteral("a,b,c"));
+    // In a transaction there is nothing to group.
+    addGrouped(QStringLiteral("d"));
+    QCOMPARE(store().depth(), 1);
+    store().rollback();
+    QCOMPARE(seenElsewhere(), QStringLiteral("a,b,c"));
+}
+
+void tst_Store::aGroupedChangeThatThrows()
+{
+    addGrouped(QStringLiteral("a"));
+    const QString words = failure([&] {
+        store().grouped([&] {
+            store().execJet(QStringLiteral("Insert Into t (k) Values ('b')"));
+            store().execJet(QStringLiteral("Insert Into nowhere (k) Values ('b')"));
+        });
+    });
+    QVERIFY(words != none);
+    QCOMPARE(store().depth(), 0);
+    addGrouped(QStringLiteral("c"));
+    store().endGroup();
+    QCOMPARE(seenElsewhere(), QStringLiteral("a,c"));
+}
+
+void tst_Store::closingKeepsTheGroup()
+{
+    addGrouped(QStringLiteral("a"));
+    store().close();
+    QCOMPARE(seenElsewhere(), QStringLiteral("a"));
+}
+
+void tst_Store::aLostGroupIsTold()
+{
+    QStringList told;
+    store().onGroupLost([&](const QString &words) { told.append(words); });
+    addGrouped(QStringLiteral("a"));
+    // The store undid it, as it does when the disk is full.
+    (void)store().query(QStringLiteral("ROLLBACK"));
+    store().endGroup();
+    QCOMPARE(told.size(), 1);
+    QCOMPARE(seenElsewhere(), none);
+    addGrouped(QStringLiteral("b"));
+    store().endGroup();
+    QCOMPARE(seenElsewhere(), QStringLiteral("b"));
+    QCOMPARE(told.size(), 1);
 }
 
 QTEST_GUILESS_MAIN(tst_Store)
