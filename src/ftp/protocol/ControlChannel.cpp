@@ -16,6 +16,8 @@ namespace
 // How long a cancelled command may still bring its reply, so that the session stays in step.
 constexpr auto cancelGrace = 1s; // a server that answers within it keeps its session
 constexpr int serviceClosing = 421;
+constexpr int directoryStatus = 212;
+constexpr int fileStatus = 213;
 constexpr qsizetype mostTraced = 30; // lines of a reply
 constexpr char telnetIac = '\xff';
 constexpr qsizetype shortestSecret = 4; // that may be searched for inside of words
@@ -215,7 +217,9 @@ Result<Reply> ControlChannel::accounted(Reply reply)
 
 void ControlChannel::traceReply(const Reply &reply) const
 {
-    if (reply.lines.size() <= mostTraced)
+    // What STAT shows of a directory is no dialogue.
+    const bool status = reply.code == directoryStatus || reply.code == fileStatus;
+    if (reply.lines.size() <= (status ? 3 : mostTraced))
         trace(QStringLiteral("< ") + reply.text());
     else
         trace(QStringLiteral("< %1 %2 (%3 lines)")
