@@ -1,7 +1,7 @@
 #include "ftp/Session.h"
-#include "db/Store.h"
 
 #include "db/Database.h"
+#include "db/Store.h"
 #include "ftp/CertificatePins.h"
 #include "ftp/ErrorLog.h"
 #include "ftp/SiteTable.h"
