@@ -16,6 +16,7 @@ namespace
 {
 constexpr int barSteps = 1000;
 constexpr qint64 redrawInterval = 100; // ms
+constexpr int textInterval = 33;       // ms
 } // namespace
 
 MainStatusBar::MainStatusBar(WindowDesk &desk, OperationGate &gate, QWidget *parent)
@@ -39,6 +40,8 @@ MainStatusBar::MainStatusBar(WindowDesk &desk, OperationGate &gate, QWidget *par
     addWidget(m_label, 1);
     addPermanentWidget(m_bar);
     addPermanentWidget(m_cancel);
+    m_textLater.setSingleShot(true);
+    connect(&m_textLater, &QTimer::timeout, this, &MainStatusBar::showElided);
     setRunning(false);
     connect(&gate, &OperationGate::busyChanged, this, &MainStatusBar::setRunning);
     connect(m_cancel, &QPushButton::clicked, this, [this] {
@@ -67,7 +70,11 @@ void MainStatusBar::showMessageLine(const QString &text)
 {
     m_text = text;
     m_text.replace(QLatin1Char('\r'), QLatin1String(" ,"));
-    m_label->setToolTip(m_text);
+    if (m_sinceText.isValid() && m_sinceText.elapsed() < textInterval) {
+        if (!m_textLater.isActive())
+            m_textLater.start(textInterval);
+        return;
+    }
     showElided();
 }
 
@@ -78,6 +85,9 @@ QString MainStatusBar::text() const
 
 void MainStatusBar::showElided()
 {
+    m_textLater.stop();
+    m_sinceText.start();
+    m_label->setToolTip(m_text);
     m_label->setText(m_label->fontMetrics().elidedText(
         m_text, Qt::ElideMiddle, std::max(m_label->width(), m_label->minimumWidth())));
 }

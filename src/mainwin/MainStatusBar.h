@@ -2,6 +2,7 @@
 
 #include <QElapsedTimer>
 #include <QStatusBar>
+#include <QTimer>
 
 #include "shared/WindowDesk.h"
 
@@ -24,7 +25,7 @@ public:
     MainStatusBar(WindowDesk &desk, OperationGate &gate, QWidget *parent = nullptr);
     ~MainStatusBar() override;
 
-    /// The text panel; carriage returns become " ,".
+    /// The text panel; carriage returns become " ,". Drawn thirty times a second at most.
     void showMessageLine(const QString &text) override;
     [[nodiscard]] QString text() const;
 
@@ -41,6 +42,8 @@ private:
 
     WindowDesk &m_desk;
     QString m_text;
+    QElapsedTimer m_sinceText;
+    QTimer m_textLater; ///< draws the text where texts follow each other too fast
     QElapsedTimer m_sinceProgress;
     QLabel *m_label;
     QProgressBar *m_bar;

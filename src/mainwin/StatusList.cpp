@@ -1,14 +1,9 @@
 #include "mainwin/StatusList.h"
 
-#include <QContextMenuEvent>
+#include "shared/StatusTail.h"
 
 namespace venlo
 {
-
-namespace
-{
-constexpr int mostLines = 50;
-}
 
 StatusList::StatusList(QWidget *parent) : QListWidget(parent)
 {
@@ -18,12 +13,16 @@ StatusList::StatusList(QWidget *parent) : QListWidget(parent)
     setTextElideMode(Qt::ElideMiddle);
 }
 
-void StatusList::addLine(const QString &text)
+void StatusList::addLines(const QStringList &lines)
 {
-    if (count() > mostLines)
+    const StatusTail tail = statusTail(count(), lines.size());
+    if (tail.clears)
         clear();
-    addItem(text);
-    item(count() - 1)->setToolTip(text);
+    for (const QString &line : lines.mid(tail.first)) {
+        auto *shown = new QListWidgetItem(line);
+        shown->setToolTip(line);
+        addItem(shown);
+    }
     setCurrentRow(count() - 1);
 }
 

@@ -16,7 +16,7 @@ class StatusList : public QListWidget, public StatusTarget
 public:
     explicit StatusList(QWidget *parent = nullptr);
     [[nodiscard]] bool isShowing() const override { return window()->isVisible(); }
-    void addLine(const QString &text) override;
+    void addLines(const QStringList &lines) override;
 };
 
 } // namespace venlo

@@ -207,23 +207,8 @@ void WindowFrontEnd::setMessageLineSink(MessageLineSink *sink)
 
 void WindowFrontEnd::addStatus(const QString &text)
 {
-    for (const auto &[rank, target] : m_statusTargets) {
-        if (!target->isShowing())
-            continue;
-        target->addLine(text);
+    if (m_status.add(text))
         yield();
-        return;
-    }
-}
-
-void WindowFrontEnd::addStatusTarget(StatusTarget &target, StatusRank rank)
-{
-    m_statusTargets.emplace(rank, &target);
-}
-
-void WindowFrontEnd::removeStatusTarget(StatusTarget &target)
-{
-    std::erase_if(m_statusTargets, [&](const auto &entry) { return entry.second == &target; });
 }
 
 void WindowFrontEnd::addOperationView(OperationView &view)
@@ -259,6 +244,7 @@ void WindowFrontEnd::warn(const QString &line)
 {
     m_printer.printError(line);
     setMessageLine(line);
+    m_status.flush();
     for (OperationView *view : m_views)
         view->showWarning(line);
     if (m_views.empty() && m_warnings.size() < mostWarnings)

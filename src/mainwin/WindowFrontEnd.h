@@ -2,12 +2,12 @@
 
 #include <chrono>
 #include <functional>
-#include <map>
 #include <memory>
 #include <vector>
 
 #include <QMessageBox>
 
+#include "mainwin/StatusFlow.h"
 #include "platform/Interrupt.h"
 #include "shared/WindowDesk.h"
 
@@ -52,8 +52,11 @@ public:
     [[nodiscard]] bool cancelled() const override;
     void yield() override;
 
-    void addStatusTarget(StatusTarget &target, StatusRank rank) override;
-    void removeStatusTarget(StatusTarget &target) override;
+    void addStatusTarget(StatusTarget &target, StatusRank rank) override
+    {
+        m_status.addTarget(target, rank);
+    }
+    void removeStatusTarget(StatusTarget &target) override { m_status.removeTarget(target); }
     void addOperationView(OperationView &view) override;
     void removeOperationView(OperationView &view) override;
     void setMessageLineSink(MessageLineSink *sink) override;
@@ -75,7 +78,7 @@ private:
     const Flags &m_flags;
     Options m_options;
     std::unique_ptr<sfWait> m_wait;
-    std::multimap<StatusRank, StatusTarget *> m_statusTargets;
+    StatusFlow m_status;
     std::vector<OperationView *> m_views;
     MessageLineSink *m_messageLine = nullptr;
     QString m_messageText;

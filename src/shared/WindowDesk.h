@@ -16,7 +16,9 @@ class StatusTarget
 public:
     virtual ~StatusTarget() = default;
     [[nodiscard]] virtual bool isShowing() const = 0;
-    virtual void addLine(const QString &text) = 0;
+    /// At least one; the last becomes the current one.
+    virtual void addLines(const QStringList &lines) = 0;
+    void addLine(const QString &text) { addLines({text}); }
 };
 
 /// Which windows come first where several with a status list show; smaller comes first.

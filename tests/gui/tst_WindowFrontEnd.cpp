@@ -23,13 +23,18 @@ class Window : public StatusTarget, public OperationView, public MessageLineSink
 {
 public:
     [[nodiscard]] bool isShowing() const override { return showing; }
-    void addLine(const QString &text) override { lines += text; }
+    void addLines(const QStringList &added) override
+    {
+        ++shows;
+        lines += added;
+    }
     void showProgress(const TransferProgress &progress) override { lines += progress.name; }
     void showOutcome(const Outcome &outcome) override { lines += outcome.from; }
     void showWarning(const QString &line) override { lines += line; }
     void showMessageLine(const QString &text) override { lines += text; }
 
     bool showing = true;
+    int shows = 0;
     QStringList lines;
 };
 } // namespace
@@ -51,6 +56,8 @@ private Q_SLOTS:
     void waitWindow();
     void closingTheWaitWindowCancels();
     void statusGoesToTheFirstShowingWindow();
+    void fastStatusLinesAreShownTogether();
+    void waitingStatusLinesComeBeforeWhatFollows();
     void messageLineIsKept();
     void warnings();
     void outcomesArePrinted();
@@ -219,6 +226,7 @@ void tst_WindowFrontEnd::statusGoesToTheFirstShowingWindow()
     m_desk->addStatusTarget(main, StatusRank::MainWindow);
     m_desk->addStatusTarget(sync, StatusRank::SyncWindow);
     m_desk->addStatus(QStringLiteral("1"));
+    QCOMPARE(sync.lines, QStringList{QStringLiteral("1")});
     sync.showing = false;
     m_desk->addStatus(QStringLiteral("2"));
     main.showing = false;
@@ -227,8 +235,53 @@ void tst_WindowFrontEnd::statusGoesToTheFirstShowingWindow()
     main.showing = true;
     sync.showing = true;
     m_desk->addStatus(QStringLiteral("4"));
+    QTRY_COMPARE(main.lines.size(), 2);
+    m_desk->removeStatusTarget(main);
     QCOMPARE(sync.lines, QStringList{QStringLiteral("1")});
     QCOMPARE(main.lines, (QStringList{QStringLiteral("2"), QStringLiteral("4")}));
+}
+
+void tst_WindowFrontEnd::fastStatusLinesAreShownTogether()
+{
+    Window main;
+    m_desk->addStatusTarget(main, StatusRank::MainWindow);
+    QStringList said;
+    for (int line = 0; line < 1000; ++line) {
+        said += QString::number(line);
+        m_desk->addStatus(said.constLast());
+    }
+    QVERIFY2(main.shows < 1000, qPrintable(QString::number(main.shows)));
+    QTRY_COMPARE(main.lines, said);
+    m_desk->removeStatusTarget(main);
+}
+
+void tst_WindowFrontEnd::waitingStatusLinesComeBeforeWhatFollows()
+{
+    Window main;
+    Window sync;
+    sync.showing = false;
+    m_desk->addStatusTarget(main, StatusRank::MainWindow);
+    m_desk->addStatusTarget(sync, StatusRank::SyncWindow);
+    m_desk->addOperationView(main);
+    m_desk->addStatus(QStringLiteral("1"));
+    m_desk->addStatus(QStringLiteral("2"));
+    m_desk->warn(QStringLiteral("warning"));
+    m_desk->addStatus(QStringLiteral("3"));
+    m_desk->addStatus(QStringLiteral("4"));
+    sync.showing = true;
+    m_desk->addStatus(QStringLiteral("5"));
+    QCOMPARE(main.lines,
+             (QStringList{QStringLiteral("1"), QStringLiteral("2"), QStringLiteral("warning"),
+                          QStringLiteral("3"), QStringLiteral("4")}));
+    QCOMPARE(sync.lines, QStringList{QStringLiteral("5")});
+    m_desk->addStatus(QStringLiteral("6"));
+    sync.showing = false; // closed before it could show
+    m_desk->addStatus(QStringLiteral("7"));
+    QTRY_COMPARE(main.lines.size(), 6);
+    QCOMPARE(sync.lines.size(), 1);
+    m_desk->removeOperationView(main);
+    m_desk->removeStatusTarget(sync);
+    m_desk->removeStatusTarget(main);
 }
 
 void tst_WindowFrontEnd::messageLineIsKept()

@@ -12,13 +12,13 @@
 
 #include "mainwin/popup/EnterPresses.h"
 #include "mainwin/popup/TransferGauge.h"
+#include "shared/StatusTail.h"
 
 namespace venlo
 {
 
 namespace
 {
-constexpr int mostLines = 50;
 constexpr int drawInterval = 100; // ms
 constexpr int designedWidth = 560;
 constexpr int designedHeight = 340;
@@ -135,12 +135,16 @@ void sfMsg::setTotal(qint64 bytes)
     m_parts->gauge->setTotal(bytes);
 }
 
-void sfMsg::addLine(const QString &text)
+void sfMsg::addLines(const QStringList &lines)
 {
-    if (m_list->count() > mostLines)
+    const StatusTail tail = statusTail(m_list->count(), lines.size());
+    if (tail.clears)
         m_list->clear();
-    m_list->addItem(text);
-    m_list->item(m_list->count() - 1)->setToolTip(text.toHtmlEscaped());
+    for (const QString &line : lines.mid(tail.first)) {
+        auto *shown = new QListWidgetItem(line);
+        shown->setToolTip(line.toHtmlEscaped());
+        m_list->addItem(shown);
+    }
     m_list->setCurrentRow(m_list->count() - 1);
 }
 

@@ -33,7 +33,7 @@ public:
     void setTotal(qint64 bytes);
 
     [[nodiscard]] bool isShowing() const override { return m_shown; }
-    void addLine(const QString &text) override;
+    void addLines(const QStringList &lines) override;
     void showProgress(const TransferProgress &progress) override;
     void showOutcome(const Outcome &outcome) override;
     void showWarning(const QString &line) override;

@@ -11,6 +11,7 @@
 #include <QTimer>
 
 #include "shared/ConsolePrinter.h"
+#include "shared/StatusTail.h"
 #include "sync/Execution.h"
 #include "sync/SyncReview.h"
 #include "sync/windows/ReviewBoxes.h"
@@ -23,7 +24,6 @@ namespace venlo
 
 namespace
 {
-constexpr int mostStatusLines = 50;
 constexpr int mostNames = 5;
 constexpr qint64 refreshInterval = 100; // ms
 constexpr int endInterval = 200;        // ms
@@ -239,11 +239,12 @@ void sfSync::changeEvent(QEvent *event)
     QDialog::changeEvent(event);
 }
 
-void sfSync::addLine(const QString &text)
+void sfSync::addLines(const QStringList &lines)
 {
-    if (m_status->count() > mostStatusLines)
+    const StatusTail tail = statusTail(m_status->count(), lines.size());
+    if (tail.clears)
         m_status->clear();
-    m_status->addItem(text);
+    m_status->addItems(lines.mid(tail.first));
     m_status->setCurrentRow(m_status->count() - 1);
 }
 

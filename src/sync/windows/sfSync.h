@@ -41,7 +41,7 @@ public:
     [[nodiscard]] int runUnattended();
 
     [[nodiscard]] bool isShowing() const override { return isVisible(); }
-    void addLine(const QString &text) override;
+    void addLines(const QStringList &lines) override;
     void showProgress(const TransferProgress &progress) override;
     void showOutcome(const Outcome &outcome) override;
     void showWarning(const QString &line) override;
