@@ -117,9 +117,11 @@ QString fileTypeName(const QString &path)
 QString attributeLetters(const QFileInfo &info)
 {
     // The bits count besides what the system grants: to root every file is writable.
-    constexpr auto writable = QFile::WriteOwner | QFile::WriteGroup | QFile::WriteOther;
+    // One by one they come from what is known already; permissions() asks the system three times.
+    const bool anyone = info.permission(QFile::WriteOwner) || info.permission(QFile::WriteGroup) ||
+                        info.permission(QFile::WriteOther);
     QString letters;
-    if (!info.isWritable() || !(info.permissions() & writable))
+    if (!anyone || !info.isWritable())
         letters += QLatin1Char('R');
     if (info.fileName().startsWith(QLatin1Char('.')))
         letters += QLatin1Char('H');
