@@ -72,14 +72,15 @@ DirectoryCache::Loaded DirectoryCache::load(const QString &path, LoadMode mode,
             subFolders.append(folder.name);
         return heard ? Loaded::Yes : Loaded::No;
     }
-    Transaction transaction(m_database);
-    if (mode == Replace)
-        dropPrefix(dir);
-    if (listing)
-        storeListing(dir, *listing, subFolders, misfits);
-    else
-        mark(dir, why, refused);
-    transaction.commit();
+    // Hundreds of folders are listed when a node is expanded.
+    grouped([&] {
+        if (mode == Replace)
+            dropPrefix(dir);
+        if (listing)
+            storeListing(dir, *listing, subFolders, misfits);
+        else
+            mark(dir, why, refused);
+    });
     return listing ? Loaded::Yes : Loaded::No;
 }
 
