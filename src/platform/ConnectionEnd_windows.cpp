@@ -13,7 +13,12 @@ SOCKET secondHandle(SOCKET first)
     WSAPROTOCOL_INFOW info = {};
     if (WSADuplicateSocketW(first, GetCurrentProcessId(), &info) != 0)
         return INVALID_SOCKET;
-    return WSASocketW(FROM_PROTOCOL_INFO, FROM_PROTOCOL_INFO, FROM_PROTOCOL_INFO, &info, 0, 0);
+    const SOCKET second = WSASocketW(FROM_PROTOCOL_INFO, FROM_PROTOCOL_INFO, FROM_PROTOCOL_INFO,
+                                     &info, 0, WSA_FLAG_OVERLAPPED);
+    u_long on = 1;
+    if (second != INVALID_SOCKET)
+        ioctlsocket(second, FIONBIO, &on); // a look at it must never wait
+    return second;
 }
 
 constexpr qintptr none = -1;
@@ -36,8 +41,7 @@ bool ConnectionEnd::wasReset() const
 {
     if (m_descriptor == none)
         return false;
-    // A peer that closed in order leaves nothing to read; a reset is told to every reader. The
-    // handle does not block, as the first one did not.
+    // A peer that closed in order leaves nothing to read; a reset is told to every reader.
     char byte = 0;
     if (recv(static_cast<SOCKET>(m_descriptor), &byte, 1, MSG_PEEK) != SOCKET_ERROR)
         return false;

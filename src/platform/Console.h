@@ -8,6 +8,10 @@
 namespace venlo
 {
 
+/// Makes the C library take text in the encoding that the environment names. Call it before
+/// anything else reads text from outside.
+void useSystemEncoding();
+
 /// Joins the console of whoever started the program, so that an unattended run says there what it
 /// does: on Windows a program with windows comes without one. What was redirected stays so.
 void joinConsole();

@@ -1,7 +1,14 @@
 #include "platform/Console.h"
 
+#include <clocale>
+
 namespace venlo
 {
+
+void useSystemEncoding()
+{
+    std::setlocale(LC_CTYPE, "");
+}
 
 void joinConsole() {}
 

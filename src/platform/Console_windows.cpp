@@ -25,6 +25,11 @@ bool isConsole(std::FILE *stream)
 }
 } // namespace
 
+void useSystemEncoding()
+{
+    // The C library keeps its own: it would convert once more what a console gets in its code page.
+}
+
 void joinConsole()
 {
     const bool results = leadsSomewhere(STD_OUTPUT_HANDLE);
@@ -32,10 +37,11 @@ void joinConsole()
     // Joined for one of them or for Ctrl+C alone; started from no console there is none to join.
     if (AttachConsole(ATTACH_PARENT_PROCESS) == FALSE)
         return;
+    // Without the right to read, a console does not even tell that it is one.
     if (!results)
-        (void)std::freopen("CONOUT$", "w", stdout);
+        (void)std::freopen("CONOUT$", "w+", stdout);
     if (!messages)
-        (void)std::freopen("CONOUT$", "w", stderr);
+        (void)std::freopen("CONOUT$", "w+", stderr);
 }
 
 QByteArray consoleText(std::FILE *stream, const QString &line)

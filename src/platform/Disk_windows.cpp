@@ -76,10 +76,28 @@ file_status noStatus(std::error_code &error)
     return file_status(file_type::not_found);
 }
 
+/// Of a reparse point, 0 where it cannot be told.
+DWORD tagOf(const path &entry)
+{
+    FILE_ATTRIBUTE_TAG_INFO tag = {};
+    const OpenEntry itself(entry, FILE_FLAG_OPEN_REPARSE_POINT);
+    const bool told =
+        itself.isOpen() && GetFileInformationByHandleEx(itself.handle(), FileAttributeTagInfo, &tag,
+                                                        sizeof tag) != FALSE;
+    return told ? tag.ReparseTag : 0;
+}
+
+/// A search would take such a name for any that matches it.
+bool isPattern(const path &entry)
+{
+    return entry.filename().native().find_first_of(L"*?") != std::wstring::npos;
+}
+
 /// Of one entry, found by its name like in a listing: that needs no rights on the entry itself.
 bool lookUp(const path &entry, WIN32_FIND_DATAW &found)
 {
-    const HANDLE search = FindFirstFileW(entry.c_str(), &found);
+    const HANDLE search =
+        isPattern(entry) ? INVALID_HANDLE_VALUE : FindFirstFileW(entry.c_str(), &found);
     if (search != INVALID_HANDLE_VALUE) {
         FindClose(search);
         return true;
@@ -90,6 +108,8 @@ bool lookUp(const path &entry, WIN32_FIND_DATAW &found)
         return false;
     found = {};
     found.dwFileAttributes = plain.dwFileAttributes;
+    if ((plain.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0)
+        found.dwReserved0 = tagOf(entry);
     found.ftLastWriteTime = plain.ftLastWriteTime;
     found.nFileSizeHigh = plain.nFileSizeHigh;
     found.nFileSizeLow = plain.nFileSizeLow;
@@ -205,6 +225,10 @@ private:
     {
         if (handle != INVALID_HANDLE_VALUE)
             return FindNextFileW(handle, &found) != FALSE;
+        if (folder.empty()) { // the current one is not meant
+            SetLastError(ERROR_PATH_NOT_FOUND);
+            return false;
+        }
         handle = FindFirstFileExW((folder / L"*").c_str(), FindExInfoBasic, &found,
                                   FindExSearchNameMatch, nullptr, FIND_FIRST_EX_LARGE_FETCH);
         return handle != INVALID_HANDLE_VALUE;
@@ -305,11 +329,14 @@ bool remove(const path &entry, std::error_code &error)
         (void)noStatus(error);
         return false;
     }
-    if ((attributes & FILE_ATTRIBUTE_READONLY) != 0)
+    const bool readOnly = (attributes & FILE_ATTRIBUTE_READONLY) != 0;
+    if (readOnly)
         SetFileAttributesW(entry.c_str(),
                            attributes & ~static_cast<DWORD>(FILE_ATTRIBUTE_READONLY));
     const bool folder = (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
     note((folder ? RemoveDirectoryW(entry.c_str()) : DeleteFileW(entry.c_str())) != FALSE, error);
+    if (error && readOnly)
+        SetFileAttributesW(entry.c_str(), attributes);
     return !error;
 }
 

@@ -20,7 +20,8 @@ using CopyTick = std::function<bool(qint64 bytes)>;
                                     const std::filesystem::path &to, bool durable,
                                     const CopyTick &tick, std::error_code &why);
 
-/// Gives an entry the times of another one, and a folder its permissions too; links are not
+/// Gives an entry the times of another one, and a folder its permissions (on Windows
+/// its attributes) too; links are not
 /// followed. What the system refuses here is left.
 void keepLook(const std::filesystem::path &from, const std::filesystem::path &to);
 

@@ -77,6 +77,13 @@ void keepLook(const std::filesystem::path &from, const std::filesystem::path &to
         CloseHandle(source);
     if (target != INVALID_HANDLE_VALUE)
         CloseHandle(target);
+    // A file's came with its content.
+    const DWORD attributes = GetFileAttributesW(from.c_str());
+    if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0 &&
+        (attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0)
+        SetFileAttributesW(to.c_str(),
+                           attributes & (FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN |
+                                         FILE_ATTRIBUTE_SYSTEM | FILE_ATTRIBUTE_ARCHIVE));
 }
 
 bool renameEntry(const std::filesystem::path &from, const std::filesystem::path &to, bool replace,

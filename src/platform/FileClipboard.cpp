@@ -114,7 +114,7 @@ FileClip readFileClipData(const QMimeData &data)
 
 QByteArray dropFilesBlock(const QStringList &paths, bool &wide)
 {
-    const auto narrow = narrowList(paths);
+    const auto narrow = wide ? std::nullopt : narrowList(paths);
     wide = !narrow.has_value();
     QByteArray header(headerSize, '\0');
     qToLittleEndian<quint32>(headerSize, header.data());

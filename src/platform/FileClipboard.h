@@ -38,7 +38,8 @@ void putFilesOnClipboard(const QStringList &paths, quint32 effect);
 
 /// A CF_HDROP block: the header of 20 bytes (offset of the list, point 0,0, not client area, wide
 /// or not), the paths ended by NUL each, and a second NUL. The paths are in the single-byte code
-/// page (CP932) unless one of them does not survive it; then all of them are UTF-16.
+/// page (CP932) unless one of them does not survive it; then all of them are UTF-16, as they are
+/// when wide asks for it. Tells in wide what they are.
 [[nodiscard]] QByteArray dropFilesBlock(const QStringList &paths, bool &wide);
 
 } // namespace venlo

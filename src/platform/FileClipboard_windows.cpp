@@ -1,5 +1,6 @@
 #include "platform/FileClipboard.h"
 
+#include <algorithm>
 #include <cstring>
 #include <string>
 
@@ -73,6 +74,16 @@ void put(UINT format, const QByteArray &bytes)
         GlobalFree(memory);
 }
 
+/// Readers take single bytes for text of the machine's code page.
+bool machineReads932(const QStringList &paths)
+{
+    constexpr UINT japanese = 932;
+    return GetACP() == japanese || std::all_of(paths.begin(), paths.end(), [](const QString &path) {
+               return std::all_of(path.begin(), path.end(),
+                                  [](QChar c) { return c.unicode() < 0x80; });
+           });
+}
+
 QStringList droppedPaths(HDROP drop)
 {
     QStringList paths;
@@ -108,7 +119,7 @@ void putFilesOnClipboard(const QStringList &paths, quint32 effect)
     QStringList native;
     for (const QString &path : paths)
         native << QDir::toNativeSeparators(path);
-    bool wide = false;
+    bool wide = !machineReads932(native);
     put(CF_HDROP, dropFilesBlock(native, wide));
     put(dropEffectFormat(), QByteArray(reinterpret_cast<const char *>(&effect), sizeof effect));
 }

@@ -4,11 +4,11 @@
 
 #include <shellapi.h>
 
-#include <QDir>
 #include <QFileInfo>
 #include <QImage>
 #include <QPixmap>
 
+#include "platform/FilesystemPath.h"
 #include "platform/LongPath_windows.h"
 
 namespace venlo
@@ -22,7 +22,7 @@ constexpr UINT smallIcon = SHGFI_ICON | SHGFI_SMALLICON; // 257
 /// the name alone.
 bool askShell(const QString &path, UINT flags, SHFILEINFOW &answer)
 {
-    const std::wstring native = QDir::toNativeSeparators(path).toStdWString();
+    const std::wstring native = shownPath(filesystemPath(path)).toStdWString();
     if (SHGetFileInfoW(native.c_str(), 0, &answer, sizeof answer, flags) != 0)
         return true;
     const QFileInfo info(path);

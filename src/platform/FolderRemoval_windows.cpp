@@ -6,6 +6,7 @@
 
 #include <QDir>
 
+#include "platform/Disk.h"
 #include "platform/Files.h"
 #include "platform/LongPath_windows.h"
 
@@ -19,10 +20,13 @@ bool isFolder(DWORD attributes)
     return (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
 }
 
-/// Junctions and symbolic links: the entry goes, what it points at stays.
-bool isLink(DWORD attributes)
+/// Junctions and symbolic links: the entry goes, what it points at stays. A folder that a storage
+/// service keeps elsewhere too is none.
+bool isLink(const WIN32_FIND_DATAW &entry)
 {
-    return (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+    return (entry.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 &&
+           (entry.dwReserved0 == IO_REPARSE_TAG_SYMLINK ||
+            entry.dwReserved0 == IO_REPARSE_TAG_MOUNT_POINT);
 }
 
 bool deleteEntry(const std::wstring &path, DWORD attributes)
@@ -58,7 +62,7 @@ bool deleteFiles(const std::wstring &folder, std::vector<Level> &work,
             return false;
         }
         const std::wstring path = folder + L"\\" + name;
-        if (isFolder(entry.dwFileAttributes) && !isLink(entry.dwFileAttributes))
+        if (isFolder(entry.dwFileAttributes) && !isLink(entry))
             work.push_back({path, entry.dwFileAttributes, false});
         else
             ok = deleteEntry(path, entry.dwFileAttributes);
@@ -74,7 +78,8 @@ bool removeAll(const std::wstring &path, const std::function<bool()> &goOn)
     const DWORD attributes = GetFileAttributesW(path.c_str());
     if (attributes == INVALID_FILE_ATTRIBUTES)
         return false;
-    if (isLink(attributes))
+    std::error_code error;
+    if (disk::symlink_status(path, error).type() == std::filesystem::file_type::symlink)
         return deleteEntry(path, attributes);
     std::vector<Level> work = {{path, attributes, false}};
     while (!work.empty()) {

@@ -9,9 +9,11 @@ namespace venlo
 {
 
 /// Native form with the prefix that lifts the length limit of 260 characters. A bare drive ("C:")
-/// is its top folder, not the one that happens to be current on it.
+/// is its top folder, not the one that happens to be current on it; no path stays none.
 inline std::wstring longPath(const QString &path)
 {
+    if (path.isEmpty())
+        return {};
     const QString prefix = QStringLiteral("\\\\?\\");
     if (path.startsWith(prefix))
         return path.toStdWString();

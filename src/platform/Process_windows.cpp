@@ -1,6 +1,8 @@
 #include "platform/Process.h"
 
+#include <algorithm>
 #include <array>
+#include <iterator>
 
 #include <windows.h>
 
@@ -19,13 +21,16 @@ QString executablePath()
     return QString::fromWCharArray(path.data(), static_cast<qsizetype>(length));
 }
 
+bool isBlank(QChar c)
+{
+    return c == QLatin1Char(' ') || c == QLatin1Char('\t');
+}
+
 /// Where the arguments begin: behind the program's name, which may stand in quotation marks.
 qsizetype endOfProgramName(const QString &line)
 {
-    if (!line.startsWith(QLatin1Char('"'))) {
-        const qsizetype blank = line.indexOf(QLatin1Char(' '));
-        return blank < 0 ? line.size() : blank;
-    }
+    if (!line.startsWith(QLatin1Char('"')))
+        return std::distance(line.begin(), std::find_if(line.begin(), line.end(), isBlank));
     const qsizetype closing = line.indexOf(QLatin1Char('"'), 1);
     return closing < 0 ? line.size() : closing + 1;
 }
@@ -44,7 +49,7 @@ QString rawCommandLine(int /*argc*/, char ** /*argv*/)
 {
     const QString line = QString::fromWCharArray(GetCommandLineW());
     qsizetype start = endOfProgramName(line);
-    while (start < line.size() && line[start] == QLatin1Char(' '))
+    while (start < line.size() && isBlank(line[start]))
         ++start;
     return withoutShellQuotes(line.mid(start));
 }

@@ -10,7 +10,6 @@
 #include <shellapi.h>
 
 #include <QDir>
-#include <QFileInfo>
 
 #include "platform/Disk.h"
 #include "platform/FilesystemPath.h"
@@ -42,21 +41,38 @@ bool tooLong(qsizetype length, bool folder)
     return length >= (folder ? folderLimit : fileLimit);
 }
 
-/// longer: by how much a path grows where it goes. Ends with the first path that is too long.
-bool holdsTooLong(const QString &folder, qsizetype longer)
+/// The shell would take "a." and "a " for "a".
+bool hasOtherName(const QString &name)
 {
-    std::vector<std::filesystem::path> waiting = {filesystemPath(folder)};
+    return name.endsWith(QLatin1Char('.')) || name.endsWith(QLatin1Char(' '));
+}
+
+bool isFolder(const disk::directory_entry &entry)
+{
+    std::error_code error;
+    return entry.symlink_status(error).type() == std::filesystem::file_type::directory;
+}
+
+bool isBeyond(const disk::directory_entry &entry, qsizetype longer)
+{
+    const QString path = shownPath(entry.path());
+    return tooLong(path.size() + longer, isFolder(entry)) || hasOtherName(path);
+}
+
+/// longer: by how much a path grows where it goes. Ends with the first entry that is beyond the
+/// shell.
+bool holdsBeyond(const std::filesystem::path &folder, qsizetype longer)
+{
+    std::vector<std::filesystem::path> waiting = {folder};
     while (!waiting.empty()) {
         const std::filesystem::path here = std::move(waiting.back());
         waiting.pop_back();
         std::error_code error;
         for (disk::directory_iterator item(here, error);
              !error && item != disk::directory_iterator(); item.increment(error)) {
-            const bool isFolder =
-                item->symlink_status(error).type() == std::filesystem::file_type::directory;
-            if (tooLong(shownPath(item->path()).size() + longer, isFolder))
+            if (isBeyond(*item, longer))
                 return true;
-            if (isFolder)
+            if (isFolder(*item))
                 waiting.push_back(item->path());
         }
     }
@@ -65,11 +81,13 @@ bool holdsTooLong(const QString &folder, qsizetype longer)
 
 bool beyondShell(const QString &path, const QString &to)
 {
-    const QFileInfo info(path);
-    const bool folder = info.isDir() && !info.isSymbolicLink() && !info.isJunction();
-    const qsizetype arrives = to.isEmpty() ? 0 : to.size() + 1 + info.fileName().size();
-    const qsizetype longest = std::max(path.size(), arrives);
-    return tooLong(longest, folder) || (folder && holdsTooLong(path, longest - path.size()));
+    std::error_code error;
+    const disk::directory_entry entry(filesystemPath(path), error);
+    const qsizetype name =
+        path.size() - QDir::fromNativeSeparators(path).lastIndexOf(QLatin1Char('/'));
+    const qsizetype longer =
+        to.isEmpty() ? 0 : std::max<qsizetype>(0, to.size() + name - path.size());
+    return isBeyond(entry, longer) || (isFolder(entry) && holdsBeyond(entry.path(), longer));
 }
 
 ShellFileReport runInShell(const ShellFileOrder &order)
@@ -83,7 +101,9 @@ ShellFileReport runInShell(const ShellFileOrder &order)
     operation.pTo = order.to.isEmpty() ? nullptr : to.c_str();
     operation.fFlags = shellFileFlags(order.verb, order.silent, order.noConfirm);
     const int result = SHFileOperationW(&operation);
-    const bool cancelled = operation.fAnyOperationsAborted != FALSE;
+    constexpr int cancelledByPerson = 0x75; // DE_OPCANCELLED, which no header has
+    const bool cancelled = operation.fAnyOperationsAborted != FALSE ||
+                           result == cancelledByPerson || result == ERROR_CANCELLED;
     return {result == 0 && !cancelled, cancelled, result != 0 && !cancelled ? 1 : 0};
 }
 } // namespace

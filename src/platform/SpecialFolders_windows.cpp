@@ -29,15 +29,25 @@ const KNOWNFOLDERID &idOf(SpecialFolder folder)
     }
     return FOLDERID_Documents;
 }
+
+QString pathOf(SpecialFolder folder, KNOWN_FOLDER_FLAG how)
+{
+    wchar_t *found = nullptr;
+    QString path;
+    if (SUCCEEDED(SHGetKnownFolderPath(idOf(folder), how, nullptr, &found)))
+        path = QString::fromWCharArray(found);
+    CoTaskMemFree(found);
+    return path;
+}
 } // namespace
 
 QString FsGtSpFld(SpecialFolder folder)
 {
-    wchar_t *found = nullptr;
-    QString path;
-    if (SUCCEEDED(SHGetKnownFolderPath(idOf(folder), KF_FLAG_DEFAULT, nullptr, &found)))
-        path = QString::fromWCharArray(found);
-    CoTaskMemFree(found);
+    // Made where a new profile has none yet; where that fails (a share that is not connected) its
+    // place is known all the same.
+    QString path = pathOf(folder, KF_FLAG_CREATE);
+    if (path.isEmpty())
+        path = pathOf(folder, KF_FLAG_DONT_VERIFY);
     while (path.endsWith(QLatin1Char('\\')))
         path.chop(1);
     return QDir::toNativeSeparators(path);

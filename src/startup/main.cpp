@@ -1,4 +1,3 @@
-#include <clocale>
 #include <cstdio>
 
 #include <QCoreApplication>
@@ -21,7 +20,14 @@ using namespace venlo;
 
 int runWithoutWindows(const CommandLine &commandLine, Flags &flags, int &argc, char **argv)
 {
+    // Without windows nothing needs GLib's event loop, which wakes itself up several times a file.
+    const char *const setting = "QT_NO_GLIB";
+    const bool asSet = qEnvironmentVariableIsSet(setting);
+    if (!asSet)
+        qputenv(setting, "1");
     const QCoreApplication application(argc, argv);
+    if (!asSet)
+        qunsetenv(setting); // programs that are started from here
     ConsolePrinter printer(stdout, stderr, consoleText);
     ConsoleFrontEnd frontEnd(printer, flags);
     Program program({frontEnd}, flags);
@@ -33,7 +39,7 @@ int runWithoutWindows(const CommandLine &commandLine, Flags &flags, int &argc, c
 int main(int argc, char **argv)
 {
     keepMemoryOutOfCrashDumps();
-    std::setlocale(LC_CTYPE, "");
+    useSystemEncoding();
     const CommandLine commandLine = CommandLine::parse(rawCommandLine(argc, argv));
     Flags flags;
     flags.batch = commandLine.batch;

@@ -24,6 +24,7 @@ private Q_SLOTS:
     void throughTheClipboard();
     void dropFilesInTheCodePage();
     void dropFilesWide();
+    void dropFilesWideWhereAskedFor();
 };
 
 void tst_FileClipboard::writtenAndRead_data()
@@ -117,7 +118,7 @@ void tst_FileClipboard::throughTheClipboard()
 
 void tst_FileClipboard::dropFilesInTheCodePage()
 {
-    bool wide = true;
+    bool wide = false;
     const QByteArray block =
         dropFilesBlock({QStringLiteral("C:\\表.txt"), QStringLiteral("C:\\ｱ")}, wide);
     QVERIFY(!wide);
@@ -125,6 +126,14 @@ void tst_FileClipboard::dropFilesInTheCodePage()
     header[0] = 20;
     QCOMPARE(block.left(20), header);
     QCOMPARE(block.mid(20), QByteArray("C:\\\x95\x5c.txt\0C:\\\xb1\0\0", 16));
+}
+
+void tst_FileClipboard::dropFilesWideWhereAskedFor()
+{
+    bool wide = true;
+    const QByteArray block = dropFilesBlock({QStringLiteral("C:\\a")}, wide);
+    QVERIFY(wide);
+    QCOMPARE(block.size(), qsizetype{20 + 2 * (4 + 1 + 1)});
 }
 
 void tst_FileClipboard::dropFilesWide()

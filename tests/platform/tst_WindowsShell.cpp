@@ -1,6 +1,7 @@
+#include <cstring>
+
 #include <windows.h>
 
-#include <QDateTime>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -9,8 +10,6 @@
 
 #include "platform/FileClipboard.h"
 #include "platform/FileLook.h"
-#include "platform/Files.h"
-#include "platform/FilesystemPath.h"
 #include "platform/ScriptedShellPerson.h"
 #include "platform/ShellFileOperation.h"
 #include "platform/ShellOpen.h"
@@ -34,17 +33,7 @@ QByteArray contentOf(const QString &path)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-std::wstring native(const QString &path)
-{
-    return filesystemPath(path).native();
-}
-
-DWORD attributesOf(const QString &path)
-{
-    return GetFileAttributesW(native(path).c_str());
-}
-
-/// What only this system has: its shell, its registry, its attributes.
+/// What only this system has: its shell and its registry.
 class tst_WindowsShell : public QObject
 {
     Q_OBJECT
@@ -55,13 +44,12 @@ private Q_SLOTS:
     void shellMoves();
     void shellDeletes();
     void aDeepTreeGoesPastTheShell();
-    void readOnlyAndHiddenFilesOfATreeGo();
-    void attributes();
-    void aReplacedFileStaysHidden();
-    void aReadOnlyFileGetsItsTime();
     void clipboard_data();
     void clipboard();
+    void clipboardOfAnotherProgram();
     void shortcut();
+    void shortcutToAnAddress();
+    void driveIcon();
     void settingsInTheRegistry();
     void specialFolders();
 
@@ -146,51 +134,6 @@ void tst_WindowsShell::aDeepTreeGoesPastTheShell()
     QVERIFY(!QFile::exists(at(QStringLiteral("deep"))));
 }
 
-void tst_WindowsShell::readOnlyAndHiddenFilesOfATreeGo()
-{
-    const QString deep = deepFolder();
-    QVERIFY(writeFile(deep + QStringLiteral("/a.txt"), "5"));
-    QVERIFY(SetFileAttributesW(native(deep + QStringLiteral("/a.txt")).c_str(),
-                               FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN) != FALSE);
-    QString why;
-    QVERIFY2(removeFolderTree(at(QStringLiteral("deep")), why), qPrintable(why));
-    QVERIFY(!QFile::exists(at(QStringLiteral("deep"))));
-}
-
-void tst_WindowsShell::attributes()
-{
-    const QString path = at(QStringLiteral("a.txt"));
-    QVERIFY(writeFile(path, "6"));
-    QVERIFY(SetFileAttributesW(native(path).c_str(),
-                               FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_SYSTEM |
-                                   FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_ARCHIVE) != FALSE);
-    QCOMPARE(attributeLetters(QFileInfo(path)), QStringLiteral("RSHA"));
-    QVERIFY(SetFileAttributesW(native(path).c_str(), FILE_ATTRIBUTE_NORMAL) != FALSE);
-    QCOMPARE(attributeLetters(QFileInfo(path)), QString());
-}
-
-void tst_WindowsShell::aReplacedFileStaysHidden()
-{
-    QVERIFY(writeFile(at(QStringLiteral("new")), "new"));
-    QVERIFY(writeFile(at(QStringLiteral("old")), "old"));
-    QVERIFY(SetFileAttributesW(native(at(QStringLiteral("old"))).c_str(), FILE_ATTRIBUTE_HIDDEN) !=
-            FALSE);
-    QVERIFY(replaceFile(at(QStringLiteral("new")), at(QStringLiteral("old"))));
-    QCOMPARE(contentOf(at(QStringLiteral("old"))), QByteArray("new"));
-    QVERIFY((attributesOf(at(QStringLiteral("old"))) & FILE_ATTRIBUTE_HIDDEN) != 0);
-}
-
-void tst_WindowsShell::aReadOnlyFileGetsItsTime()
-{
-    const QString path = at(QStringLiteral("a.txt"));
-    QVERIFY(writeFile(path, "7"));
-    QVERIFY(SetFileAttributesW(native(path).c_str(), FILE_ATTRIBUTE_READONLY) != FALSE);
-    const QDateTime time(QDate(2001, 2, 3), QTime(4, 5, 6));
-    QVERIFY(setModifiedTime(path, time));
-    QCOMPARE(QFileInfo(path).lastModified(), time);
-    QVERIFY(SetFileAttributesW(native(path).c_str(), FILE_ATTRIBUTE_NORMAL) != FALSE);
-}
-
 void tst_WindowsShell::clipboard_data()
 {
     QTest::addColumn<QStringList>("paths");
@@ -213,6 +156,23 @@ void tst_WindowsShell::clipboard()
     QCOMPARE(clip.effect, effect);
 }
 
+/// Without "Preferred DropEffect", and wide.
+void tst_WindowsShell::clipboardOfAnotherProgram()
+{
+    const QStringList paths{QStringLiteral("C:\\한글.txt"), QStringLiteral("D:\\b")};
+    bool wide = true;
+    const QByteArray block = dropFilesBlock(paths, wide);
+    const HGLOBAL memory = GlobalAlloc(GMEM_MOVEABLE, static_cast<SIZE_T>(block.size()));
+    std::memcpy(GlobalLock(memory), block.constData(), static_cast<size_t>(block.size()));
+    GlobalUnlock(memory);
+    QVERIFY(OpenClipboard(nullptr) != FALSE && EmptyClipboard() != FALSE);
+    const bool put = SetClipboardData(CF_HDROP, memory) != nullptr;
+    CloseClipboard();
+    QVERIFY(put);
+    QCOMPARE(filesOnClipboard().paths, paths);
+    QCOMPARE(filesOnClipboard().effect, dropEffectNone);
+}
+
 void tst_WindowsShell::shortcut()
 {
     QVERIFY(writeFile(at(QStringLiteral("target.txt")), "8"));
@@ -221,6 +181,23 @@ void tst_WindowsShell::shortcut()
     QCOMPARE(written, QDir::toNativeSeparators(at(QStringLiteral("公開.lnk"))));
     QCOMPARE(QFileInfo(QFileInfo(written).symLinkTarget()).fileName(),
              QStringLiteral("target.txt"));
+}
+
+void tst_WindowsShell::shortcutToAnAddress()
+{
+    const QString written = writeShortcut(at(QStringLiteral("help.lnk")),
+                                          QStringLiteral("https://help.invalid/ftp/main.htm"));
+    QVERIFY(!written.isEmpty());
+    QVERIFY(contentOf(written).contains("help.invalid") ||
+            contentOf(written).contains(QByteArray("h\0e\0l\0p\0.\0i\0n\0v\0a", 17)));
+}
+
+/// A bare drive is its top, not the folder that happens to be current on it.
+void tst_WindowsShell::driveIcon()
+{
+    const FileIcon drive = fileIcon(QStringLiteral("C:"));
+    QCOMPARE(drive.number, fileIcon(QStringLiteral("C:\\")).number);
+    QVERIFY(!drive.icon.isNull());
 }
 
 void tst_WindowsShell::settingsInTheRegistry()
