@@ -192,8 +192,14 @@ void tst_TlsTunnels::cutAnywhere_data()
     QTest::addColumn<int>("tunnel");
     QTest::addColumn<int>("bytes");
     const std::array names{"closed", "reset", "silent"};
+    // Most of a place's time is waiting for a line that fell silent: each place in one of the three
+    // ways, in all of them where that is asked for.
+    const int step = qEnvironmentVariableIsSet("VENLO_ALL_FAULTS") ? 1 : 3;
+    int place = 0;
     for (const Kind kind : {Kind::Close, Kind::Reset, Kind::Stall}) {
         const auto row = [&](const char *what, int tunnel, int bytes) {
+            if (place++ % step != 0)
+                return;
             QTest::addRow("%s %s after %d", what, names.at(static_cast<size_t>(kind)), bytes)
                 << kind << tunnel << bytes;
         };
