@@ -1,54 +1,23 @@
 // The cache of remote listings: what becomes a row, when the server is asked, what is not trusted.
 #include "db/Store.h"
-#include "ftp/EngineFixture.h"
+#include "ftp/CacheFixture.h"
 #include "ftp/ListingTime.h"
 #include "ftp/protocol/Listing.h"
 #include "support/FtpDaemon.h"
-#include "support/ScriptedServer.h"
 
 #include <QTest>
 
 using namespace venlo;
+using venlo::test::CacheFixture;
 using venlo::test::EngineFixture;
 using venlo::test::FtpDaemon;
 using venlo::test::ListDialect;
 using venlo::test::ScriptedServer;
+using venlo::test::slash;
+using venlo::test::web;
 
 namespace
 {
-
-QString slash()
-{
-    return QStringLiteral("/");
-}
-
-/// A connected cache over a scripted server.
-struct Connected : EngineFixture {
-    [[nodiscard]] bool start(const QString &name = QStringLiteral("web"))
-    {
-        if (!server.start())
-            return false;
-        registerSite(name, server.server(), server.user(), server.password());
-        return connectTo(name, server.server(), server.user(), server.password());
-    }
-    [[nodiscard]] bool load(const QString &dir,
-                            DirectoryCache::LoadMode mode = DirectoryCache::IfAbsent)
-    {
-        bool ok = false;
-        cache.caLoadDir(dir, mode, names, ok);
-        return ok;
-    }
-    [[nodiscard]] QStringList incomplete(const QString &dir)
-    {
-        QStringList dirs;
-        for (const auto &mark : cache.incompleteUnder(dir))
-            dirs.append(mark.dir);
-        return dirs;
-    }
-
-    ScriptedServer server;
-    QString names;
-};
 
 QDateTime utc(const char *text)
 {
@@ -76,7 +45,7 @@ private Q_SLOTS:
     void times_data();
     void times();
     void queriesOnRows();
-    void notConnected();
+    void notCacheFixture();
     void brokenListing_data();
     void brokenListing();
     void refusedDirectory();
@@ -130,7 +99,7 @@ void tst_DirectoryCache::normalises()
 {
     QFETCH(QString, given);
     QFETCH(QString, normal);
-    Connected f;
+    CacheFixture f;
     QVERIFY(f.start());
     given.replace(QLatin1String("SERVER"), f.server.server());
     f.cache.sjNormDir(given);
@@ -139,7 +108,7 @@ void tst_DirectoryCache::normalises()
 
 void tst_DirectoryCache::tableNames()
 {
-    Connected f;
+    CacheFixture f;
     QVERIFY(f.start(QStringLiteral("My.Site-1")));
     QCOMPARE(f.session.currentSite(), QStringLiteral("My_Site_1"));
     f.session.CloseInternet();
@@ -150,13 +119,13 @@ void tst_DirectoryCache::tableNames()
 
 void tst_DirectoryCache::rows()
 {
-    Connected f;
+    CacheFixture f;
     f.server.put("/index.html", QByteArray(1000, 'x'), utc("2026-03-04T05:06:07"));
     f.server.makeFolder("/pub");
     f.server.tree().makeLink("/link", "index.html");
     QVERIFY(f.start());
     QVERIFY(f.load(slash()));
-    const QStringList rows = f.cacheRows(QStringLiteral("web"));
+    const QStringList rows = f.cacheRows(web());
     QCOMPARE(rows.size(), 3);
     // 05:06:07 UTC is 14:06:07 in Japan; the size is one more than the true one.
     QCOMPARE(rows.at(0), QStringLiteral("/|0|index.html|26/03/04 14:06:07|1001"));
@@ -167,12 +136,12 @@ void tst_DirectoryCache::rows()
 
 void tst_DirectoryCache::rootChildrenHaveOneSlash()
 {
-    Connected f;
+    CacheFixture f;
     f.server.put("/pub/deep/a.txt", "hello");
     QVERIFY(f.start());
     f.cache.caRefresh(slash());
     QStringList places;
-    for (const QString &row : f.cacheRows(QStringLiteral("web")))
+    for (const QString &row : f.cacheRows(web()))
         places.append(row.section(QLatin1Char('|'), 0, 2));
     QCOMPARE(places, QStringList({QStringLiteral("/|1|pub"), QStringLiteral("/pub|1|deep"),
                                   QStringLiteral("/pub/deep|0|a.txt")}));
@@ -186,17 +155,17 @@ void tst_DirectoryCache::rootChildrenHaveOneSlash()
 
 void tst_DirectoryCache::emptyDirectoryIsListedAgain()
 {
-    Connected f;
+    CacheFixture f;
     QVERIFY(f.start());
     QVERIFY(f.load(slash()));
     QVERIFY(f.load(slash()));
     QCOMPARE(f.server.count("MLSD"), 2);
-    QVERIFY(f.cacheRows(QStringLiteral("web")).isEmpty());
+    QVERIFY(f.cacheRows(web()).isEmpty());
 }
 
 void tst_DirectoryCache::listedOnlyWhenAbsent()
 {
-    Connected f;
+    CacheFixture f;
     f.server.put("/a.txt", "hello");
     QVERIFY(f.start());
     QVERIFY(f.load(slash()));
@@ -251,7 +220,7 @@ void tst_DirectoryCache::times()
 
 void tst_DirectoryCache::queriesOnRows()
 {
-    Connected f;
+    CacheFixture f;
     f.server.put("/pub/b.txt", "12345", utc("2026-03-04T05:06:07"));
     f.server.put("/pub/A.txt", "1", utc("2026-03-04T05:06:07"));
     f.server.makeFolder("/pub/sub");
@@ -281,7 +250,7 @@ void tst_DirectoryCache::queriesOnRows()
     QCOMPARE(date, QString());
 }
 
-void tst_DirectoryCache::notConnected()
+void tst_DirectoryCache::notCacheFixture()
 {
     EngineFixture f;
     bool ok = true;
@@ -327,7 +296,7 @@ void tst_DirectoryCache::brokenListing()
     QFETCH(bool, result);
     QFETCH(int, rows);
     QFETCH(QString, line);
-    Connected f;
+    CacheFixture f;
     f.server.options().mlsd = false;
     f.server.put("/aaaaaaaa.txt", "hello");
     f.server.put("/bbbbbbbb.txt", "hello");
@@ -365,7 +334,7 @@ void tst_DirectoryCache::brokenListing()
         rule.data(entry + "what is this\r\n");
     QVERIFY(f.start());
     QCOMPARE(f.load(slash()), result);
-    QCOMPARE(f.cacheRows(QStringLiteral("web")).size(), rows);
+    QCOMPARE(f.cacheRows(web()).size(), rows);
     QCOMPARE(f.errorLines(), QStringList(line));
     QCOMPARE(f.incomplete(slash()), QStringList(slash()));
     QVERIFY(f.session.state() == Session::Connected || f.session.state() == Session::Open);
@@ -374,12 +343,12 @@ void tst_DirectoryCache::brokenListing()
     f.server.script().clear();
     QVERIFY(f.load(slash(), DirectoryCache::Replace));
     QCOMPARE(f.incomplete(slash()), QStringList());
-    QCOMPARE(f.cacheRows(QStringLiteral("web")).size(), 2);
+    QCOMPARE(f.cacheRows(web()).size(), 2);
 }
 
 void tst_DirectoryCache::refusedDirectory()
 {
-    Connected f;
+    CacheFixture f;
     QVERIFY(f.start());
     QVERIFY(!f.load(QStringLiteral("/missing")));
     QCOMPARE(f.errorLines(), QStringList(QStringLiteral("sjCrntDir Err: /missing")));
@@ -411,7 +380,7 @@ void tst_DirectoryCache::misfits()
 {
     QFETCH(QByteArray, line);
     QFETCH(QString, name);
-    Connected f;
+    CacheFixture f;
     f.server.options().mlsd = false;
     f.server.setRawListing("/", "-rw-r--r-- 1 f f 5 Mar  4  2024 a.txt\r\n" + line +
                                     "-rw-r--r-- 1 f f 5 Mar  4  2024 z.txt\r\n");
@@ -423,30 +392,30 @@ void tst_DirectoryCache::misfits()
         named = error.words().contains(name);
     }
     QVERIFY(named);
-    QCOMPARE(f.cacheRows(QStringLiteral("web")).size(), 2);
+    QCOMPARE(f.cacheRows(web()).size(), 2);
     QCOMPARE(f.incomplete(slash()), QStringList(slash()));
     f.cache.caRefresh(slash()); // names it in the mark instead of ending half way
-    QCOMPARE(f.cacheRows(QStringLiteral("web")).size(), 2);
+    QCOMPARE(f.cacheRows(web()).size(), 2);
     QVERIFY(f.cache.incompleteUnder(slash()).front().why.contains(name));
 }
 
 void tst_DirectoryCache::refreshDropsSiblingsByPrefix()
 {
-    Connected f;
+    CacheFixture f;
     f.server.put("/pub/a.txt", "hello");
     f.server.put("/public/b.txt", "hello");
     QVERIFY(f.start());
     f.cache.caRefresh(slash());
-    QCOMPARE(f.cacheRows(QStringLiteral("web")).size(), 4);
+    QCOMPARE(f.cacheRows(web()).size(), 4);
     f.cache.caRefresh(QStringLiteral("/pub"));
-    QCOMPARE(f.cacheRows(QStringLiteral("web")).size(), 3);
+    QCOMPARE(f.cacheRows(web()).size(), 3);
     QCOMPARE(f.cache.caFileNames(QStringLiteral("/public")), QStringLiteral("b.txt"));
-    QCOMPARE(f.cacheRows(QStringLiteral("web")).size(), 4);
+    QCOMPARE(f.cacheRows(web()).size(), 4);
 }
 
 void tst_DirectoryCache::refreshListsDepthFirst()
 {
-    Connected f;
+    CacheFixture f;
     f.flags.unattendedTransfer = true;
     f.server.makeFolder("/a/a1");
     f.server.makeFolder("/b");
@@ -463,7 +432,7 @@ void tst_DirectoryCache::refreshListsDepthFirst()
 
 void tst_DirectoryCache::refreshGoesOnAfterALoss()
 {
-    Connected f;
+    CacheFixture f;
     for (const char *path : {"/a/1.txt", "/b/2.txt", "/c/3.txt"})
         f.server.put(path, "hello");
     f.server.on("MLSD").nth(3).dropBeforeReply();
@@ -476,7 +445,7 @@ void tst_DirectoryCache::refreshGoesOnAfterALoss()
 
 void tst_DirectoryCache::refreshCancelled()
 {
-    Connected f;
+    CacheFixture f;
     for (const char *path : {"/a/1.txt", "/b/2.txt", "/c/3.txt"})
         f.server.put(path, "hello");
     QVERIFY(f.start());
@@ -489,7 +458,7 @@ void tst_DirectoryCache::refreshCancelled()
 
 void tst_DirectoryCache::refreshThatDiesLeavesItsMark()
 {
-    Connected f;
+    CacheFixture f;
     for (const char *path : {"/a/1.txt", "/b/2.txt"})
         f.server.put(path, "hello");
     QVERIFY(f.start());
@@ -503,7 +472,7 @@ void tst_DirectoryCache::refreshThatDiesLeavesItsMark()
     IncompleteMarks marks(other);
     QStringList seen;
     f.person.onYield([&] {
-        const auto found = marks.under(QStringLiteral("web"), slash());
+        const auto found = marks.under(web(), slash());
         seen.append(found.empty() ? QStringLiteral("none") : found.front().dir);
         seen.append(QString::number(f.database.store().depth()));
     });
@@ -517,7 +486,7 @@ void tst_DirectoryCache::refreshThatDiesLeavesItsMark()
 
 void tst_DirectoryCache::pathWithServerTextIsRefused()
 {
-    Connected f;
+    CacheFixture f;
     QVERIFY(f.start());
     const QString path = QStringLiteral("/backup/") + f.server.server() + QStringLiteral("/x");
     QVERIFY(f.cache.refusesPath(path));
@@ -533,7 +502,7 @@ void tst_DirectoryCache::pathWithServerTextIsRefused()
 
 void tst_DirectoryCache::addedRowTakesNewValues()
 {
-    Connected f;
+    CacheFixture f;
     f.server.put("/a.txt", "hello", utc("2026-03-04T05:06:07"));
     QVERIFY(f.start());
     QVERIFY(f.load(slash()));
@@ -546,18 +515,17 @@ void tst_DirectoryCache::addedRowTakesNewValues()
                              QFileDevice::FileModificationTime));
     file.close();
     f.cache.caAddFile(local, slash(), QStringLiteral("a.txt"));
-    QCOMPARE(f.cacheRows(QStringLiteral("web")),
-             QStringList(QStringLiteral("/|0|a.txt|26/05/06 07:08:09|11")));
+    QCOMPARE(f.cacheRows(web()), QStringList(QStringLiteral("/|0|a.txt|26/05/06 07:08:09|11")));
     f.cache.caAddFile(local, slash(), QStringLiteral("it's new?.txt"));
     f.cache.caAddFold(f.folder.path(), slash(), QStringLiteral("sub"));
-    const QStringList rows = f.cacheRows(QStringLiteral("web"));
+    const QStringList rows = f.cacheRows(web());
     QCOMPARE(rows.value(1), QStringLiteral("/|0|it's new?.txt|26/05/06 07:08:09|11"));
     QVERIFY2(rows.value(2).startsWith(QLatin1String("/|1|sub|")), qPrintable(rows.value(2)));
 }
 
 void tst_DirectoryCache::rawBytesAddressTheEntry()
 {
-    Connected f;
+    CacheFixture f;
     f.server.options().utf8 = false;
     const QByteArray sjis = "\x93\xfa\x96\x7b"; // 日本
     f.server.put("/" + sjis + "/" + sjis + ".txt", "hello");
@@ -574,7 +542,7 @@ void tst_DirectoryCache::rawBytesAddressTheEntry()
 
 void tst_DirectoryCache::neverListedPathIsLookedUp()
 {
-    Connected f;
+    CacheFixture f;
     f.server.options().utf8 = false;
     const QByteArray sjis = "\x93\xfa\x96\x7b"; // 日本
     f.server.put("/" + sjis + "/" + sjis + "/a.txt", "hello");
@@ -587,12 +555,12 @@ void tst_DirectoryCache::neverListedPathIsLookedUp()
     QCOMPARE(f.errorLines(), QStringList());
     QCOMPARE(f.server.logins(), 1);
     // What was only looked up is not in the cache.
-    QCOMPARE(f.cacheRows(QStringLiteral("web")).size(), 1);
+    QCOMPARE(f.cacheRows(web()).size(), 1);
 }
 
 void tst_DirectoryCache::pathsBelongToTheirSite()
 {
-    Connected f;
+    CacheFixture f;
     f.server.options().utf8 = false;
     const QByteArray sjis = "\x93\xfa\x96\x7b"; // 日本
     f.server.put("/" + sjis + "/a.txt", "hello");
@@ -615,7 +583,7 @@ void tst_DirectoryCache::pathsBelongToTheirSite()
 
 void tst_DirectoryCache::quotesWork()
 {
-    Connected f;
+    CacheFixture f;
     f.server.put("/it's/o'clock.txt", "hello");
     QVERIFY(f.start());
     const QString dir = QStringLiteral("/it's");
@@ -623,14 +591,14 @@ void tst_DirectoryCache::quotesWork()
     QCOMPARE(f.cache.caSubFolds(slash()), QStringLiteral("it's"));
     QCOMPARE(f.cache.caFileNames(dir), QStringLiteral("o'clock.txt"));
     f.cache.forgetFile(dir, QStringLiteral("o'clock.txt"));
-    QCOMPARE(f.cacheRows(QStringLiteral("web")).size(), 1);
+    QCOMPARE(f.cacheRows(web()).size(), 1);
     f.cache.forgetFolder(slash(), QStringLiteral("it's"));
-    QCOMPARE(f.cacheRows(QStringLiteral("web")).size(), 0);
+    QCOMPARE(f.cacheRows(web()).size(), 0);
 }
 
 void tst_DirectoryCache::wildcardsInNamesWork()
 {
-    Connected f;
+    CacheFixture f;
     for (const char *path : {"/a?b/1.txt", "/a?b/s/2.txt", "/ab/3.txt", "/axb/4.txt", "/a*b/5.txt"})
         f.server.put(path, "hello");
     QVERIFY(f.start());
@@ -649,7 +617,7 @@ void tst_DirectoryCache::wildcardsInNamesWork()
     f.cache.forgetFolder(slash(), QStringLiteral("n?w"));
     f.cache.forgetFolder(slash(), QStringLiteral("a*b"));
     QStringList left;
-    for (const QString &row : f.cacheRows(QStringLiteral("web")))
+    for (const QString &row : f.cacheRows(web()))
         left.append(row.section(QLatin1Char('|'), 0, 2));
     QCOMPARE(left, QStringList({QStringLiteral("/|1|ab"), QStringLiteral("/|1|axb"),
                                 QStringLiteral("/ab|0|3.txt"), QStringLiteral("/axb|0|4.txt")}));
@@ -657,14 +625,14 @@ void tst_DirectoryCache::wildcardsInNamesWork()
 
 void tst_DirectoryCache::renamedFolderRewritesByPrefix()
 {
-    Connected f;
+    CacheFixture f;
     f.server.put("/a/x/1.txt", "hello");
     f.server.put("/ab/2.txt", "hello");
     QVERIFY(f.start());
     f.cache.caRefresh(slash());
     f.cache.renamed(slash(), QStringLiteral("a"), QStringLiteral("b"), true);
     QStringList places;
-    for (const QString &row : f.cacheRows(QStringLiteral("web")))
+    for (const QString &row : f.cacheRows(web()))
         places.append(row.section(QLatin1Char('|'), 0, 2));
     QCOMPARE(places, QStringList({QStringLiteral("/|1|ab"), QStringLiteral("/|1|b"),
                                   QStringLiteral("/b|1|x"), QStringLiteral("/b/x|0|1.txt"),
@@ -673,7 +641,7 @@ void tst_DirectoryCache::renamedFolderRewritesByPrefix()
 
 void tst_DirectoryCache::renamedFolderKeepsItsMark()
 {
-    Connected f;
+    CacheFixture f;
     f.server.put("/a/x/f.txt", "hello");
     QVERIFY(f.start());
     f.server.on("MLSD").nth(3).reply(550, "no");
@@ -700,7 +668,7 @@ void tst_DirectoryCache::listOffsetIsLearned()
     QFETCH(int, offset);
     QFETCH(bool, mdtm);
     QFETCH(QString, shown);
-    Connected f;
+    CacheFixture f;
     f.server.options().mlsd = false;
     f.server.options().mdtm = mdtm;
     f.server.options().listOffsetSeconds = offset;
@@ -710,7 +678,7 @@ void tst_DirectoryCache::listOffsetIsLearned()
     f.server.put("/sub/b.txt", "hello", time);
     QVERIFY(f.start());
     f.cache.caRefresh(slash());
-    for (const QString &row : f.cacheRows(QStringLiteral("web"))) {
+    for (const QString &row : f.cacheRows(web())) {
         if (row.contains(QLatin1String("|0|")))
             QCOMPARE(row.section(QLatin1Char('|'), 3, 3),
                      day.toString(QStringLiteral("yy/MM/dd ")) + shown);
@@ -720,7 +688,7 @@ void tst_DirectoryCache::listOffsetIsLearned()
 
 void tst_DirectoryCache::listOffsetIsNotAskedForEver()
 {
-    Connected f;
+    CacheFixture f;
     f.server.options().mlsd = false;
     for (const char *path : {"/a/1", "/a/2", "/b/1", "/b/2", "/b/3", "/c/1", "/c/2", "/d/1"})
         f.server.put(path, "hello", utc("2026-11-04T05:06:07"));
@@ -734,7 +702,7 @@ void tst_DirectoryCache::listOffsetIsNotAskedForEver()
 
 void tst_DirectoryCache::dayOnlyTakesMdtmMinute()
 {
-    Connected f;
+    CacheFixture f;
     f.server.options().mlsd = false;
     f.server.options().dialect = ListDialect::UnixDay;
     f.server.put("/sub/a.txt", "hello", utc("2024-03-04T05:06:07"));
@@ -745,8 +713,7 @@ void tst_DirectoryCache::dayOnlyTakesMdtmMinute()
     QCOMPARE(dayOnly.size(), size_t(1));
     QCOMPARE(dayOnly.front(), std::pair(sub, QStringLiteral("a.txt")));
     QVERIFY(f.cache.refineTime(sub, QStringLiteral("a.txt")));
-    QCOMPARE(f.cacheRows(QStringLiteral("web")).last(),
-             QStringLiteral("/sub|0|a.txt|24/03/04 14:06:07|6"));
+    QCOMPARE(f.cacheRows(web()).last(), QStringLiteral("/sub|0|a.txt|24/03/04 14:06:07|6"));
     QVERIFY(!f.cache.refineTime(sub, QStringLiteral("a.txt")));
     QVERIFY(f.cache.dayOnlyUnder(slash()).empty());
 }
@@ -772,10 +739,10 @@ void tst_DirectoryCache::daemons()
     QVERIFY(daemon.put("it's.txt", QByteArray(1234, 'x'), time));
     QVERIFY(daemon.makeFolder("empty"));
     EngineFixture f;
-    QVERIFY(f.connectTo(QStringLiteral("web"), daemon.server(), daemon.user(), daemon.password()));
+    QVERIFY(f.connectTo(web(), daemon.server(), daemon.user(), daemon.password()));
     f.cache.caRefresh(slash());
     const QString date = day.toString(QStringLiteral("yy/MM/dd")) + QStringLiteral(" 12:34:00");
-    const QStringList rows = f.cacheRows(QStringLiteral("web"));
+    const QStringList rows = f.cacheRows(web());
     QCOMPARE(rows.size(), 4);
     QVERIFY(rows.at(0).startsWith(QLatin1String("/|1|empty|")));
     QCOMPARE(rows.at(1), QStringLiteral("/|0|it's.txt|%1|1235").arg(date));

@@ -1,127 +1,11 @@
 // A refresh by STAT leaves the rows that one without it leaves, whatever the server makes of it.
-#include "ftp/EngineFixture.h"
+#include "ftp/StatFixture.h"
 #include "support/FtpDaemon.h"
-#include "support/ScriptedServer.h"
 
-#include <QElapsedTimer>
 #include <QTest>
-#include <QTimer>
 
-using namespace venlo;
-using venlo::test::EngineFixture;
-using venlo::test::FtpDaemon;
-using venlo::test::ScriptedServer;
-using venlo::test::StatPath;
-
-namespace
+namespace venlo::test
 {
-QString slash()
-{
-    return QStringLiteral("/");
-}
-
-QString web()
-{
-    return QStringLiteral("web");
-}
-
-QDateTime daysAgo(int days)
-{
-    static const QDateTime now = QDateTime::currentDateTimeUtc(); // the same for all servers
-    return now.addDays(-days);
-}
-
-/// As listings show time: MLSD to the second, STAT to the minute.
-QStringList toTheMinute(QStringList rows)
-{
-    for (QString &row : rows) {
-        const auto size = row.lastIndexOf(QLatin1Char('|'));
-        row.remove(size - 3, 3);
-    }
-    return rows;
-}
-
-/// A connected cache over a scripted server that knows STAT.
-struct Connected : EngineFixture {
-    explicit Connected(StatPath stat = StatPath::Listed) { server.options().stat = stat; }
-
-    [[nodiscard]] bool start()
-    {
-        if (!server.start())
-            return false;
-        registerSite(web(), server.server(), server.user(), server.password());
-        return connect();
-    }
-    [[nodiscard]] bool connect()
-    {
-        const bool done = connectTo(web(), server.server(), server.user(), server.password());
-        server.log().clear();
-        return done;
-    }
-    [[nodiscard]] QStringList refreshed()
-    {
-        cache.caRefresh(slash());
-        return toTheMinute(cacheRows(web()));
-    }
-    [[nodiscard]] QStringList incomplete()
-    {
-        QStringList dirs;
-        for (const auto &mark : cache.incompleteUnder(slash()))
-            dirs.append(mark.dir);
-        dirs.sort();
-        return dirs;
-    }
-    /// As many folders with two files each, the first in "/d00".
-    void putFolders(int count)
-    {
-        server.tree().makeFolder("/d00", daysAgo(3));
-        for (int i = 0; i < count; ++i) {
-            const QByteArray dir = folder(i);
-            server.tree().makeFolder(dir, daysAgo(3));
-            server.put(dir + "/a.txt", QByteArray(i, 'a'), daysAgo(3));
-            server.put(dir + "/b.txt", "b", daysAgo(3));
-        }
-    }
-    [[nodiscard]] static QByteArray folder(int i)
-    {
-        return "/d" + QByteArray::number(i).rightJustified(2, '0');
-    }
-    /// Names, times, links and depths of many kinds.
-    void putMixedTree()
-    {
-        server.put("/index.html", "index", daysAgo(2));
-        server.put("/.htaccess", "hidden", daysAgo(2));
-        for (const char *dir : {"/plain", "/plain/deep", "/plain/deep/deeper", "/with blank",
-                                "/with blank/below", "/[brackets]", "/dots", "/.hidden", "/old",
-                                "/links", "/empty", "/-dash", "/\xe6\x97\xa5\xe6\x9c\xac",
-                                "/\xe6\x97\xa5\xe6\x9c\xac/\xe8\xaa\x9e", "/Case", "/case"})
-            server.tree().makeFolder(dir, daysAgo(1));
-        for (const char *file :
-             {"/plain/a.txt", "/plain/ lead", "/plain/trail ", "/plain/deep/it's.txt",
-              "/plain/deep/deeper/\"q\" [x] *.txt", "/with blank/a b.txt",
-              "/with blank/below/c.txt", "/[brackets]/d.txt", "/dots/.profile", "/dots/e.txt",
-              "/.hidden/f.txt", "/links/g.txt", "/-dash/-la", "/\xe6\x97\xa5\xe6\x9c\xac/h.txt",
-              "/\xe6\x97\xa5\xe6\x9c\xac/\xe8\xaa\x9e/\xe5\xad\x97.txt", "/Case/i.txt",
-              "/case/j.txt"})
-            server.put(file, QByteArray(file), daysAgo(static_cast<int>(qstrlen(file))));
-        server.put("/old/k.txt", "old", daysAgo(900));
-        server.put("/old/l.txt", "new", daysAgo(4));
-        server.tree().makeLink("/links/link", "g.txt");
-    }
-
-    ScriptedServer server;
-};
-
-/// What the same server shows a client that knows no STAT.
-template <typename Prepare>
-QStringList rowsWithoutStat(const Prepare &prepare)
-{
-    Connected f(StatPath::Unknown);
-    prepare(f);
-    f.server.options().stat = StatPath::Unknown;
-    return f.start() ? f.refreshed() : QStringList();
-}
-} // namespace
 
 class tst_StatListing : public QObject
 {
@@ -133,18 +17,12 @@ private Q_SLOTS:
     void namesInCp932();
     void commands();
     void messageLines();
-    void faults_data();
-    void faults();
-    void secondLossIsTheLast();
-    void linesAheadAreDropped();
-    void forgedEndOfReply();
     void dayOnlyIsListedAgain();
     void uselessStatIsGivenUp();
     void longListingsAreCut();
     void clockThatChanges_data();
     void clockThatChanges();
     void manyEntries();
-    void cancelled();
     void learnedAnewAtEachConnect();
     void clockIsLearnedAtEachConnect();
     void daemons_data();
@@ -185,7 +63,7 @@ void tst_StatListing::sameRows()
     QFETCH(bool, listsDots);
     QFETCH(bool, statDots);
     QFETCH(bool, used);
-    const auto prepare = [&](Connected &f) {
+    const auto prepare = [&](StatFixture &f) {
         f.putMixedTree();
         f.server.options().mlsd = mlsd;
         f.server.options().listsDotNames = listsDots;
@@ -194,7 +72,7 @@ void tst_StatListing::sameRows()
     };
     const QStringList expected = rowsWithoutStat(prepare);
     QVERIFY(expected.size() > 20);
-    Connected f;
+    StatFixture f;
     prepare(f);
     QVERIFY(f.start());
     QCOMPARE(f.refreshed(), expected);
@@ -206,7 +84,7 @@ void tst_StatListing::sameRows()
 
 void tst_StatListing::namesInCp932()
 {
-    const auto prepare = [](Connected &f) {
+    const auto prepare = [](StatFixture &f) {
         f.server.options().utf8 = false;
         f.server.put("/a.txt", "x", daysAgo(1));
         // The second byte of the third name is a backslash.
@@ -217,7 +95,7 @@ void tst_StatListing::namesInCp932()
     };
     const QStringList expected = rowsWithoutStat(prepare);
     QCOMPARE(expected.size(), 7);
-    Connected f;
+    StatFixture f;
     prepare(f);
     QVERIFY(f.start());
     QCOMPARE(f.refreshed(), expected);
@@ -227,7 +105,7 @@ void tst_StatListing::namesInCp932()
 
 void tst_StatListing::commands()
 {
-    Connected f;
+    StatFixture f;
     f.putFolders(80);
     QVERIFY(f.start());
     QCOMPARE(f.refreshed().size(), 240);
@@ -246,7 +124,7 @@ void tst_StatListing::commands()
 
 void tst_StatListing::messageLines()
 {
-    Connected f;
+    StatFixture f;
     for (const char *dir : {"/a", "/a/x", "/b", "/b/y", "/c"})
         f.server.tree().makeFolder(dir, daysAgo(1));
     QVERIFY(f.start());
@@ -261,109 +139,9 @@ void tst_StatListing::messageLines()
              QStringLiteral("/a ﾌｫﾙﾀﾞとﾌｧｲﾙ情報を記録しています･･･"));
 }
 
-void tst_StatListing::faults_data()
-{
-    QTest::addColumn<QByteArray>("reply"); // null: the connection is closed instead
-    QTest::addColumn<int>("nth");
-    QTest::addColumn<bool>("closes");
-    const auto row = [](const char *what, const QByteArray &reply, bool closes) {
-        for (const int nth : {1, 2, 3, 20, 42})
-            QTest::addRow("%s, %d", what, nth) << reply << nth << closes;
-    };
-    row("lost", {}, true);
-    row("cut", "213-Status follows:\r\ndrwxr-xr-x 2 u g 4096 Nov 21 05:10 .\r\n-rw", true);
-    row("refused", "550 No such folder\r\n", false);
-    row("refused for now", "450 Busy\r\n", false);
-    row("empty", "213-Status follows:\r\n213 End\r\n", false);
-    row("no status", "200 Fine\r\n", false);
-    row("says it is cut",
-        "213-Status follows:\r\ndrwxr-xr-x 2 u g 4096 Nov 21 05:10 .\r\n213 Output truncated\r\n",
-        false);
-    row("not an entry",
-        "213-Status follows:\r\ndrwxr-xr-x 2 u g 4096 Nov 21 05:10 .\r\nwhat is that\r\n213 "
-        "End\r\n",
-        false);
-    row("preliminary", "150 Here it comes\r\n", false);
-    row("one reply more", "226 Done\r\n213 End\r\n", false);
-    row("421", "421 Too much\r\n", true);
-    row("no reply", "what?\r\n", false);
-}
-
-void tst_StatListing::faults()
-{
-    QFETCH(QByteArray, reply);
-    QFETCH(int, nth);
-    QFETCH(bool, closes);
-    const auto prepare = [](Connected &f) { f.putFolders(40); };
-    const QStringList expected = rowsWithoutStat(prepare);
-    QCOMPARE(expected.size(), 120);
-    Connected f;
-    prepare(f);
-    auto rule = f.server.on("STAT").nth(nth);
-    if (reply.isNull())
-        rule.dropBeforeReply();
-    else if (closes)
-        rule.rawReply(reply).thenClose();
-    else
-        rule.rawReply(reply);
-    QVERIFY(f.start());
-    QCOMPARE(f.refreshed(), expected);
-    QCOMPARE(f.incomplete(), QStringList());
-    QVERIFY(f.server.logins() <= 2); // once more
-    QCOMPARE(f.refreshed(), expected);
-    QVERIFY(f.server.logins() <= 2);
-}
-
-void tst_StatListing::secondLossIsTheLast()
-{
-    Connected f;
-    f.putFolders(40);
-    f.server.on("STAT").from(5).dropBeforeReply();
-    QVERIFY(f.start());
-    QCOMPARE(f.refreshed().size(), 120);
-    QCOMPARE(f.server.logins(), 3);
-    QCOMPARE(f.incomplete(), QStringList());
-    const int asked = f.server.count("STAT");
-    QCOMPARE(f.refreshed().size(), 120);
-    QCOMPARE(f.server.count("STAT"), asked);
-}
-
-void tst_StatListing::linesAheadAreDropped()
-{
-    Connected f;
-    f.putFolders(12);
-    f.server.options().firstLineOnly = true;
-    QVERIFY(f.start());
-    QElapsedTimer timer;
-    timer.start();
-    QCOMPARE(f.refreshed().size(), 36);
-    QVERIFY(timer.elapsed() < 8000);
-    QCOMPARE(f.server.logins(), 2);
-    QVERIFY(f.server.count("STAT") > 10); // one at a time
-    QCOMPARE(f.incomplete(), QStringList());
-}
-
-void tst_StatListing::forgedEndOfReply()
-{
-    // As a name with a line end in it would: the replies behind it move up by one.
-    Connected f;
-    f.putFolders(8);
-    const QStringList expected = rowsWithoutStat([](Connected &g) { g.putFolders(8); });
-    const QByteArray itself = "drwxr-xr-x 2 u g 4096 Nov 21 05:10 .\r\n";
-    const QByteArray file = "-rw-r--r-- 1 u g 5 Nov 21 05:10 ";
-    f.server.on("STAT", "/d03")
-        .once()
-        .rawReply("213-Status follows:\r\n" + itself + file + "x\r\n213 End\r\n213-more\r\n" +
-                  itself + file + "y\r\n213 End of status\r\n");
-    QVERIFY(f.start());
-    QCOMPARE(f.refreshed(), expected);
-    QCOMPARE(f.incomplete(), QStringList());
-    QVERIFY(f.events().contains(QLatin1String("out of step")));
-}
-
 void tst_StatListing::dayOnlyIsListedAgain()
 {
-    Connected f;
+    StatFixture f;
     f.putFolders(5);
     const QDateTime old(QDate(2020, 2, 3), QTime(4, 5, 6), Qt::UTC);
     f.server.put("/d02/old.txt", "old", old);
@@ -376,7 +154,7 @@ void tst_StatListing::dayOnlyIsListedAgain()
     QCOMPARE(f.server.count("MLSD"), 3); // and the first
     QVERIFY(f.cache.dayOnlyUnder(slash()).empty());
 
-    Connected list; // there the day is all there is
+    StatFixture list; // there the day is all there is
     list.server.options().mlsd = false;
     list.putFolders(5);
     list.server.put("/d02/old.txt", "old", old);
@@ -388,10 +166,10 @@ void tst_StatListing::dayOnlyIsListedAgain()
 
 void tst_StatListing::uselessStatIsGivenUp()
 {
-    Connected f;
+    StatFixture f;
     f.putFolders(90);
     for (int i = 0; i < 90; ++i)
-        f.server.put(Connected::folder(i) + "/old.txt", "old", daysAgo(1000));
+        f.server.put(StatFixture::folder(i) + "/old.txt", "old", daysAgo(1000));
     QVERIFY(f.start());
     QCOMPARE(f.refreshed().size(), 360);
     f.server.log().clear();
@@ -401,14 +179,14 @@ void tst_StatListing::uselessStatIsGivenUp()
 
 void tst_StatListing::longListingsAreCut()
 {
-    const auto prepare = [](Connected &f) {
+    const auto prepare = [](StatFixture &f) {
         f.putFolders(5);
         for (int i = 0; i < 30; ++i)
             f.server.put("/d02/n" + QByteArray::number(i), "x", daysAgo(3));
     };
     const QStringList expected = rowsWithoutStat(prepare);
     QCOMPARE(expected.size(), 45);
-    Connected f;
+    StatFixture f;
     prepare(f);
     const QByteArray file = "-rw-r--r-- 1 u g 1 Nov 21 05:10 n";
     QByteArray first = "drwxr-xr-x 2 u g 4096 Nov 21 05:10 .\r\n";
@@ -435,15 +213,15 @@ void tst_StatListing::clockThatChanges()
 {
     QFETCH(int, changed);
     QFETCH(bool, used);
-    const auto prepare = [&](Connected &f) {
+    const auto prepare = [&](StatFixture &f) {
         f.server.options().listOffsetSeconds = 3600;
         f.server.options().summerUntil = daysAgo(changed);
         f.putFolders(10);
         for (int i = 0; i < 10; ++i)
-            f.server.put(Connected::folder(i) + "/c.txt", "c", daysAgo(20 + 7 * i));
+            f.server.put(StatFixture::folder(i) + "/c.txt", "c", daysAgo(20 + 7 * i));
     };
     const QStringList expected = rowsWithoutStat(prepare);
-    Connected f;
+    StatFixture f;
     prepare(f);
     QVERIFY(f.start());
     QCOMPARE(f.refreshed(), expected);
@@ -452,7 +230,7 @@ void tst_StatListing::clockThatChanges()
 
 void tst_StatListing::manyEntries()
 {
-    const auto prepare = [](Connected &f) {
+    const auto prepare = [](StatFixture &f) {
         f.putFolders(4);
         for (int i = 0; i < 2000; ++i) {
             const QByteArray name = "/n" + QByteArray::number(i);
@@ -465,7 +243,7 @@ void tst_StatListing::manyEntries()
     };
     const QStringList expected = rowsWithoutStat(prepare);
     QCOMPARE(expected.size(), 6014);
-    Connected f;
+    StatFixture f;
     prepare(f);
     QVERIFY(f.start());
     QCOMPARE(f.refreshed(), expected);
@@ -473,28 +251,9 @@ void tst_StatListing::manyEntries()
     QCOMPARE(f.incomplete(), QStringList());
 }
 
-void tst_StatListing::cancelled()
-{
-    Connected f;
-    f.putFolders(60);
-    QVERIFY(f.start());
-    QCOMPARE(f.refreshed().size(), 180);
-    f.server.on("STAT").delay(100);
-    QElapsedTimer timer;
-    timer.start();
-    QTimer::singleShot(300, this, [&] { f.person.cancelNow(); });
-    f.cache.caRefresh(slash());
-    QVERIFY2(timer.elapsed() < 3000, qPrintable(QString::number(timer.elapsed())));
-    QVERIFY(!f.incomplete().isEmpty());
-    f.server.script().clear();
-    f.person.resetCancel();
-    QCOMPARE(f.refreshed().size(), 180);
-    QCOMPARE(f.incomplete(), QStringList());
-}
-
 void tst_StatListing::learnedAnewAtEachConnect()
 {
-    Connected f;
+    StatFixture f;
     f.putFolders(5);
     QVERIFY(f.start());
     const QStringList expected = f.refreshed();
@@ -509,7 +268,7 @@ void tst_StatListing::learnedAnewAtEachConnect()
 
 void tst_StatListing::clockIsLearnedAtEachConnect()
 {
-    Connected f(StatPath::Unknown);
+    StatFixture f(StatPath::Unknown);
     f.server.options().mlsd = false;
     f.server.options().listOffsetSeconds = -5 * 3600;
     f.putFolders(1);
@@ -623,5 +382,7 @@ void tst_StatListing::daemons()
     QVERIFY(f.cache.incompleteUnder(root).empty());
 }
 
-QTEST_GUILESS_MAIN(tst_StatListing)
+} // namespace venlo::test
+
+QTEST_GUILESS_MAIN(venlo::test::tst_StatListing)
 #include "tst_StatListing.moc"

@@ -57,6 +57,23 @@ QByteArray dosLine(const Item &item, const ServerOptions &options)
     return english(shown, QStringLiteral("MM-dd-yy  hh:mmAP")) + ' ' + middle + ' ' + item.name;
 }
 
+/// What STAT shows of a folder.
+struct StatLook {
+    bool itself = false; ///< "." and ".."
+    bool half = false;
+    bool dotNames = false;
+};
+
+StatLook statLook(const ServerOptions &options, bool all)
+{
+    if (all)
+        return {options.statAll != StatAll::WithoutItself, options.statAll == StatAll::FirstHalf,
+                true};
+    const bool plain = options.stat != StatPath::ItselfForAll;
+    return {plain && options.stat != StatPath::WithoutItself, options.stat == StatPath::FirstHalf,
+            plain && options.statShowsDotNames};
+}
+
 QByteArray eplfLine(const Item &item)
 {
     QByteArray line = "+m" + QByteArray::number(item.node.modified.toSecsSinceEpoch()) + ',';
@@ -110,19 +127,20 @@ QByteArray listText(const std::vector<Item> &items, const ServerOptions &options
     return text;
 }
 
-QByteArray statText(const std::vector<Item> &items, const ServerOptions &options)
+QByteArray statText(const std::vector<Item> &items, const ServerOptions &options, bool all)
 {
+    const StatLook look = statLook(options, all);
     const QByteArray now = unixTime(QDateTime::currentDateTimeUtc(), options);
     QByteArray text;
-    if (options.stat != StatPath::WithoutItself) {
+    if (look.itself) {
         for (const char *name : {".", ".."})
             text += "drwxr-xr-x    2 user     group            4096 " + now + ' ' + name + "\r\n";
     }
-    std::size_t left = options.stat == StatPath::FirstHalf ? (items.size() + 1) / 2 : items.size();
+    std::size_t left = look.half ? (items.size() + 1) / 2 : items.size();
     for (const Item &item : items) {
         if (left-- == 0)
             break;
-        if (options.statShowsDotNames || !item.name.startsWith('.'))
+        if (look.dotNames || !item.name.startsWith('.'))
             text += listLine(item, options) + "\r\n";
     }
     return text;

@@ -11,7 +11,19 @@ enum class StatPath {
     Unknown,       ///< 502
     Listed,        ///< "." and ".." first; a path that is not there shows nothing, without an error
     WithoutItself, ///< neither "." nor ".."
+    ItselfForAll,  ///< "." and "..", and names that begin with ".", only with "-a"
     FirstHalf,     ///< the other entries are left out without a word
+    NotHeeded      ///< the current directory is shown whatever the path
+};
+
+/// How "-a" in front of STAT's path is answered.
+enum class StatAll {
+    Taken,         ///< all of the folder is shown, "." and ".." first
+    PartOfThePath, ///< which is not there
+    Nothing,       ///< a status without a line
+    Refused,       ///< 501
+    WithoutItself, ///< the entries only
+    FirstHalf,     ///< of them, behind "." and ".."
     NotHeeded      ///< the current directory is shown whatever the path
 };
 
@@ -61,6 +73,7 @@ struct ServerOptions {
     QDateTime summerUntil;            ///< times before it show an hour more in LIST and STAT
     bool listsDotNames = false;       ///< in LIST and MLSD
     StatPath stat = StatPath::Unknown;
+    StatAll statAll = StatAll::PartOfThePath;
     bool statShowsDotNames = true;
     /// The host in the PASV reply, "127,0,0,1" form.
     QByteArray pasvHost = "127,0,0,1";

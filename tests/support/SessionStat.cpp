@@ -7,7 +7,8 @@ namespace venlo::test
 
 void ScriptedSession::doStat(const QByteArray &argument, const Action & /*action*/)
 {
-    if (m_context.options.stat == StatPath::Unknown) {
+    const ServerOptions &options = m_context.options;
+    if (options.stat == StatPath::Unknown) {
         reply(502, "STAT not implemented");
         return;
     }
@@ -15,13 +16,19 @@ void ScriptedSession::doStat(const QByteArray &argument, const Action & /*action
         reply(211, "All is well");
         return;
     }
-    const bool heeded = m_context.options.stat != StatPath::NotHeeded;
-    const bool all = argument.startsWith("-a ");
+    const bool all = argument.startsWith("-a ") && options.statAll != StatAll::PartOfThePath;
+    if (all && options.statAll == StatAll::Refused) {
+        reply(501, "No options");
+        return;
+    }
+    const bool heeded =
+        options.stat != StatPath::NotHeeded && !(all && options.statAll == StatAll::NotHeeded);
     const QByteArray path = heeded ? resolve(all ? argument.mid(3) : argument) : m_directory;
     const auto node = m_context.tree.node(path);
     QByteArray text;
-    if (node && node->kind == ScriptedTree::Kind::Folder)
-        text = statText(m_context.tree.list(path), m_context.options);
+    const bool silent = all && options.statAll == StatAll::Nothing;
+    if (!silent && node && node->kind == ScriptedTree::Kind::Folder)
+        text = statText(m_context.tree.list(path), options, all);
     send("213-Status follows:\r\n" + text + "213 End of status\r\n");
 }
 
