@@ -1,8 +1,9 @@
 #include "sync/WorkRows.h"
 
+#include <QSet>
+
 #include "db/Database.h"
 #include "sync/FoldCase.h"
-#include "sync/SyncPair.h"
 
 namespace venlo
 {
@@ -15,9 +16,11 @@ QString stripped(const QString &text)
     return text.contains(placeholder) ? QString(text).remove(placeholder) : text;
 }
 
+/// The roots' "." is kept: with the server's root there may be rows of a folder without a name,
+/// where a "?" was dropped.
 QString fileKey(const QString &sPh, const QString &sFL)
 {
-    return foldCase(relativeFile(sPh, sFL));
+    return foldCase(sPh + QLatin1Char('/') + sFL);
 }
 
 QString markOf(const QString &sUL, const QString &sUF, bool down)
@@ -58,7 +61,12 @@ bool holds(Database &database, const std::vector<WorkRows::File> &files)
     const Rows all = database.query(QStringLiteral("Select Count(*) From tbFile"));
     if (all.at(0, 0).toLongLong() != static_cast<qint64>(files.size()))
         return false;
+    QSet<QString> asked;
     for (size_t next = 0; next < files.size();) {
+        const QString folder = foldCase(files[next].sPh);
+        if (asked.contains(folder))
+            return false; // its rows lie in two places, and the table's would count twice
+        asked.insert(folder);
         const Rows rows =
             database.query(QStringLiteral("Select sPh, sFL, sUL, nSL, sUF, nSF, sEd From tbFile"
                                           " Where sPh='?' Order By sFL"),

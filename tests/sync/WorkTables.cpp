@@ -62,6 +62,28 @@ SyncReview WorkTables::review(ComparisonResult comparison, ReviewOptions options
     return review;
 }
 
+QString workTablesText(Database &database)
+{
+    QString text;
+    const auto folders =
+        database.query(QStringLiteral("Select sPh, sUL, sUF, sEd From tbFold Order By sPh"));
+    for (int i = 0; i < folders.count(); ++i) {
+        text += QStringLiteral("D %1|%2|%3|%4\n")
+                    .arg(folders.at(0, i).toString(), folders.at(1, i).toString(),
+                         folders.at(2, i).toString(), folders.at(3, i).toString());
+    }
+    const auto files = database.query(QStringLiteral(
+        "Select sPh, sFL, sUL, nSL, sUF, nSF, sEd From tbFile Order By sPh, sFL, nSF"));
+    for (int i = 0; i < files.count(); ++i) {
+        text += QStringLiteral("F %1|%2|%3|%4|%5|%6|%7\n")
+                    .arg(files.at(0, i).toString(), files.at(1, i).toString(),
+                         files.at(2, i).toString(), files.at(3, i).toString(),
+                         files.at(4, i).toString(), files.at(5, i).toString(),
+                         files.at(6, i).toString());
+    }
+    return text;
+}
+
 int rowOf(const SyncReview &review, const QString &path)
 {
     for (int i = 0; i < review.count(); ++i) {

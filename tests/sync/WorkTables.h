@@ -38,6 +38,10 @@ private:
     Database m_database;
 };
 
+/// One line a row: "D path|local time|remote time|mark", then "F folder|name|local time|local
+/// size|remote time|remote size|mark".
+[[nodiscard]] QString workTablesText(Database &database);
+
 /// Row of a path ("/a/" for a folder, "/a/b.txt" for a file); -1 when there is none.
 [[nodiscard]] int rowOf(const SyncReview &review, const QString &path);
 

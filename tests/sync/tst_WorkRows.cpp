@@ -4,10 +4,12 @@
 
 #include "db/Store.h"
 #include "sync/WorkRows.h"
+#include "sync/WorkTables.h"
 
 using venlo::Transaction;
 using venlo::WorkRows;
 using venlo::test::SyncWorld;
+using venlo::test::workTablesText;
 
 namespace
 {
@@ -31,6 +33,8 @@ private Q_SLOTS:
     void namesThatShareAPathAreApart();
     void storingTwiceWritesOnce();
     void storingReplacesWhatIsThere();
+    void rowsInTwoPlacesAreNotTakenForStored();
+    void aFolderWithoutANameIsNotTheRoot();
 
 private:
     [[nodiscard]] QString stored(const WorkRows &rows);
@@ -48,24 +52,7 @@ QString tst_WorkRows::stored(const WorkRows &rows)
     Transaction transaction(m_world->database);
     rows.store(m_world->database);
     transaction.commit();
-    QString text;
-    const auto folders = m_world->database.query(
-        QStringLiteral("Select sPh, sUL, sUF, sEd From tbFold Order By sPh"));
-    for (int i = 0; i < folders.count(); ++i) {
-        text += QStringLiteral("D %1|%2|%3|%4\n")
-                    .arg(folders.at(0, i).toString(), folders.at(1, i).toString(),
-                         folders.at(2, i).toString(), folders.at(3, i).toString());
-    }
-    const auto files = m_world->database.query(QStringLiteral(
-        "Select sPh, sFL, sUL, nSL, sUF, nSF, sEd From tbFile Order By sPh, sFL, nSF"));
-    for (int i = 0; i < files.count(); ++i) {
-        text += QStringLiteral("F %1|%2|%3|%4|%5|%6|%7\n")
-                    .arg(files.at(0, i).toString(), files.at(1, i).toString(),
-                         files.at(2, i).toString(), files.at(3, i).toString(),
-                         files.at(4, i).toString(), files.at(5, i).toString(),
-                         files.at(6, i).toString());
-    }
-    return text;
+    return workTablesText(m_world->database);
 }
 
 void tst_WorkRows::localSideAlone()
@@ -177,6 +164,33 @@ void tst_WorkRows::storingReplacesWhatIsThere()
     WorkRows second;
     second.mergeLocalFolder(QStringLiteral("/new"), time2);
     QCOMPARE(stored(second), QStringLiteral("D /new|26/05/06 07:08||\n"));
+}
+
+/// Of two tables with as many rows, one of which shows the same folder where it is asked for twice.
+void tst_WorkRows::rowsInTwoPlacesAreNotTakenForStored()
+{
+    WorkRows first;
+    first.addRemoteFile(QStringLiteral("/a"), QStringLiteral("f"), time1, 1);
+    first.addRemoteFile(QStringLiteral("/b"), QStringLiteral("f"), time1, 1);
+    first.addRemoteFile(QStringLiteral("/old"), QStringLiteral("f"), time1, 1);
+    (void)stored(first);
+    WorkRows second;
+    second.addRemoteFile(QStringLiteral("/a"), QStringLiteral("f"), time1, 1);
+    second.addRemoteFile(QStringLiteral("/b"), QStringLiteral("f"), time1, 1);
+    second.addRemoteFile(QStringLiteral("/a?"), QStringLiteral("f"), time1, 1);
+    QCOMPARE(stored(second), QStringLiteral("F /a|f||0|26/01/02 03:04|1|\n"
+                                            "F /a|f||0|26/01/02 03:04|1|\n"
+                                            "F /b|f||0|26/01/02 03:04|1|\n"));
+}
+
+/// The server's root can hold a folder "?", whose files come without a path.
+void tst_WorkRows::aFolderWithoutANameIsNotTheRoot()
+{
+    WorkRows rows;
+    rows.addRemoteFile(QStringLiteral("?"), QStringLiteral("f"), time1, 1);
+    rows.mergeLocalFile(QStringLiteral("."), QStringLiteral("f"), time2, 2);
+    QCOMPARE(stored(rows), QStringLiteral("F |f||0|26/01/02 03:04|1|\n"
+                                          "F .|f|26/05/06 07:08|2||0|\n"));
 }
 
 QTEST_GUILESS_MAIN(tst_WorkRows)
