@@ -79,6 +79,8 @@ public:
     /// Commits what is grouped. Where that fails it is undone, and told to onGroupLost.
     void endGroup();
     void onGroupLost(std::function<void(const QString &words)> lost);
+    /// How many groups were lost so far.
+    [[nodiscard]] int lostGroups() const { return m_lostGroups; }
     static constexpr std::chrono::milliseconds groupLife{300};
 
     /// A number of the program's own in the file's header, 0 in a file without it.
@@ -118,6 +120,7 @@ private:
     int m_depth = 0;
     std::unique_ptr<QTimer> m_groupTimer;
     bool m_groupOpen = false;
+    int m_lostGroups = 0;
     std::function<void(const QString &)> m_groupLost;
 };
 

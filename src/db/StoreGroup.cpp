@@ -60,6 +60,7 @@ void Store::endGroup()
         words = error.words();
         rollbackGroup();
     }
+    ++m_lostGroups;
     if (m_groupLost)
         m_groupLost(words);
 }

@@ -56,6 +56,8 @@ bool DirectoryCache::refusesPath(const QString &dir)
 
 Rows DirectoryCache::ask(const QString &sql, const QVariantList &values)
 {
+    if (goesIntoShape(values))
+        return m_database.query(ofSite(sql), values);
     Rows rows;
     int count = 0;
     m_database.SelectRows(statement(sql, values), rows, count);
@@ -65,8 +67,31 @@ Rows DirectoryCache::ask(const QString &sql, const QVariantList &values)
 bool DirectoryCache::change(const QString &sql, const QVariantList &values)
 {
     bool ok = false;
-    m_database.ExecSql(statement(sql, values), ok);
+    if (goesIntoShape(values))
+        m_database.ExecSql(ofSite(sql), values, ok);
+    else
+        m_database.ExecSql(statement(sql, values), ok);
     return ok;
+}
+
+/// Whether a statement's text with placeholders means the same as the one with values in it. Only
+/// the first is known to the store from the last time.
+bool DirectoryCache::goesIntoShape(const QVariantList &values) const
+{
+    const auto holds = [](const QString &text) {
+        return text.contains(QLatin1Char('\'')) || text.contains(QLatin1Char('?'));
+    };
+    return !holds(m_session.currentSite()) &&
+           std::none_of(values.begin(), values.end(),
+                        [&](const QVariant &value) { return holds(value.toString()); });
+}
+
+/// The statement with the name of the site's table in its first place.
+QString DirectoryCache::ofSite(const QString &sql) const
+{
+    QString text = sql;
+    const auto at = text.indexOf(QLatin1Char('?'));
+    return text.replace(at, 1, m_session.currentSite());
 }
 
 void DirectoryCache::tryChange(const QString &sql, const QVariantList &values)
@@ -205,13 +230,19 @@ void DirectoryCache::caEntInfo(const QString &dir, const QString &name, bool fol
     sizeText = FormatSizeText(rows.at(1, 0).toLongLong()) + QLatin1Char('|');
 }
 
+QVariantList DirectoryCache::fileFields(const QString &dir, const QString &name)
+{
+    static const QStringList fields{QStringLiteral("dDate"), QStringLiteral("nSize"),
+                                    QStringLiteral("day only")};
+    static const QStringList keys{QStringLiteral("sDir"), QStringLiteral("sName"),
+                                  QStringLiteral("bFd")};
+    const auto table = m_database.openTable(m_session.currentSite());
+    return table->find(fields, keys, {normalised(dir), name, 0});
+}
+
 bool DirectoryCache::cachedFile(const QString &dir, const QString &name, double &day, qint64 &size)
 {
-    const auto table = m_database.openTable(m_session.currentSite());
-    const QVariantList fields =
-        table->find({QStringLiteral("dDate"), QStringLiteral("nSize")},
-                    {QStringLiteral("sDir"), QStringLiteral("sName"), QStringLiteral("bFd")},
-                    {normalised(dir), name, 0});
+    const QVariantList fields = fileFields(dir, name);
     if (fields.isEmpty())
         return false;
     day = fields.at(0).toDouble();
@@ -219,8 +250,24 @@ bool DirectoryCache::cachedFile(const QString &dir, const QString &name, double 
     return true;
 }
 
+bool DirectoryCache::refinedFile(const QString &dir, const QString &name, double &day, qint64 &size)
+{
+    const QVariantList fields = fileFields(dir, name);
+    if (fields.isEmpty())
+        return false;
+    std::optional<double> finer;
+    if (fields.at(2).toLongLong() == 1)
+        finer = refineTime(dir, name);
+    day = finer ? *finer : fields.at(0).toDouble();
+    size = fields.at(1).toLongLong() - 1;
+    return true;
+}
+
 void DirectoryCache::noticeSite()
 {
+    const int lostGroups = m_database.store().lostGroups();
+    if (std::exchange(m_lostGroups, lostGroups) != lostGroups)
+        m_madeHere.clear(); // the rows of what came into them may be gone
     if (m_site == m_session.currentSite() && m_connects == m_session.connects())
         return;
     m_site = m_session.currentSite();

@@ -83,6 +83,9 @@ public:
     /// An entry's cached time (day count) and true size in bytes; false when not cached.
     [[nodiscard]] bool cachedFile(const QString &dir, const QString &name, double &day,
                                   qint64 &size);
+    /// The same with the time refined where that is due (see refineTime).
+    [[nodiscard]] bool refinedFile(const QString &dir, const QString &name, double &day,
+                                   qint64 &size);
     /// True when a file or folder of this name is cached.
     [[nodiscard]] bool isCached(const QString &dir, const QString &name);
     /// The names in the rows there are; nothing is listed.
@@ -167,9 +170,13 @@ private:
     void noticeSite();
     /// Forgets what is known of paths that may mean another directory from now on.
     void forgetPaths();
+    /// Time, size and whether the time is only a day's; empty when it is not cached.
+    [[nodiscard]] QVariantList fileFields(const QString &dir, const QString &name);
     /// A statement on the cache table. Values go in as they are but for their quotes, which are
     /// doubled: any name of the server works, "?" and quotes included.
     [[nodiscard]] QString statement(const QString &sql, const QVariantList &values) const;
+    [[nodiscard]] bool goesIntoShape(const QVariantList &values) const;
+    [[nodiscard]] QString ofSite(const QString &sql) const;
     [[nodiscard]] Rows ask(const QString &sql, const QVariantList &values);
     [[nodiscard]] bool change(const QString &sql, const QVariantList &values);
     /// Runs a change that other rows do not depend on; a failure is noted.
@@ -192,6 +199,7 @@ private:
     QString m_site;                        ///< the one the following belong to
     int m_connects = 0;                    ///< the same, see Session
     QHash<QString, QByteArray> m_rawPaths; ///< bytes of paths that are not plain ASCII; no guesses
+    int m_lostGroups = 0;                  ///< of the store, up to now
     QSet<QString> m_madeHere; ///< directories that were made empty since the last refresh
     int m_offsetSamples = 0;
     StatTrust m_stat;

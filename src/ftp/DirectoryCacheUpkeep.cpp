@@ -81,7 +81,8 @@ void DirectoryCache::addRow(const QString &localPath, const QString &path, const
         values.append(size);
     const double day = toDayCount(QDateTime(modified.date(), modified.time(), Qt::UTC));
     // The row is there already, or the statement cannot name it: it takes the new values.
-    if (change(sql, values) || replaceRow(dir, name, folder, day, size))
+    const bool made = change(sql, values) || replaceRow(dir, name, folder, day, size);
+    if (made && raw != name.toUtf8()) // a new row stands for the name's own bytes
         rememberRawName(dir, name, raw);
 }
 
@@ -175,6 +176,7 @@ void DirectoryCache::grouped(const std::function<void()> &upkeep)
 
 void DirectoryCache::madeEmpty(const QString &dir)
 {
+    noticeSite();
     m_madeHere.insert(dir);
 }
 
