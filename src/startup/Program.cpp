@@ -9,6 +9,7 @@
 #include <QRect>
 
 #include "db/Database.h"
+#include "db/Store.h"
 #include "ftp/DirectoryCache.h"
 #include "ftp/ErrorLog.h"
 #include "ftp/RemoteOperations.h"
@@ -180,6 +181,8 @@ void Program::makeWindow()
                             return false;
                         },
                         [&rooms, held = rooms.turn.isHeld()] {
+                            // What comes next may be another process, which sees the disk.
+                            rooms.database.store().endGroup();
                             if (!held)
                                 rooms.turn.release();
                         }});

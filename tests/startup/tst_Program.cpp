@@ -1,4 +1,5 @@
 #include <functional>
+#include <optional>
 #include <utility>
 
 #include <QDir>
@@ -8,7 +9,8 @@
 #include <QTemporaryDir>
 #include <QTest>
 
-#include "db/DbError.h"
+#include "db/Database.h"
+#include "db/Store.h"
 #include "mainwin/MainRooms.h"
 #include "shared/Flags.h"
 #include "shared/OperationGate.h"
@@ -17,6 +19,7 @@
 #include "startup/RunLock.h"
 #include "support/ScriptedPerson.h"
 #include "sync/PatternHost.h"
+#include "sync/WindowHost.h"
 
 namespace venlo::test
 {
@@ -36,6 +39,12 @@ public:
 
 private:
     std::function<void()> m_action;
+};
+
+class NoWindow : public WindowHost
+{
+public:
+    void showMainWindow(const QString & /*site*/) override {}
 };
 
 QByteArray record(int width, int height)
@@ -66,6 +75,7 @@ private Q_SLOTS:
     void notItsTurn();
     void windowsTakeTurns_data();
     void windowsTakeTurns();
+    void theNextTurnSeesWhatWasDone();
 
 private:
     [[nodiscard]] int run(
@@ -242,6 +252,36 @@ void tst_Program::windowsTakeTurns()
     m_person->onYield(nullptr);
     another.reset();
     QVERIFY(gate->begin());
+}
+
+/// Cache rows share commits while an operation runs; another process must see them all after it.
+void tst_Program::theNextTurnSeesWhatWasDone()
+{
+    NoWindow host;
+    qlonglong seen = 0;
+    const auto change = [&seen](Database &database, OperationGate &gate) {
+        auto turn = std::make_optional(gate.begin());
+        database.store().grouped([&database] {
+            database.run(QStringLiteral("Insert Into tbFold (sPh, sUL, sUF, sEd)"
+                                        " Values ('/a', '', '', '')"));
+        });
+        turn.reset();
+        Store another;
+        another.open(database.path());
+        seen =
+            another.queryJet(QStringLiteral("Select Count(*) From tbFold")).at(0, 0).toLongLong();
+    };
+    Program program({*m_person, nullptr, m_person.get(),
+                     [&](const MainRooms &rooms, const LaunchLayout &) {
+                         return Program::MainWindow{
+                             nullptr, &host,
+                             [&change, &database = rooms.database, &gate = rooms.gate] {
+                                 change(database, gate);
+                             }};
+                     }},
+                    m_flags);
+    QCOMPARE(program.Main(CommandLine::parse(QString())), 0);
+    QCOMPARE(seen, 1);
 }
 
 } // namespace venlo::test
