@@ -150,6 +150,17 @@ void Database::ExecSql(const QString &sql, bool &ok)
     }
 }
 
+void Database::ExecSql(const QString &sql, const QVariantList &values, bool &ok)
+{
+    m_lastError.clear();
+    try {
+        m_store->execJet(sql, values);
+        ok = true;
+    } catch (const DbError &error) {
+        m_lastError = error.words();
+    }
+}
+
 void Database::SelectRows(const QString &sql, Rows &rows, int &count)
 {
     count = 0;

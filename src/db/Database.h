@@ -40,6 +40,8 @@ public:
     /// Runs a statement that returns no rows. ok becomes true only after it ran; a failing
     /// statement leaves it as it was and is noted for lastError().
     void ExecSql(const QString &sql, bool &ok);
+    /// The same for a text with placeholders, filled as run() fills it.
+    void ExecSql(const QString &sql, const QVariantList &values, bool &ok);
     /// All rows; count is 0 first. Throws DbError.
     void SelectRows(const QString &sql, Rows &rows, int &count);
     /// The first row's fields into the given variables; nothing is written when there is no row or

@@ -2,7 +2,9 @@
 
 #include "db/DbError.h"
 #include "db/FillParams.h"
-#include "db/JetLexer.h"
+#include "db/JetDate.h"
+
+#include <algorithm>
 
 namespace venlo
 {
@@ -12,17 +14,22 @@ namespace
 constexpr QLatin1Char placeholder('?');
 /// A longer text goes the long way, which knows the limits of a statement.
 constexpr qsizetype longestText = 4096;
+constexpr QDate anyDay; ///< where it only counts whether something is a date
 
 /// A value as it is bound; nothing when it is not of the kind.
-std::optional<QVariant> bound(const QVariant &value, bool text)
+std::optional<QVariant> bound(const QVariant &value, JetLexer::Kind kind, const QDate &today)
 {
-    if (!text) {
+    if (kind == JetLexer::Kind::Number) {
         const bool integer =
             value.typeId() == QMetaType::Int || value.typeId() == QMetaType::LongLong;
         // A sign is no part of the literal.
         if (!integer || value.toLongLong() < 0)
             return std::nullopt;
         return value;
+    }
+    if (kind == JetLexer::Kind::Date) {
+        const auto day = dayCountOfLiteral(value.toString(), today);
+        return day ? std::optional<QVariant>(*day) : std::nullopt;
     }
     if (value.isNull())
         return QString(QLatin1String(""));
@@ -36,8 +43,14 @@ std::optional<QVariant> bound(const QVariant &value, bool text)
     return value;
 }
 
-/// The literals of a statement in order; nothing when it holds a date or is none that the lexer
-/// can read by shape alone.
+bool isLiteral(JetLexer::Kind kind)
+{
+    return kind == JetLexer::Kind::Text || kind == JetLexer::Kind::Number ||
+           kind == JetLexer::Kind::Date;
+}
+
+/// The literals of a statement in order; nothing when it is none that the lexer can read by shape
+/// alone.
 std::optional<std::vector<JetLexer::Token>> literalsOf(const QString &statement)
 {
     std::vector<JetLexer::Token> literals;
@@ -45,15 +58,26 @@ std::optional<std::vector<JetLexer::Token>> literalsOf(const QString &statement)
         JetLexer lexer(statement);
         while (lexer.peek().kind != JetLexer::Kind::End) {
             const JetLexer::Token token = lexer.take();
-            if (token.kind == JetLexer::Kind::Date)
-                return std::nullopt;
-            if (token.kind == JetLexer::Kind::Text || token.kind == JetLexer::Kind::Number)
+            if (isLiteral(token.kind))
                 literals.push_back(token);
         }
     } catch (const DbError &) {
         return std::nullopt;
     }
     return literals;
+}
+
+/// Where the text of a literal begins: behind its quote.
+qsizetype beginOf(const JetLexer::Token &literal)
+{
+    return literal.at + (literal.kind == JetLexer::Kind::Number ? 0 : 1);
+}
+
+template <typename Literals>
+auto datesIn(const Literals &literals)
+{
+    return std::count_if(literals.begin(), literals.end(),
+                         [](const auto &literal) { return literal.kind == JetLexer::Kind::Date; });
 }
 } // namespace
 
@@ -76,30 +100,30 @@ std::optional<JetShape> JetShape::of(const QString &sql, const QVariantList &val
         const auto size = filled(QString(placeholder), {value}).size();
         // The literal that begins with the value, or with the quote in front of it, and holds
         // nothing else.
-        const auto begins = [&](const JetLexer::Token &token) {
-            return token.at + (token.kind == JetLexer::Kind::Text ? 1 : 0) == at + grown;
-        };
-        while (next < literals->size() && !begins(literals->at(next)))
+        while (next < literals->size() && beginOf(literals->at(next)) != at + grown)
             ++next;
         if (next == literals->size() || literals->at(next).text.size() != size)
             return std::nullopt;
-        const bool text = literals->at(next).kind == JetLexer::Kind::Text;
-        if (!bound(value, text))
+        const JetLexer::Kind kind = literals->at(next).kind;
+        if (!bound(value, kind, anyDay))
             return std::nullopt;
-        shape.m_lifted.push_back({static_cast<qsizetype>(next), text});
+        shape.m_lifted.push_back({static_cast<qsizetype>(next), kind});
         grown += size - 1;
     }
+    // One that was not lifted may mean another day tomorrow.
+    if (datesIn(*literals) != datesIn(shape.m_lifted))
+        return std::nullopt;
     return shape;
 }
 
-std::optional<JetStatement> JetShape::bind(const QVariantList &values) const
+std::optional<JetStatement> JetShape::bind(const QVariantList &values, const QDate &today) const
 {
     if (values.size() != static_cast<qsizetype>(m_lifted.size()))
         return std::nullopt;
     JetStatement statement = m_statement;
     for (qsizetype i = 0; i < values.size(); ++i) {
         const Lifted &lifted = m_lifted[static_cast<size_t>(i)];
-        auto value = bound(values[i], lifted.text);
+        auto value = bound(values[i], lifted.kind, today);
         if (!value)
             return std::nullopt;
         statement.values[lifted.literal] = std::move(*value);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "db/JetLexer.h"
 #include "db/JetTranslator.h"
 
 #include <QString>
@@ -20,18 +21,20 @@ class JetShape
 public:
     /// Takes the filled text and what it was translated to. Nothing when a placeholder is no whole
     /// literal (a table name, a part of a pattern) or the translation hangs on more than the text
-    /// (dates, patterns).
+    /// (a date written into it, patterns).
     [[nodiscard]] static std::optional<JetShape> of(const QString &sql, const QVariantList &values,
                                                     const JetStatement &translated);
 
     /// The translated statement with these values; nothing when one is of another kind than
-    /// before or has to be looked at (a quote, an unusual length).
-    [[nodiscard]] std::optional<JetStatement> bind(const QVariantList &values) const;
+    /// before or has to be looked at (a quote, an unusual length, no date). today: for years of
+    /// two digits.
+    [[nodiscard]] std::optional<JetStatement> bind(const QVariantList &values,
+                                                   const QDate &today) const;
 
 private:
     struct Lifted {
         qsizetype literal; ///< its place among the statement's values
-        bool text;
+        JetLexer::Kind kind;
     };
 
     JetStatement m_statement;

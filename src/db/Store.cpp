@@ -121,7 +121,7 @@ JetStatement Store::translateFilled(const QString &sql, const QVariantList &valu
     const auto shape = m_shapes.constFind(sql);
     const bool known = shape != m_shapes.constEnd();
     if (known && shape->has_value()) {
-        if (auto bound = (*shape)->bind(values))
+        if (auto bound = (*shape)->bind(values, m_options.today()))
             return std::move(*bound);
     }
     if (const auto broken = brokenValue(sql, values)) {

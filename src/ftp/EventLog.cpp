@@ -4,24 +4,39 @@
 
 #include <QFile>
 
+#include <algorithm>
+#include <utility>
+
 namespace venlo
 {
+
+using namespace std::chrono_literals;
 
 namespace
 {
 constexpr qsizetype longestNote = 8192; // characters; a server's words may be endless
 
+constexpr auto longestWait = 50ms;
+constexpr qsizetype mostWaiting = 64LL * 1024; ///< bytes
+
+bool isControl(QChar c)
+{
+    const ushort code = c.unicode();
+    return code < 0x20 || (code >= 0x7f && code <= 0x9f);
+}
+
 /// Control characters become "\xHH", so that a note is one line and cannot command a terminal.
 QString escaped(const QString &text)
 {
+    if (std::none_of(text.begin(), text.end(), isControl))
+        return text;
     QString safe;
     safe.reserve(text.size());
     for (const QChar c : text) {
-        const ushort code = c.unicode();
-        if (code >= 0x20 && (code < 0x7f || code > 0x9f))
-            safe.append(c);
+        if (isControl(c))
+            safe.append(QStringLiteral("\\x%1").arg(c.unicode(), 2, 16, QLatin1Char('0')));
         else
-            safe.append(QStringLiteral("\\x%1").arg(code, 2, 16, QLatin1Char('0')));
+            safe.append(c);
     }
     return safe;
 }
@@ -30,9 +45,15 @@ QString escaped(const QString &text)
 EventLog::EventLog(const QString &userDataFolder, ErrorLog::Clock clock)
     : m_path(userDataFolder + QStringLiteral("FtpEvent.Log")), m_clock(std::move(clock))
 {
+    m_soon.setInterval(longestWait);
+    m_soon.setSingleShot(true);
+    QObject::connect(&m_soon, &QTimer::timeout, &m_soon, [this] { flush(); });
 }
 
-EventLog::~EventLog() = default;
+EventLog::~EventLog()
+{
+    flush();
+}
 
 QString EventLog::olderPath() const
 {
@@ -65,19 +86,58 @@ void EventLog::rotate()
         m_size = 0;
 }
 
-void EventLog::note(const QString &line)
+QByteArray EventLog::stamp()
 {
-    const QByteArray text = (m_clock().toString(QStringLiteral("yyyy/MM/dd HH:mm:ss.zzz ")) +
-                             escaped(line.left(longestNote)) + QLatin1Char('\n'))
-                                .toUtf8();
+    constexpr qint64 perSecond = 1000;
+    const QDateTime now = m_clock();
+    const qint64 ms = now.toMSecsSinceEpoch();
+    const qint64 rest = (ms % perSecond + perSecond) % perSecond;
+    if (m_dateText.isEmpty() || m_second != (ms - rest) / perSecond) {
+        m_second = (ms - rest) / perSecond;
+        m_dateText = now.toLocalTime().toString(QStringLiteral("yyyy/MM/dd HH:mm:ss.")).toLatin1();
+    }
+    return m_dateText + QByteArray::number(perSecond + rest).mid(1) + ' ';
+}
+
+bool EventLog::add(const QString &line)
+{
+    const QByteArray text = stamp() + escaped(line.left(longestNote)).toUtf8() + '\n';
     if (!open())
-        return;
+        return false;
     if (m_size + text.size() > maxBytes) {
+        flush();
         rotate();
         if (!open())
-            return;
+            return false;
     }
-    m_size += m_file->write(text);
+    m_size += text.size();
+    m_waiting += text;
+    return true;
+}
+
+void EventLog::note(const QString &line)
+{
+    if (add(line))
+        flush();
+}
+
+void EventLog::noteSoon(const QString &line)
+{
+    if (!add(line))
+        return;
+    if (m_waiting.size() > mostWaiting)
+        flush();
+    else if (!m_soon.isActive())
+        m_soon.start();
+}
+
+void EventLog::flush()
+{
+    if (m_waiting.isEmpty() || !m_file->isOpen())
+        return;
+    const QByteArray lines = std::exchange(m_waiting, {});
+    const qint64 written = std::max<qint64>(m_file->write(lines), 0);
+    m_size += written - lines.size();
 }
 
 } // namespace venlo

@@ -84,8 +84,7 @@ RemoteDownloads::Item RemoteDownloads::itemOf(const QString &dir, const QString 
 {
     Item item{dir, name, remoteChild(dir, name), folder, localChild(folder, name)};
     // Also where MLSD lists now: the rows may be an older LIST's.
-    (void)m_context.cache.refineTime(dir, name);
-    item.cached = m_context.cache.cachedFile(dir, name, item.day, item.size);
+    item.cached = m_context.cache.refinedFile(dir, name, item.day, item.size);
     return item;
 }
 

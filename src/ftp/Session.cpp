@@ -37,6 +37,7 @@ struct Session::Data {
           clientLimits(limits), judge(person, events),
           waiter([&person] { return person.cancelled(); })
     {
+        waiter.setMeanwhile([&events] { events.flush(); });
     }
 
     void setState(State next, const QString &why);
@@ -180,7 +181,7 @@ void Session::Connect(const QString &siteName, const QString &server, const QStr
         return;
     }
     m->client = std::make_unique<FtpClient>(m->waiter, m->clientLimits);
-    m->client->setTrace([log = &m->eventLog](const QString &line) { log->note(line); });
+    m->client->setTrace([log = &m->eventLog](const QString &line) { log->noteSoon(line); });
     m->activeUnusable = false;
     const auto address = ServerAddress::parse(server);
     m->judge.begin(address && address.value().tls != TlsUse::Offered);

@@ -1,6 +1,8 @@
 #include "db/DbFixture.h"
 #include "db/FillParams.h"
 #include "db/JetShape.h"
+
+#include "db/JetDate.h"
 #include "db/Store.h"
 
 #include <QTest>
@@ -21,9 +23,11 @@ private Q_SLOTS:
     void noShape();
     void otherValues_data();
     void otherValues();
+    void datesBindByToday();
     void tablesThatChange();
 
 private:
+    void makeDatedTable();
     [[nodiscard]] std::optional<JetShape> shapeOf(const QString &sql, const QVariantList &values);
 
     DbFixture m_fixture;
@@ -42,6 +46,12 @@ QVariant text(const char *utf8)
 std::optional<JetShape> tst_JetShape::shapeOf(const QString &sql, const QVariantList &values)
 {
     return JetShape::of(sql, values, m_fixture.db().store().translate(venlo::filled(sql, values)));
+}
+
+void tst_JetShape::makeDatedTable()
+{
+    if (!m_fixture.db().tableNames().contains(QStringLiteral("www")))
+        m_fixture.makeCacheTable(QStringLiteral("www"));
 }
 
 void tst_JetShape::sameAsTranslating_data()
@@ -70,6 +80,10 @@ void tst_JetShape::sameAsTranslating_data()
     QTest::newRow("a query") << QStringLiteral(
                                     "Select sFL, nSL From tbFile Where sPh='?' Order By sFL")
                              << QVariantList{text("/a")} << QVariantList{text("/b # ; --")};
+    QTest::newRow("dates") << QStringLiteral("Insert Into www (sDir, bFd, sName, dDate, nSize)"
+                                             " Values ('?', ?, '?', #?#, ?)")
+                           << QVariantList{text("/a"), 0, text("b"), text("26/11/21 05:10"), 7}
+                           << QVariantList{text("/c"), 1, text("d"), text("99/02/28 23:59"), 0};
     QTest::newRow("a sign outside the value")
         << QStringLiteral("Update tbFile Set nSL=-? Where nSF>?") << QVariantList{1, 2}
         << QVariantList{30, 40};
@@ -80,10 +94,11 @@ void tst_JetShape::sameAsTranslating()
     QFETCH(QString, sql);
     QFETCH(QVariantList, first);
     QFETCH(QVariantList, second);
+    makeDatedTable();
     const auto shape = shapeOf(sql, first);
     QVERIFY(shape);
     for (const QVariantList &values : {first, second}) {
-        const auto bound = shape->bind(values);
+        const auto bound = shape->bind(values, QDate::currentDate());
         QVERIFY(bound);
         const JetStatement again = m_fixture.db().store().translate(venlo::filled(sql, values));
         QCOMPARE(bound->kind, again.kind);
@@ -118,8 +133,14 @@ void tst_JetShape::noShape_data()
         << QStringLiteral("Update tbFold Set sUL='?'") << QVariantList{5};
     QTest::newRow("a negative number")
         << QStringLiteral("Update tbFile Set nSL=?") << QVariantList{-5};
-    QTest::newRow("a date") << QStringLiteral("Select dDate From www Where dDate<#?# And sDir='?'")
-                            << QVariantList{text("24/05/06"), text("a")};
+    QTest::newRow("a date of its own")
+        << QStringLiteral("Select dDate From www Where dDate<#24/05/06# And sDir='?'")
+        << QVariantList{text("a")};
+    QTest::newRow("a date of its own behind another")
+        << QStringLiteral("Select dDate From www Where dDate<#?# And dDate>#24/05/06#")
+        << QVariantList{text("24/05/06")};
+    QTest::newRow("a part of a date")
+        << QStringLiteral("Select dDate From www Where dDate<#24/05/?#") << QVariantList{6};
     QTest::newRow("a schema") << QStringLiteral("Create Table ? (a Long)")
                               << QVariantList{text("fresh")};
 }
@@ -128,8 +149,7 @@ void tst_JetShape::noShape()
 {
     QFETCH(QString, sql);
     QFETCH(QVariantList, values);
-    if (!m_fixture.db().tableNames().contains(QStringLiteral("www")))
-        m_fixture.makeCacheTable(QStringLiteral("www"));
+    makeDatedTable();
     QVERIFY(!shapeOf(sql, values));
 }
 
@@ -156,7 +176,25 @@ void tst_JetShape::otherValues()
     QFETCH(QVariantList, values);
     const auto shape = shapeOf(update, {0, text("a"), text("b"), text("c")});
     QVERIFY(shape);
-    QVERIFY(!shape->bind(values));
+    QVERIFY(!shape->bind(values, QDate::currentDate()));
+}
+
+/// A year of two digits lies in the century that is nearest when the statement runs.
+void tst_JetShape::datesBindByToday()
+{
+    makeDatedTable();
+    const auto shape =
+        shapeOf(QStringLiteral("Select sName From www Where dDate<#?#"), {text("24/05/06")});
+    QVERIFY(shape);
+    const auto dayOf = [&](const char *date, int thisYear) {
+        const auto bound = shape->bind({text(date)}, QDate(thisYear, 1, 1));
+        return bound ? bound->values.constFirst().toDouble() : -1;
+    };
+    QCOMPARE(dayOf("24/05/06", 2026), *venlo::dayCountOfLiteral(QLatin1String("2024/05/06"), {}));
+    QCOMPARE(dayOf("24/05/06", 2126), *venlo::dayCountOfLiteral(QLatin1String("2124/05/06"), {}));
+    QCOMPARE(dayOf("24/13/06", 2026), -1.0);
+    QCOMPARE(dayOf("24/05/06#", 2026), -1.0);
+    QCOMPARE(dayOf("", 2026), -1.0);
 }
 
 void tst_JetShape::tablesThatChange()

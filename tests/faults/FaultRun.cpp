@@ -244,6 +244,7 @@ QStringList FaultRun::errorLines() const
 
 QString FaultRun::story() const
 {
+    m_world.eventLog.flush();
     QFile events(m_world.eventLog.path());
     const QString dialogue =
         events.open(QIODevice::ReadOnly) ? QString::fromUtf8(events.readAll()) : QString();

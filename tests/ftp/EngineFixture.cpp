@@ -72,6 +72,7 @@ QStringList EngineFixture::errorLines() const
 
 QString EngineFixture::events() const
 {
+    eventLog.flush();
     QFile log(eventLog.path());
     return log.open(QIODevice::ReadOnly) ? QString::fromUtf8(log.readAll()) : QString();
 }

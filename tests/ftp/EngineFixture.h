@@ -39,7 +39,7 @@ struct EngineFixture {
     Flags flags;
     Database database;
     ErrorLog errorLog;
-    EventLog eventLog;
+    mutable EventLog eventLog; ///< flushed by those who read its file
     Session session;
     DirectoryCache cache;
 };

@@ -36,6 +36,11 @@ private Q_SLOTS:
     void notes_data();
     void notes();
     void eachNoteIsThereAtOnce();
+    void linesThatMayWait();
+    void waitingLinesGoByThemselves();
+    void waitingLinesGoAtTheEnd();
+    void manyDoNotWait();
+    void stampsGoOn();
     void goesOnBehindAnEarlierRun();
     void twoFilesAtMost();
     void privateToTheUser();
@@ -73,6 +78,75 @@ void tst_EventLog::eachNoteIsThereAtOnce()
     }
 }
 
+void tst_EventLog::linesThatMayWait()
+{
+    Fixture f;
+    f.log.noteSoon(QStringLiteral("a"));
+    f.log.noteSoon(QStringLiteral("b"));
+    QCOMPARE(contentOf(f.log.path()), QByteArray());
+    f.log.flush();
+    QCOMPARE(contentOf(f.log.path()).count('\n'), 2);
+    f.log.noteSoon(QStringLiteral("c"));
+    f.log.note(QStringLiteral("d"));
+    const QByteArray stamp("2026/11/21 05:10:09.007 ");
+    QCOMPARE(contentOf(f.log.path()),
+             stamp + "a\n" + stamp + "b\n" + stamp + "c\n" + stamp + "d\n");
+    f.log.flush();
+    QCOMPARE(contentOf(f.log.path()).count('\n'), 4);
+}
+
+void tst_EventLog::waitingLinesGoByThemselves()
+{
+    Fixture f;
+    for (int i = 1; i <= 2; ++i) {
+        f.log.noteSoon(QStringLiteral("x"));
+        QTRY_COMPARE_WITH_TIMEOUT(contentOf(f.log.path()).count('\n'), i, 2000);
+    }
+}
+
+void tst_EventLog::waitingLinesGoAtTheEnd()
+{
+    const QTemporaryDir folder;
+    QString path;
+    {
+        EventLog log(folder.path() + QLatin1Char('/'), &moment);
+        path = log.path();
+        log.noteSoon(QStringLiteral("last words"));
+    }
+    QVERIFY(contentOf(path).endsWith(" last words\n"));
+}
+
+void tst_EventLog::manyDoNotWait()
+{
+    Fixture f;
+    const QString line(1000, QLatin1Char('x'));
+    for (int i = 0; i < 100; ++i)
+        f.log.noteSoon(line);
+    QVERIFY(contentOf(f.log.path()).count('\n') > 50);
+    QVERIFY(contentOf(f.log.path()).endsWith("x\n"));
+}
+
+void tst_EventLog::stampsGoOn()
+{
+    const QTemporaryDir folder;
+    QDateTime now = moment();
+    EventLog log(folder.path() + QLatin1Char('/'), [&now] { return now; });
+    for (const qint64 step :
+         {0LL, 1LL, 991LL, 1LL, 86'400'000LL, -1LL, -100'000LL * 86'400'000LL}) {
+        now = now.addMSecs(step);
+        log.noteSoon(QStringLiteral("x"));
+    }
+    now = now.toUTC(); // the log shows this machine's time all the same
+    log.note(QStringLiteral("x"));
+    const QByteArray text = contentOf(log.path());
+    QVERIFY2(text.startsWith("2026/11/21 05:10:09.007 x\n2026/11/21 05:10:09.008 x\n"
+                             "2026/11/21 05:10:09.999 x\n2026/11/21 05:10:10.000 x\n"
+                             "2026/11/22 05:10:10.000 x\n2026/11/22 05:10:09.999 x\n"),
+             text.constData());
+    const QByteArray past = now.toLocalTime().toString(u"yyyy/MM/dd HH:mm:ss.zzz").toLatin1();
+    QVERIFY2(text.endsWith(past + " x\n" + past + " x\n"), text.constData());
+}
+
 void tst_EventLog::goesOnBehindAnEarlierRun()
 {
     Fixture f;
@@ -91,7 +165,7 @@ void tst_EventLog::twoFilesAtMost()
     const QString line(4000, QLatin1Char('x'));
     const int enoughForThree = static_cast<int>(3 * EventLog::maxBytes / line.size());
     for (int i = 0; i < enoughForThree; ++i)
-        f.log.note(line);
+        i % 3 == 0 ? f.log.note(line) : f.log.noteSoon(line);
     f.log.note(QStringLiteral("last"));
     QVERIFY(QFileInfo(f.log.path()).size() <= EventLog::maxBytes);
     QVERIFY(QFileInfo(f.log.olderPath()).size() <= EventLog::maxBytes);

@@ -47,6 +47,7 @@ private Q_SLOTS:
     void unknownProxyText();
     void failedConnect_data();
     void failedConnect();
+    void whatHangsIsInTheLog();
     void secretsStayOnThisSide_data();
     void secretsStayOnThisSide();
     void cacheEmptiedEvenWhenConnectFailed();
@@ -204,6 +205,23 @@ void tst_Session::failedConnect()
     QCOMPARE(f.errorLines(), QStringList(QStringLiteral("InternetConnect")));
     QVERIFY(f.person.verify());
     QVERIFY2(!f.events().contains(pass), "a password in the second log");
+}
+
+/// Whoever looks why nothing goes on finds what was asked last.
+void tst_Session::whatHangsIsInTheLog()
+{
+    ScriptedServer server;
+    server.on("PWD").hang();
+    QVERIFY(server.start());
+    EngineFixture f;
+    f.registerSite(site, server.server(), user, password);
+    QByteArray seen;
+    QTimer::singleShot(500, this, [&] {
+        QFile log(f.eventLog.path());
+        seen = log.open(QIODevice::ReadOnly) ? log.readAll() : QByteArray();
+    });
+    (void)f.connectTo(site, server.server(), user, password);
+    QVERIFY2(seen.endsWith(" > PWD\n"), seen.constData());
 }
 
 void tst_Session::secretsStayOnThisSide_data()

@@ -218,6 +218,7 @@ QString HostileWorld::said() const
         engine.person.messages() + engine.person.warnings() + engine.person.statusLines();
     for (const Outcome &outcome : engine.person.outcomes())
         all << outcome.from + QLatin1Char(' ') + outcome.to + QLatin1Char(' ') + outcome.why;
+    engine.eventLog.flush();
     all << QString::fromLatin1(engine.errorLogText()) << contentOf(engine.eventLog.path());
     return all.join(QLatin1Char('\n'));
 }

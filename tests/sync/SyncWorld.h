@@ -63,7 +63,7 @@ public:
     Flags flags;
     Database database;
     ErrorLog errorLog;
-    EventLog eventLog;
+    mutable EventLog eventLog; ///< flushed by those who read its file
     Session session;
     DirectoryCache cache;
     RemoteOperations operations;

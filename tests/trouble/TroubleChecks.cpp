@@ -78,6 +78,7 @@ QStringList TroubleRun::errorLines() const
 
 QString TroubleRun::story() const
 {
+    m_world->eventLog.flush();
     QFile events(m_world->eventLog.path());
     const QString dialogue =
         events.open(QIODevice::ReadOnly) ? QString::fromUtf8(events.readAll()) : QString();

@@ -30,7 +30,8 @@ WaitEnd Waiter::wait(const std::function<bool()> &done, std::chrono::millisecond
 {
     if (done())
         return WaitEnd::Done;
-
+    if (m_meanwhile)
+        m_meanwhile();
     QDeadlineTimer deadline(limit);
     qint64 seen = activity ? activity() : 0;
     if (m_depth++ == 0)

@@ -19,6 +19,8 @@ public:
     using CancelTest = std::function<bool()>;
 
     explicit Waiter(CancelTest cancelled);
+    /// What is done each time that the other side is really waited for, while it works.
+    void setMeanwhile(std::function<void()> meanwhile) { m_meanwhile = std::move(meanwhile); }
 
     /// Runs the event loop until done() holds, the limit is over or the person cancelled. done()
     /// may do work (read a socket); it is asked after every batch of events. A change of
@@ -38,6 +40,7 @@ private:
                  const std::function<qint64()> &activity, bool heedCancel);
 
     CancelTest m_cancelled;
+    std::function<void()> m_meanwhile;
     QTimer m_tick; ///< wakes the loop so that limits and Cancel are seen when nothing happens
     int m_depth = 0;
 };
