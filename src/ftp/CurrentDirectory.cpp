@@ -139,8 +139,11 @@ void CurrentDirectory::makeChain(const QString &dir, bool &ok)
     const auto made = m_session.client().makeDirectory(m_cache.rawName(parent, leaf));
     ok = made.ok();
     if (ok) {
-        if (!m_flags.unattendedTransfer)
-            m_frontEnd.addStatus(dir + QStringLiteral(" CreateDirectory･･･"));
+        if (!m_flags.unattendedTransfer) {
+            const QString text = dir + QStringLiteral(" CreateDirectory･･･");
+            m_frontEnd.setMessageLine(text);
+            m_frontEnd.addStatus(text);
+        }
         return;
     }
     m_session.errorLog().LogError(QStringLiteral("sjMakePrDir Err: ") + dir +

@@ -36,6 +36,8 @@ private Q_SLOTS:
     void unattendedDelete();
     void unattendedDeleteFails();
     void makesADirectory();
+    void makesAChain_data();
+    void makesAChain();
     void makeDirectoryFails_data();
     void makeDirectoryFails();
     void removesATree();
@@ -169,6 +171,28 @@ void tst_Removals::makesADirectory()
                                    QDate::currentDate().toString(QStringLiteral("yy/MM/dd"))),
              qPrintable(rows.at(0)));
     QVERIFY(rows.at(0).endsWith(QStringLiteral("|0")));
+}
+
+void tst_Removals::makesAChain_data()
+{
+    QTest::addColumn<bool>("unattended");
+    QTest::newRow("a person looks on") << false;
+    QTest::newRow("unattended: nothing is shown") << true;
+}
+
+void tst_Removals::makesAChain()
+{
+    QFETCH(bool, unattended);
+    Fixture f;
+    QVERIFY(f.start());
+    f.flags.unattendedTransfer = unattended;
+    f.operations.sjMakePrDir(QStringLiteral("/x/y"), f.ok);
+    QVERIFY(f.ok);
+    QVERIFY(f.server.exists("/x/y"));
+    const QStringList said{QStringLiteral("/x CreateDirectory･･･"),
+                           QStringLiteral("/x/y CreateDirectory･･･")};
+    QCOMPARE(f.status(), unattended ? QStringList() : said);
+    QCOMPARE(f.person.messageLines(), f.status());
 }
 
 void tst_Removals::makeDirectoryFails_data()
