@@ -136,11 +136,18 @@ RemoteUploads::Decision RemoteUploads::decide(const Item &item, const UploadLine
     }
     double day = 0;
     qint64 size = 0;
-    if (m_context.cache.cachedFile(item.dir, item.name, day, size))
+    std::optional<Existing> existing;
+    if (m_context.cache.cachedFile(item.dir, item.name, day, size)) {
+        if (!hidesSeconds(day, line))
+            return compare(item, line, {day, size});
+        if (askServer(item, existing).end == OperationContext::End::Stop)
+            return Decision::Cancel;
+        if (existing && existing->day)
+            day = *existing->day;
         return compare(item, line, {day, size});
+    }
     if (!item.unsure)
         return Decision::Send;
-    std::optional<Existing> existing;
     const auto asked = askServer(item, existing);
     if (asked.end == OperationContext::End::Stop)
         return Decision::Cancel;
@@ -148,6 +155,17 @@ RemoteUploads::Decision RemoteUploads::decide(const Item &item, const UploadLine
         return existing ? compare(item, line, *existing) : Decision::Send;
     giveUpLine(item, asked.error);
     return Decision::GivenUp;
+}
+
+bool RemoteUploads::hidesSeconds(double day, const UploadLine &line) const
+{
+    const FtpClient &client = m_context.session.client();
+    if (!client.listsByMlsd() || !client.hasMdtm())
+        return false;
+    const QDateTime there = fromDayCount(day);
+    const QString date = FormatDateText(there);
+    return there.time().second() == 0 && date != line.dateText &&
+           line.dateText.startsWith(FormatMinuteText(there));
 }
 
 RemoteUploads::Decision RemoteUploads::compare(const Item &item, const UploadLine &line,

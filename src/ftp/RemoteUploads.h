@@ -49,6 +49,9 @@ private:
 
     [[nodiscard]] bool putLine(const Item &item, const UploadLine &line);
     [[nodiscard]] Decision decide(const Item &item, const UploadLine &line);
+    /// Of a server that tells seconds a directory may have been listed without them (STAT). True
+    /// where they decide: the existing file may be the newer one of the same minute.
+    [[nodiscard]] bool hidesSeconds(double day, const UploadLine &line) const;
     [[nodiscard]] Decision compare(const Item &item, const UploadLine &line,
                                    const Existing &existing);
     [[nodiscard]] Decision askPerson(const UploadLine &line, const Existing &existing);
