@@ -86,6 +86,8 @@ public:
     /// The same with the time refined where that is due (see refineTime).
     [[nodiscard]] bool refinedFile(const QString &dir, const QString &name, double &day,
                                    qint64 &size);
+    /// True when a directory has rows, or needs none to be known.
+    [[nodiscard]] bool isLoaded(const QString &dir);
     /// True when a file or folder of this name is cached.
     [[nodiscard]] bool isCached(const QString &dir, const QString &name);
     /// The names in the rows there are; nothing is listed.
@@ -162,7 +164,6 @@ private:
     void dropPrefix(const QString &prefix);
     /// Directories with rows whose path begins with prefix, letter case ignored.
     [[nodiscard]] QStringList directoriesFrom(const QString &prefix);
-    [[nodiscard]] bool isLoaded(const QString &dir);
     /// The bytes of a row's name, nothing when there is no such row.
     [[nodiscard]] std::optional<QByteArray> cachedRawName(const QString &dir, const QString &name);
     [[nodiscard]] std::optional<QByteArray> knownRawPath(const QString &dir);

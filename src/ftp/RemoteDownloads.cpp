@@ -162,6 +162,9 @@ Result<void> RemoteDownloads::fetch(const SteadyFolder &folder, const Item &item
     if (auto whole = checkSize(item, raw, received.value()); !whole)
         return whole;
     meter.finished(received.value());
+    Session &session = m_context.session;
+    if (auto kept = temporary.flush([&session](const auto &work) { session.aside(work); }); !kept)
+        return kept;
     if (folder.leadsAway())
         return elsewhere;
     bool timeSet = true;

@@ -69,12 +69,14 @@ bool RemoteUploads::putTree(const QString &local, const QString &remoteParent, c
                             int depth)
 {
     const SteadyFolder steady(local);
-    if (!m_context.enter(remoteParent, true))
-        return false;
-    m_context.loadIfAbsent(remoteParent); // or the new row would look like all of them
-    const Folder made = makeFolder(local, remoteParent, name);
-    if (made != Folder::There)
-        return made == Folder::GivenUp;
+    if (!makeAtOnce(local, remoteParent, name)) {
+        if (!m_context.enter(remoteParent, true))
+            return false;
+        m_context.loadIfAbsent(remoteParent); // or the new row would look like all of them
+        const Folder made = makeFolder(local, remoteParent, name);
+        if (made != Folder::There)
+            return made == Folder::GivenUp;
+    }
     const QString remote = remoteChild(remoteParent, name);
     const auto files = filesOf(local);
     const QStringList folders = subFoldersOf(local);
@@ -93,6 +95,28 @@ bool RemoteUploads::putTree(const QString &local, const QString &remoteParent, c
             return false;
     }
     return true;
+}
+
+/// Below a folder that is known to be there one round trip makes another, instead of three. False
+/// when it has to be made step by step, whatever this one has come to.
+bool RemoteUploads::makeAtOnce(const QString &local, const QString &remoteParent,
+                               const QString &name)
+{
+    bool listed = false;
+    m_context.keepCache(remoteParent, [&] { listed = m_context.cache.isLoaded(remoteParent); });
+    if (!listed)
+        return false;
+    const QString remote = remoteChild(remoteParent, name);
+    bool made = false;
+    const auto entered =
+        m_context.session.client().makeAndEnter(m_context.cache.rawPath(remote), made);
+    if (made)
+        folderMade(local, remoteParent, name);
+    if (entered)
+        m_context.session.setCurrentRemoteDir(remoteParent);
+    else
+        m_context.note(QStringLiteral("%1: %2").arg(remote, entered.error().words));
+    return entered.ok();
 }
 
 RemoteUploads::Folder RemoteUploads::makeFolder(const QString &local, const QString &remoteParent,
@@ -120,13 +144,19 @@ RemoteUploads::Folder RemoteUploads::makeFolder(const QString &local, const QStr
         giveUpFolder(local, remote, attempted.error);
         return Folder::GivenUp;
     }
-    if (made) {
-        m_context.status(remote + QStringLiteral(" Create Directry ･･･"));
-        m_context.keepRows(remote, [&] { m_context.cache.caAddFold(local, remoteParent, name); });
-        m_context.cache.madeEmpty(remote);
-        m_context.done(Outcome::Kind::FolderMade, remote);
-    }
+    if (made)
+        folderMade(local, remoteParent, name);
     return Folder::There;
+}
+
+void RemoteUploads::folderMade(const QString &local, const QString &remoteParent,
+                               const QString &name)
+{
+    const QString remote = remoteChild(remoteParent, name);
+    m_context.status(remote + QStringLiteral(" Create Directry ･･･"));
+    m_context.keepRows(remote, [&] { m_context.cache.caAddFold(local, remoteParent, name); });
+    m_context.cache.madeEmpty(remote);
+    m_context.done(Outcome::Kind::FolderMade, remote);
 }
 
 void RemoteUploads::giveUpFolder(const QString &local, const QString &remote, const Error &error)

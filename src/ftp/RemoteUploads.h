@@ -70,9 +70,12 @@ private:
 
     [[nodiscard]] bool putTree(const QString &local, const QString &remoteParent,
                                const QString &name, int depth);
+    [[nodiscard]] bool makeAtOnce(const QString &local, const QString &remoteParent,
+                                  const QString &name);
     enum class Folder { There, GivenUp, Stop };
     [[nodiscard]] Folder makeFolder(const QString &local, const QString &remoteParent,
                                     const QString &name);
+    void folderMade(const QString &local, const QString &remoteParent, const QString &name);
     void giveUpFolder(const QString &local, const QString &remote, const Error &error);
 
     OperationContext &m_context;

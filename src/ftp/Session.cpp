@@ -352,6 +352,11 @@ int Session::connects() const
     return m->connects;
 }
 
+void Session::aside(const std::function<void()> &work)
+{
+    m->waiter.aside(work);
+}
+
 FtpClient &Session::client()
 {
     return *m->client;

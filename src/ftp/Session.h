@@ -4,6 +4,7 @@
 
 #include <QString>
 
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -66,6 +67,9 @@ public:
     void setCurrentRemoteDir(const QString &dir);
     /// Name of the current site's cache table, empty before the first connect.
     [[nodiscard]] QString currentSite() const;
+    /// Runs what blocks for long, such as a disk's answer, while the event loop goes on as in a
+    /// wait for the server.
+    void aside(const std::function<void()> &work);
     /// Only while connected.
     [[nodiscard]] FtpClient &client();
     [[nodiscard]] const ClientLimits &limits() const;

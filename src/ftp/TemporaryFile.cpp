@@ -9,6 +9,11 @@
 namespace venlo
 {
 
+namespace
+{
+constexpr qint64 longFlush = 8LL * 1024 * 1024; ///< bytes a disk takes longer for than an eye sees
+}
+
 TemporaryFile::TemporaryFile(DownloadJournal &journal, const QString &folder)
     : m_journal(journal), m_file(localChild(folder, newTemporaryName()))
 {
@@ -43,11 +48,20 @@ Result<void> TemporaryFile::open()
     return Error{ErrorClass::Local, m_file.errorString(), 0};
 }
 
+Result<void> TemporaryFile::flush(const Aside &aside)
+{
+    bool flushed = m_file.flush();
+    const auto putOnDisk = [&] { flushed = flushed && flushToDisk(m_file); };
+    if (m_file.size() < longFlush)
+        putOnDisk();
+    else
+        aside(putOnDisk);
+    return flushed ? Result<void>() : Error{ErrorClass::Local, m_file.errorString(), 0};
+}
+
 Result<void> TemporaryFile::replace(const QString &target, qint64 size, const QDateTime &time,
                                     bool &timeSet)
 {
-    if (!flushToDisk(m_file))
-        return Error{ErrorClass::Local, m_file.errorString(), 0};
     if (m_file.size() != size)
         return Error{ErrorClass::Retry, QStringLiteral("受信した大きさが一致しません"), 0};
     const QFileInfo old(target);

@@ -7,6 +7,8 @@
 #include <QFile>
 #include <QString>
 
+#include <functional>
+
 namespace venlo
 {
 
@@ -22,9 +24,13 @@ public:
 
     [[nodiscard]] Result<void> open();
     [[nodiscard]] QIODevice &device() { return m_file; }
-    /// Forces the content to the disk, sets the time where it is valid, and replaces the target in
-    /// one step. On failure the target is as it was. timeSet turns false when the file system
-    /// does not take the time, which is no failure.
+    using Aside = std::function<void(const std::function<void()> &work)>;
+    /// Forces the content to the disk, which is due before it takes the place of something else.
+    /// aside runs what may take long.
+    [[nodiscard]] Result<void> flush(const Aside &aside);
+    /// Sets the time where it is valid and replaces the target in one step. On failure the target
+    /// is as it was. timeSet turns false when the file system does not take the time, which is no
+    /// failure.
     [[nodiscard]] Result<void> replace(const QString &target, qint64 size, const QDateTime &time,
                                        bool &timeSet);
 

@@ -217,7 +217,9 @@ void tst_FtpClientFaults::repliesToAbor()
     QElapsedTimer timer;
     timer.start();
     QCOMPARE(f.transfer("RETR"), std::optional(ErrorClass::Cancelled));
-    QVERIFY2(timer.elapsed() < 10'000, "waited for the completion although cancelled");
+    // Nothing is waited for that does not come, but for a first reply.
+    QVERIFY2(timer.elapsed() < (sameConnection ? 1'400 : 10'000),
+             qPrintable(QString::number(timer.elapsed())));
     QCOMPARE(f.server.count("ABOR"), 1);
     f.cancelled = false;
     QCOMPARE(f.client.isOpen(), sameConnection);

@@ -71,6 +71,9 @@ private Q_SLOTS:
     void oldPortIsAskedAgain();
     void cancelled_data();
     void cancelled();
+    void foldersInOneGo();
+    void foldersThatCannotBeMade();
+    void foldersOneStepAtATime();
     void givenUpOnce();
     void lossIsForgivenOnce();
     void closedBehindTheCompletion();
@@ -280,6 +283,71 @@ void tst_Riding::cancelled()
     QCOMPARE(f.client.size("a").value(), 5);
     QCOMPARE(f.client.printDirectory().value(), QStringLiteral("/"));
     QVERIFY(early == EarlyLines::Dropped || f.inStep());
+}
+
+void tst_Riding::foldersInOneGo()
+{
+    Fixture f;
+    bool made = false;
+    f.server.makeFolder("/there");
+    QVERIFY(f.ready());
+    QVERIFY(f.client.makeAndEnter("/new", made) && made); // the next port waits already
+    QVERIFY(f.put("1", "one"));
+    QVERIFY(f.client.makeAndEnter("/new/below", made) && made);
+    QVERIFY(f.put("2", "two"));
+    QVERIFY(f.client.makeAndEnter("/there", made) && !made);
+    QCOMPARE(f.get("/a", -1), QByteArray("first")); // asks for no port behind it
+    QVERIFY(f.client.makeAndEnter("/other", made) && made);
+    QVERIFY(f.put("3", "three"));
+    const QByteArray put("STOR SIZE MFMT EPSV");
+    QCOMPARE(f.batches(),
+             Batches({"MKD CWD", put, "MKD CWD", put, "MKD CWD", "RETR", "MKD CWD EPSV", put}));
+    QCOMPARE(f.server.file("/new/1"), QByteArray("one"));
+    QCOMPARE(f.server.file("/new/below/2"), QByteArray("two"));
+    QCOMPARE(f.server.file("/other/3"), QByteArray("three"));
+    QVERIFY(f.slowings().isEmpty());
+    QVERIFY(f.client.changeDirectory("/") && f.inStep());
+}
+
+void tst_Riding::foldersThatCannotBeMade()
+{
+    Fixture f;
+    bool made = false;
+    QVERIFY(f.ready());
+    for (const QByteArray path : {"/a", "/missing/below"}) { // a file; nothing to make it in
+        const auto entered = f.client.makeAndEnter(path, made);
+        QVERIFY(!entered);
+        QCOMPARE(entered.error().kind, ErrorClass::Refused);
+        QVERIFY(!made);
+    }
+    f.server.on("CWD", "/shut").reply(550, "nobody enters");
+    const auto entered = f.client.makeAndEnter("/shut", made);
+    QVERIFY(!entered);
+    QCOMPARE(entered.error().words, QStringLiteral("550 nobody enters"));
+    QVERIFY(made && f.server.exists("/shut"));
+    QVERIFY(f.client.changeDirectory("/")); // it is not known where the server stands
+    QCOMPARE(f.server.count("CWD", "/"), 1);
+    QVERIFY(f.slowings().isEmpty() && f.inStep());
+}
+
+void tst_Riding::foldersOneStepAtATime()
+{
+    Fixture f;
+    bool made = false;
+    f.server.options().firstLineOnly = true;
+    QVERIFY(f.server.start() && f.login());
+    const auto lost = f.client.makeAndEnter("/new", made);
+    QVERIFY(!lost);
+    QCOMPARE(lost.error().kind, ErrorClass::Lost);
+    QVERIFY(made);
+    QVERIFY(f.client.lostToRiders());
+    QVERIFY(f.login());
+    QVERIFY(f.client.makeAndEnter("/new", made) && !made); // that much had been heard
+    QVERIFY(f.client.makeAndEnter("/newer", made) && made);
+    QCOMPARE(f.batches(), Batches({"CWD", "MKD", "CWD", "MKD", "CWD"}));
+    f.server.on("MKD", "/odd").reply(150, "wait");
+    QCOMPARE(f.client.makeAndEnter("/odd", made).error().kind, ErrorClass::Lost);
+    QVERIFY(f.login() && f.inStep());
 }
 
 void tst_Riding::givenUpOnce()

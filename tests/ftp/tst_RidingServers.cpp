@@ -69,6 +69,8 @@ private Q_SLOTS:
     void uploads();
     void downloads_data() { kinds(); }
     void downloads();
+    void trees_data() { kinds(); }
+    void trees();
     void listings_data() { kinds(); }
     void listings();
     void timeOfARefusedFileIsNoted();
@@ -136,6 +138,37 @@ void tst_RidingServers::downloads()
         QCOMPARE(f.read(name), Fixture::content(name));
     QVERIFY(f.slowings() <= 2);
     QVERIFY2(f.reconnects() <= 2, qPrintable(f.events()));
+    QVERIFY2(timer.elapsed() < 20'000, qPrintable(QString::number(timer.elapsed())));
+}
+
+void tst_RidingServers::trees()
+{
+    FIXTURE;
+    f.server.put("/there", "x");
+    f.server.makeFolder("/tree/old");
+    QVERIFY(f.start());
+    std::vector<venlo::test::TreeRow> files;
+    for (const char *folder : {"", "a/", "a/deep/", "b/", "old/"}) {
+        for (const char *name : {"1.txt", "2.txt"}) {
+            const QString path =
+                QLatin1String("tree/") + QLatin1String(folder) + QLatin1String(name);
+            files.push_back({path.toUtf8(), Fixture::content(path)});
+        }
+    }
+    QVERIFY(venlo::test::makeTree(f.here(), files));
+    f.operations.ftPutFold(f.here(), QStringLiteral("tree"), QStringLiteral("/"), f.ok);
+    QVERIFY2(f.ok, qPrintable(f.events()));
+    for (const auto &file : files)
+        QCOMPARE(f.server.file('/' + file.path), file.bytes);
+    QCOMPARE(f.server.tree().paths().size(), 5 + 10 + 1);
+    for (const char *parent : {"/tree", "/tree/a"})
+        QVERIFY(
+            f.cache.isCached(QLatin1String(parent), QLatin1String(parent) == QLatin1String("/tree")
+                                                        ? QStringLiteral("b")
+                                                        : QStringLiteral("deep")));
+    QVERIFY(f.slowings() <= 2);
+    QVERIFY2(f.reconnects() <= 2, qPrintable(f.events()));
+    QCOMPARE(f.errorLines(), QStringList());
     QVERIFY2(timer.elapsed() < 20'000, qPrintable(QString::number(timer.elapsed())));
 }
 

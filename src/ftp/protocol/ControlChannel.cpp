@@ -131,6 +131,7 @@ Result<void> ControlChannel::send(const QByteArray &command, const QByteArray &s
 {
     if (hasForbiddenByte(command))
         return Error{ErrorClass::Local, QStringLiteral("a name or password holds a line end")};
+    letStragglersCome();
     if (!isOpen())
         return lost(QStringLiteral("not connected"));
     trace(QStringLiteral("> ") + QString::fromUtf8(shown.isEmpty() ? command : shown));
@@ -144,6 +145,7 @@ Result<void> ControlChannel::sendTogether(const QList<QByteArray> &commands)
 {
     if (std::any_of(commands.begin(), commands.end(), hasForbiddenByte))
         return Error{ErrorClass::Local, QStringLiteral("a name or password holds a line end")};
+    letStragglersCome();
     if (!isOpen())
         return lost(QStringLiteral("not connected"));
     QByteArray lines;
@@ -155,6 +157,15 @@ Result<void> ControlChannel::sendTogether(const QList<QByteArray> &commands)
     m_socket->flush();
     m_outstanding += static_cast<int>(commands.size());
     return {};
+}
+
+void ControlChannel::letStragglersCome()
+{
+    if (m_stragglers.hasExpired())
+        return;
+    const std::chrono::milliseconds left(m_stragglers.remainingTime());
+    m_stragglers = {};
+    (void)m_waiter.untilEvenIfCancelled([this] { return !isOpen(); }, left);
 }
 
 void ControlChannel::pump()
@@ -288,6 +299,7 @@ void ControlChannel::close()
     m_parser = ReplyParser();
     m_next.reset();
     m_outstanding = 0;
+    m_stragglers = {};
     m_unasked = 0;
 }
 

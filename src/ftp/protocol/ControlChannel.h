@@ -4,6 +4,7 @@
 #include "ftp/protocol/ServerCertificate.h"
 #include "shared/Result.h"
 
+#include <QDeadlineTimer>
 #include <QHostAddress>
 #include <QList>
 #include <QNetworkProxy>
@@ -71,6 +72,11 @@ public:
     void expectOneMore() { ++m_outstanding; }
     /// What still comes was not asked for.
     void expectNothing() { m_outstanding = 0; }
+    /// Some of that may still be on its way: until then the next command waits.
+    void waitForStragglers(std::chrono::milliseconds limit)
+    {
+        m_stragglers.setRemainingTime(limit);
+    }
 
     [[nodiscard]] QHostAddress localAddress() const { return m_socket->localAddress(); }
     [[nodiscard]] QHostAddress peerAddress() const { return m_socket->peerAddress(); }
@@ -85,6 +91,7 @@ public:
 
 private:
     void pump();
+    void letStragglersCome();
     [[nodiscard]] Result<Reply> accounted(Reply reply);
     void traceReply(const Reply &reply) const;
     [[nodiscard]] Result<Reply> whenReplyCame(bool timedOut);
@@ -100,6 +107,7 @@ private:
     QString m_secret;
     Trace m_trace;
     int m_outstanding = 0;
+    QDeadlineTimer m_stragglers;
     int m_unasked = 0; ///< replies of this connection that nobody asked for
     bool m_endedByPeer = false;
 };

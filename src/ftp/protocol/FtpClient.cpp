@@ -55,6 +55,7 @@ Error FtpClient::State::unreadable(const Reply &reply) const
 
 void FtpClient::close()
 {
+    m->control.waitForStragglers(0ms); // whose the last reply is matters no more
     if (m->control.isOpen() && m->control.outstanding() == 0) {
         if (m->control.send("QUIT"))
             (void)m->control.readReplyWithin(quitGrace);
@@ -120,6 +121,24 @@ Result<void> FtpClient::makeDirectory(const QByteArray &name)
     const auto reply = m->expectCompletion("MKD " + name);
     if (!reply)
         return reply.error();
+    return {};
+}
+
+Result<void> FtpClient::makeAndEnter(const QByteArray &path, bool &made)
+{
+    using Kind = State::Follower::Kind;
+    std::vector<State::Follower> steps{{Kind::Folder, "MKD " + path},
+                                       {Kind::Folder, "CWD " + path}};
+    m->directory.clear();
+    const auto followed = m->follow(steps);
+    const auto &making = steps.at(0).reply;
+    made = making && making->completion();
+    if (!followed)
+        return followed;
+    const Reply &entering = *steps.at(1).reply;
+    if (!entering.completion())
+        return errorOf(made ? entering : *making);
+    m->directory = path;
     return {};
 }
 

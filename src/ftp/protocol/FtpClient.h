@@ -120,6 +120,9 @@ public:
     [[nodiscard]] Result<void> rename(const QByteArray &from, const QByteArray &to);
     [[nodiscard]] Result<void> removeFile(const QByteArray &nameOrPath);
     [[nodiscard]] Result<void> makeDirectory(const QByteArray &name);
+    /// Makes a directory, unless it is there, and goes there, in one round trip where the server
+    /// bears it (see storeWhole). Absolute path as bytes. made: it is new, whatever came behind.
+    [[nodiscard]] Result<void> makeAndEnter(const QByteArray &path, bool &made);
     [[nodiscard]] Result<void> removeDirectory(const QByteArray &name);
     /// SIZE (RFC 3659, 4); Refused when the server does not have it.
     [[nodiscard]] Result<qint64> size(const QByteArray &name);

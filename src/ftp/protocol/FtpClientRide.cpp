@@ -34,7 +34,11 @@ bool FtpClient::State::Follower::isInPlace(int code) const
         return isOneOf(code, {entersPassive, entersExtendedPassive});
     if (code >= firstNegative)
         return !isOneOf(code, {425, 426});
-    return kind == Kind::Size ? code == 213 : isOneOf(code, {200, 213, 250, 253});
+    if (kind == Kind::Size)
+        return code == 213;
+    if (kind == Kind::Folder)
+        return isOneOf(code, {200, 250, 257});
+    return isOneOf(code, {200, 213, 250, 253});
 }
 
 bool FtpClient::State::mayRide(qint64 bytes) const
@@ -49,7 +53,8 @@ bool FtpClient::State::inBurst() const
 
 void FtpClient::State::addPortQuestion(std::vector<Follower> &followers) const
 {
-    if (inBurst())
+    const bool ready = nextPort != 0 && !nextPortUntil.hasExpired();
+    if (inBurst() && !ready)
         followers.push_back({Follower::Kind::Port, useEpsv ? "EPSV" : "PASV", std::nullopt});
 }
 
@@ -171,6 +176,8 @@ Result<void> FtpClient::State::follow(std::vector<Follower> &followers)
             auto reply = control.command(follower.command);
             if (!reply)
                 return reply.error();
+            if (reply.value().preliminary())
+                return control.lost(QStringLiteral("out of step: ") + reply.value().text());
             follower.reply = std::move(reply.value());
         }
         return {};

@@ -22,7 +22,7 @@ struct FtpClient::State {
 
     /// A command whose reply nobody waits for before the next one may be sent.
     struct Follower {
-        enum class Kind { Size, Time, Port };
+        enum class Kind { Size, Time, Port, Folder };
         Kind kind;
         QByteArray command;
         std::optional<Reply> reply = std::nullopt; ///< one in place
@@ -87,6 +87,7 @@ struct FtpClient::State {
     [[nodiscard]] Error abandon(Transfer &transfer, Error why);
     /// After ABOR was sent: takes its replies and asks NOOP, whose own reply proves the count.
     [[nodiscard]] bool backInStep();
+    [[nodiscard]] bool takeAborted(std::chrono::milliseconds grace);
     /// Active mode did not work before a byte was taken from or given to the transfer's device.
     void giveUpActiveMode(const Transfer &transfer);
     enum class Step { More, Done, Stop };

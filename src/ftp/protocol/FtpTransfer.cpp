@@ -15,8 +15,8 @@ constexpr int maxPreliminary = 16;
 // What a server may take to notice that its data connection broke.
 constexpr auto brokenDataGrace = 10s;
 constexpr auto abortGrace = 3s;
-// How long a server may be silent between two replies to one ABOR.
-constexpr auto stragglerGrace = 200ms;
+// How late a reply to ABOR may come that is one more than are due.
+constexpr auto stragglerGrace = 400ms;
 constexpr int commandOkay = 200;
 constexpr int serviceClosing = 421;
 constexpr auto lastBytesGrace = 300ms;
@@ -262,28 +262,43 @@ Error FtpClient::State::abandon(Transfer &transfer, Error why)
 bool FtpClient::State::backInStep()
 {
     // Two replies are due: the transfer's (426, or 226 when it was over) and that of ABOR. Some
-    // servers send only one for both, others a third.
+    // servers send only one for both, others a third. Whose they are does not matter, only that
+    // none is left: NOOP's own reply is like none of them.
     const auto grace = std::min<std::chrono::milliseconds>(abortGrace, limits.reply);
-    int replies = 0;
-    while (control.outstanding() > 0 && replies < maxPreliminary) {
+    if (!takeAborted(grace) || !control.send("NOOP"))
+        return false;
+    for (int replies = 0; replies < maxPreliminary; ++replies) {
+        const auto reply = control.readReplyWithin(grace);
+        if (!reply)
+            return false;
+        if (reply.value().code == commandOkay) {
+            control.expectNothing();
+            control.waitForStragglers(stragglerGrace);
+            return true;
+        }
+    }
+    return false;
+}
+
+/// The replies that come behind ABOR: one, or what riders are due, which NOOP's could be taken for.
+bool FtpClient::State::takeAborted(std::chrono::milliseconds grace)
+{
+    constexpr int transferAndAbor = 2;
+    const bool rode = control.outstanding() > transferAndAbor;
+    bool came = false;
+    for (int replies = 0; replies < maxPreliminary && control.outstanding() > 0; ++replies) {
+        if (came && !rode)
+            break;
         (void)waiter.untilEvenIfCancelled([this] { return control.hasNews(); }, grace);
         const auto reply = control.takeReply();
         if (!reply)
             break;
-        ++replies;
         if (reply->preliminary())
             control.expectOneMore();
+        else
+            came = true;
     }
-    if (replies == 0)
-        return false;
-    control.expectNothing();
-    (void)waiter.untilEvenIfCancelled([this] { return !control.isOpen(); }, stragglerGrace);
-    if (!control.send("NOOP"))
-        return false;
-    const auto reply = control.readReplyWithin(grace);
-    return reply && reply.value().code == commandOkay &&
-           waiter.untilEvenIfCancelled([this] { return control.hasNews(); }, stragglerGrace) ==
-               WaitEnd::TimedOut;
+    return came;
 }
 
 void FtpClient::State::giveUpActiveMode(const Transfer &transfer)

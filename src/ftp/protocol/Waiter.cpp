@@ -2,11 +2,19 @@
 
 #include <QDeadlineTimer>
 #include <QEventLoop>
+#include <QThread>
+
+#include <memory>
 
 namespace venlo
 {
 
 using namespace std::chrono_literals;
+
+namespace
+{
+constexpr auto mostPatience = 24h; ///< with a disk: what it is told cannot be taken back
+}
 
 Waiter::Waiter(CancelTest cancelled) : m_cancelled(std::move(cancelled))
 {
@@ -23,6 +31,15 @@ WaitEnd Waiter::untilEvenIfCancelled(const std::function<bool()> &done,
                                      std::chrono::milliseconds limit)
 {
     return wait(done, limit, {}, false);
+}
+
+void Waiter::aside(const std::function<void()> &work)
+{
+    const std::unique_ptr<QThread> thread(QThread::create(work));
+    QObject::connect(thread.get(), &QThread::finished, &m_tick, [] {}); // wakes the loop up
+    thread->start();
+    (void)untilEvenIfCancelled([&thread] { return thread->isFinished(); }, mostPatience);
+    thread->wait();
 }
 
 WaitEnd Waiter::wait(const std::function<bool()> &done, std::chrono::milliseconds limit,

@@ -30,6 +30,9 @@ public:
     /// The same without looking at Cancel, for the short waits that bring a session back in step.
     [[nodiscard]] WaitEnd untilEvenIfCancelled(const std::function<bool()> &done,
                                                std::chrono::milliseconds limit);
+    /// Runs work that blocks in a thread of its own while the event loop goes on. It is done when
+    /// this returns, Cancel or not.
+    void aside(const std::function<void()> &work);
     /// True inside a wait: whoever is asked for another operation then was called by an event of
     /// the loop, and the first one still holds the connection.
     [[nodiscard]] bool busy() const { return m_depth > 0; }
