@@ -753,7 +753,8 @@ void tst_Uploads::folderThatIsThere()
 void tst_Uploads::folderThatCannotBeMade()
 {
     Fixture f;
-    f.server.on("MKD", "bad").reply(553, "name not allowed");
+    for (const char *name : {"bad", "/site/bad"})
+        f.server.on("MKD", name).reply(553, "name not allowed");
     QVERIFY(f.start());
     QVERIFY(venlo::test::makeTree(f.here(), {{"site/bad/x.txt", "1"}, {"site/good/y.txt", "1"}}));
     f.operations.ftPutFold(f.here(), QStringLiteral("site"), QStringLiteral("/"), f.ok);
