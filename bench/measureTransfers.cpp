@@ -201,12 +201,15 @@ void measureStatusLists()
     world.desk.removeStatusTarget(list);
 }
 
-void measureExpand()
+void measureExpand(bool stat)
 {
-    std::printf("remote folder of %d sub-folders, never listed\n", subFolders);
+    std::printf("remote folder of %d sub-folders, never listed, server %s STAT\n", subFolders,
+                stat ? "with" : "without");
     ScriptedServer server;
+    server.options().stat = stat ? StatPath::Listed : StatPath::Unknown;
     for (int i = 0; i < subFolders; ++i)
-        server.put("/many/sub" + QByteArray::number(i) + "/file.txt", "x");
+        server.put("/many/sub" + QByteArray::number(i) + "/file.txt", "x",
+                   QDateTime::currentDateTimeUtc());
     if (!server.start())
         qFatal("no server");
     World world;
@@ -234,7 +237,8 @@ void measureExpand()
         QCoreApplication::processEvents();
     report("expanded", watch);
     watcher.print(watch.elapsed());
-    std::printf("  %d folders, %lld control commands:", nodes.rowCount(many),
+    std::printf("  %d folders, %lld round trips, %lld control commands:", nodes.rowCount(many),
+                static_cast<long long>(server.log().batches().size()),
                 static_cast<long long>(server.commands().size()));
     for (const char *verb : {"CWD", "EPSV", "PASV", "MLSD", "LIST", "STAT", "TYPE"})
         std::printf(" %s %d", verb, server.count(verb));
@@ -247,7 +251,8 @@ int main(int argc, char **argv)
 {
     const QApplication application(argc, argv);
     measureStatusLists();
-    measureExpand();
+    measureExpand(false);
+    measureExpand(true);
     measureDownload();
     return 0;
 }

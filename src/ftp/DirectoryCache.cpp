@@ -200,10 +200,12 @@ bool DirectoryCache::caHasSub(const QString &dir)
     bool ok = false;
     QString ignored;
     caLoadDir(dir, IfAbsent, ignored, ok);
-    if (!ok)
-        return false;
-    const Rows rows =
-        ask(QStringLiteral("Select Count(*) From ? Where sDir='?' And bFd=1"), {normalised(dir)});
+    return ok && hasSubFolderRows(normalised(dir));
+}
+
+bool DirectoryCache::hasSubFolderRows(const QString &dir)
+{
+    const Rows rows = ask(QStringLiteral("Select Count(*) From ? Where sDir='?' And bFd=1"), {dir});
     return rows.count() > 0 && rows.at(0, 0).toLongLong() >= 1;
 }
 

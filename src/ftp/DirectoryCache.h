@@ -37,8 +37,14 @@ public:
     void sjNormDir(QString &dir) const;
     [[nodiscard]] QString normalised(const QString &dir) const;
 
+    /// Entries that do not fit, after the others were stored and the directory was marked.
+    class Misfits : public DbError
+    {
+    public:
+        using DbError::DbError;
+    };
     /// ok stays untouched when not connected. names: sub-folder names of a mode-2 listing. Throws
-    /// DbError for entries that do not fit, after storing the rest.
+    /// Misfits.
     void caLoadDir(const QString &dir, LoadMode mode, QString &names, bool &ok);
     /// Refreshes the whole subtree from the server.
     void caRefresh(const QString &dir);
@@ -52,6 +58,13 @@ public:
     void caDirList(const QString &dir, QString &folderLines, QString &fileLines);
     void caDirNames(const QString &dir, QString &folderNames, QString &fileNames);
     [[nodiscard]] bool caHasSub(const QString &dir);
+    /// The same of the first of these directories, at least one. Those never listed are listed many
+    /// at a time where that is possible; nothing for one that has to be asked for alone. heard is
+    /// called with how many of them the server has answered for. misfits: words about entries that
+    /// do not fit, empty when all do.
+    [[nodiscard]] std::vector<std::optional<bool>>
+    caHasSubs(const QStringList &dirs, const std::function<void(qsizetype directories)> &heard,
+              QString &misfits);
     /// sizeText ends with "|"; both stay empty when the entry is not cached.
     void caEntInfo(const QString &dir, const QString &name, bool folder, QString &dateText,
                    QString &sizeText);
@@ -114,7 +127,9 @@ private:
     enum class Loaded { Yes, No, NotConnected };
     [[nodiscard]] Loaded load(const QString &dir, LoadMode mode, QStringList &subFolders,
                               QString &misfits);
+    class Gathering;
     class Walk;
+    class LookAhead;
     struct Folder {
         QString name;
         QByteArray rawName;
@@ -133,11 +148,10 @@ private:
                                   QStringList &subFolders);
     /// prefix: what the names have to follow for the server to find them.
     void learnOffset(const QString &dir, const QByteArray &prefix, const Listing &listing);
-    /// Lists a directory and everything below it.
-    void caRecTree(const QString &dir);
+    /// Lists the uppermost of the pending, several where that is possible; the directories below
+    /// come in their place.
+    void listSome(std::vector<Pending> &pending);
     void listOne(const Pending &one, std::vector<Pending> &pending);
-    [[nodiscard]] bool mayList(const Pending &one);
-    void tellListing(const QString &dir);
     /// Finds out at a directory that was just listed whether STAT shows the same, or has shown.
     void tryStat(const QString &dir, const Listing &ordinary);
     /// Takes as many of the pending as STAT can tell at a time; hands back those it could not.
@@ -164,6 +178,7 @@ private:
     void dropPrefix(const QString &prefix);
     /// Directories with rows whose path begins with prefix, letter case ignored.
     [[nodiscard]] QStringList directoriesFrom(const QString &prefix);
+    [[nodiscard]] bool hasSubFolderRows(const QString &dir);
     /// The bytes of a row's name, nothing when there is no such row.
     [[nodiscard]] std::optional<QByteArray> cachedRawName(const QString &dir, const QString &name);
     [[nodiscard]] std::optional<QByteArray> knownRawPath(const QString &dir);
@@ -206,7 +221,7 @@ private:
     StatTrust m_stat;
     int m_statLosses = 0;
     const Listing *m_toProve = nullptr; ///< what STAT showed of the directory that is listed now
-    Walk *m_walk = nullptr;             ///< the refresh in hand
+    Gathering *m_gathering = nullptr;   ///< the one in hand
     std::function<void(int)> m_refreshReport;
 };
 

@@ -1,7 +1,7 @@
 // How the server's listings become rows of the cache.
 #include "db/Recordset.h"
 #include "ftp/DirectoryCache.h"
-#include "ftp/DirectoryCacheWalk.h"
+#include "ftp/DirectoryCacheGathering.h"
 #include "ftp/ErrorLog.h"
 #include "ftp/ListingTime.h"
 #include "shared/Flags.h"
@@ -36,7 +36,7 @@ void DirectoryCache::caLoadDir(const QString &dir, LoadMode mode, QString &names
         names = joinNames(subFolders);
     ok = loaded == Loaded::Yes;
     if (!misfits.isEmpty())
-        throw DbError(misfits);
+        throw Misfits(misfits);
 }
 
 DirectoryCache::Loaded DirectoryCache::load(const QString &path, LoadMode mode,
@@ -64,11 +64,11 @@ DirectoryCache::Loaded DirectoryCache::load(const QString &path, LoadMode mode,
         refused = false;
         listing = listed(dir, why);
     }
-    if (m_walk != nullptr) {
+    if (m_gathering != nullptr) {
         const bool heard = listing.has_value();
         if (heard)
             tryStat(dir, *listing);
-        for (const Folder &folder : m_walk->take(dir, std::move(listing), why, refused))
+        for (const Folder &folder : m_gathering->take(dir, std::move(listing), why, refused))
             subFolders.append(folder.name);
         return heard ? Loaded::Yes : Loaded::No;
     }
@@ -112,7 +112,7 @@ void DirectoryCache::storeListing(const QString &dir, const Listing &listing,
         mark(dir, listing.why, false);
     } else if (!misfits.isEmpty()) {
         mark(dir, misfits, false);
-    } else if (m_walk == nullptr || !m_walk->listedWhole(dir)) {
+    } else if (m_gathering == nullptr || !m_gathering->listedWhole(dir)) {
         m_marks.clear(m_session.currentSite(), dir);
     }
 }

@@ -10,8 +10,6 @@ namespace venlo
 
 namespace
 {
-constexpr int maxDepth = 128;
-
 /// Closes the wait window whatever ends the work.
 class WaitWindow
 {
@@ -62,61 +60,43 @@ void DirectoryCache::caRefresh(const QString &path)
     noticeSite();
     forgetPaths();
     Walk walk(*this, dir);
-    caRecTree(dir);
+    std::vector<Pending> pending{{dir, {}, 0}};
+    while (!pending.empty()) {
+        listSome(pending);
+        if (!pending.empty() && walk.isTooLarge(m_session.limits())) {
+            walk.stop(QStringLiteral("the tree is too large"));
+            break;
+        }
+    }
     walk.ended();
 }
 
-void DirectoryCache::caRecTree(const QString &dir)
+void DirectoryCache::listSome(std::vector<Pending> &pending)
 {
-    std::vector<Pending> pending{{dir, {}, 0}};
-    while (!pending.empty()) {
-        std::vector<Pending> oneByOne;
-        if (m_stat.trust() == StatTrust::Trust::Yes && m_session.connected() &&
-            !m_frontEnd.cancelled()) {
-            oneByOne = listByStat(pending);
-            m_frontEnd.yield();
-        } else {
-            oneByOne.push_back(std::move(pending.back()));
-            pending.pop_back();
-        }
-        for (const Pending &one : oneByOne)
-            listOne(one, pending);
-        if (!pending.empty() && m_walk->isTooLarge(m_session.limits())) {
-            m_walk->stop(QStringLiteral("the tree is too large"));
-            return;
-        }
+    std::vector<Pending> oneByOne;
+    if (m_stat.trust() == StatTrust::Trust::Yes && m_session.connected() &&
+        !m_frontEnd.cancelled()) {
+        oneByOne = listByStat(pending);
+        m_frontEnd.yield();
+    } else {
+        oneByOne.push_back(std::move(pending.back()));
+        pending.pop_back();
     }
+    for (const Pending &one : oneByOne)
+        listOne(one, pending);
 }
 
 void DirectoryCache::listOne(const Pending &one, std::vector<Pending> &pending)
 {
-    if (!mayList(one))
+    if (!m_gathering->mayList(one))
         return;
-    tellListing(one.dir);
+    m_gathering->tell(one.dir);
     QStringList subFolders;
     QString misfits;
     (void)load(one.dir, WithSubFolders, subFolders, misfits);
     m_frontEnd.yield();
     for (auto name = subFolders.crbegin(); name != subFolders.crend(); ++name)
         pending.push_back({remoteChild(one.dir, *name), {}, one.depth + 1});
-}
-
-bool DirectoryCache::mayList(const Pending &one)
-{
-    const bool tooDeep = one.depth > maxDepth;
-    if (tooDeep)
-        m_walk->leaveOut(one.dir, QStringLiteral("nested too deeply"));
-    else if (m_frontEnd.cancelled() || !m_session.connected())
-        m_walk->leaveOut(one.dir, QStringLiteral("not listed"));
-    else
-        return true;
-    return false;
-}
-
-void DirectoryCache::tellListing(const QString &dir)
-{
-    if (!m_flags.unattendedTransfer)
-        m_frontEnd.setMessageLine(dir + QStringLiteral(" ﾌｫﾙﾀﾞとﾌｧｲﾙ情報を記録しています･･･"));
 }
 
 } // namespace venlo

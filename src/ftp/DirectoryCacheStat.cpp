@@ -1,8 +1,9 @@
 // How a refresh lists many directories at a time.
-#include "ftp/DirectoryCacheWalk.h"
+#include "ftp/DirectoryCacheGathering.h"
 #include "ftp/ErrorLog.h"
 #include "ftp/ListingTime.h"
 #include "shared/FrontEnd.h"
+#include "shared/RemotePath.h"
 
 #include <QScopedValueRollback>
 
@@ -119,7 +120,8 @@ std::vector<std::optional<Listing>> DirectoryCache::askByStat(const std::vector<
     for (const Pending &one : asked)
         paths.append(one.raw);
     std::vector<std::optional<Listing>> shown;
-    if (auto all = m_session.client().listByStat(paths, shown); !all)
+    const auto heard = [&] { m_gathering->heard(static_cast<qsizetype>(shown.size())); };
+    if (auto all = m_session.client().listByStat(paths, shown, heard); !all)
         noteStatError(all.error());
     return shown;
 }
@@ -154,13 +156,13 @@ void DirectoryCache::proveSize(std::vector<Pending> &asked,
 std::vector<DirectoryCache::Pending> DirectoryCache::takeFromStat(const Pending &one,
                                                                   Listing listing)
 {
-    if (!mayList(one))
+    if (!m_gathering->mayList(one))
         return {};
-    tellListing(one.dir);
+    m_gathering->tell(one.dir);
     const QByteArray below = withSlash(one.raw);
     learnOffset(one.dir, below, listing);
     std::vector<Pending> folders;
-    for (const Folder &folder : m_walk->take(one.dir, std::move(listing), {}, false))
+    for (const Folder &folder : m_gathering->take(one.dir, std::move(listing), {}, false))
         folders.push_back(
             {remoteChild(one.dir, folder.name), below + folder.rawName, one.depth + 1});
     return folders;

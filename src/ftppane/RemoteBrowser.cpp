@@ -2,8 +2,6 @@
 
 #include <utility>
 
-#include <QElapsedTimer>
-
 #include "db/DbError.h"
 #include "ftp/DirectoryCache.h"
 #include "ftppane/OperationScopes.h"
@@ -16,11 +14,6 @@
 
 namespace venlo
 {
-
-namespace
-{
-constexpr int showEvery = 200; // ms between two looks at a slow reading
-} // namespace
 
 RemoteBrowser::RemoteBrowser(Rooms rooms, Views views, QObject *parent)
     : QObject(parent), m_rooms(rooms), m_nodes(views.nodes), m_tree(views.tree), m_rows(views.rows),
@@ -53,7 +46,11 @@ void RemoteBrowser::tolerant(const std::function<void()> &ask)
     } catch (const DbError &error) {
         m_misfits = error.words();
     }
-    ask();
+    try {
+        ask();
+    } catch (const DirectoryCache::Misfits &) {
+        // Nothing of the folder fits, so that it is listed each time.
+    }
 }
 
 void RemoteBrowser::sayMisfits()
@@ -84,19 +81,6 @@ QStringList RemoteBrowser::subFolders(const QString &dir)
         tolerant([&] { names = m_rooms.cache.caSubFolds(dir); });
     }
     return splitNames(names);
-}
-
-bool RemoteBrowser::mayHaveSubFolders(const QString &dir)
-{
-    if (m_rooms.desk.cancelled() || !m_rooms.session.connected()) {
-        QString folders;
-        QString files;
-        m_rooms.cache.cachedNames(dir, folders, files);
-        return !folders.isEmpty() || files.isEmpty() || isDoubtful(dir);
-    }
-    bool has = false;
-    tolerant([&] { has = m_rooms.cache.caHasSub(dir); });
-    return has || isDoubtful(dir);
 }
 
 void RemoteBrowser::showPath(const QString &path)
@@ -133,40 +117,6 @@ bool RemoteBrowser::readNode(const QModelIndex &node)
     if (!all)
         Q_EMIT ranOut();
     return at.isValid();
-}
-
-/// Sub-folders appear as they become known: each one that was never listed costs the server's
-/// answer. After a Cancel the rest appears unread.
-bool RemoteBrowser::addChildren(const QPersistentModelIndex &parent, const QString &dir,
-                                const QStringList &names)
-{
-    std::vector<FolderTree::Entry> ready;
-    QElapsedTimer since;
-    since.start();
-    bool told = false;
-    bool all = true;
-    for (qsizetype i = 0; i < names.size() && all; ++i) {
-        FolderTree::Entry entry;
-        entry.text = names.at(i);
-        entry.hasSubFolders = mayHaveSubFolders(remoteChild(dir, names.at(i)));
-        ready.push_back(std::move(entry));
-        if (!parent.isValid())
-            break;
-        if (i + 1 < names.size() && since.elapsed() < showEvery)
-            continue;
-        all = m_nodes.addChildren(parent, std::exchange(ready, {}));
-        if (i + 1 < names.size()) {
-            told = true;
-            m_rooms.desk.setMessageLine(
-                dir +
-                QStringLiteral(" のﾌｫﾙﾀﾞを調べています･･･ %1/%2").arg(i + 1).arg(names.size()));
-            m_rooms.desk.yield();
-            since.start();
-        }
-    }
-    if (told)
-        m_rooms.desk.setMessageLine(QString());
-    return all;
 }
 
 void RemoteBrowser::show(const QModelIndex &node)

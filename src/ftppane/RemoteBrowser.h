@@ -82,6 +82,7 @@ private:
     [[nodiscard]] bool updateRows(const std::vector<RowList::Row> &rows);
     void addRows(std::vector<RowList::Row> rows);
     void noteTrust(const QString &dir, bool empty);
+    class Children;
     [[nodiscard]] bool addChildren(const QPersistentModelIndex &parent, const QString &dir,
                                    const QStringList &names);
     [[nodiscard]] QStringList subFolders(const QString &dir);

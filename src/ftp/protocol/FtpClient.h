@@ -93,9 +93,10 @@ public:
     /// Lists directories (absolute paths as bytes) on the control connection, many on the way at a
     /// time. shown gets one for each in the order of paths, nothing for one that this way cannot
     /// tell; fewer where they are too large to be held at a time, at least one, and none with an
-    /// error. Names that begin with "." are among the entries.
+    /// error. Names that begin with "." are among the entries. heard: called after each reply.
     [[nodiscard]] Result<void> listByStat(const QList<QByteArray> &paths,
-                                          std::vector<std::optional<Listing>> &shown);
+                                          std::vector<std::optional<Listing>> &shown,
+                                          const std::function<void()> &heard = {});
     /// False once STAT was called unknown.
     [[nodiscard]] bool knowsStat() const;
     /// The UTC time of a folder by MLST (RFC 3659, 7).

@@ -57,6 +57,7 @@ QByteArray withoutIndent(const QByteArray &line)
 struct FtpClient::State::StatRun {
     const QList<QByteArray> &paths;
     std::vector<std::optional<Listing>> &shown;
+    const std::function<void()> &oneHeard;
     qsizetype ahead; ///< commands that may be on the way
     bool all;        ///< "-a" is asked for
     qsizetype sent = 0;
@@ -95,6 +96,8 @@ void FtpClient::State::StatRun::take(std::optional<Listing> listing)
     bytesAhead -= paths.at(heard()).size();
     entries += listing ? listing->entries.size() : 0;
     shown.push_back(std::move(listing));
+    if (oneHeard)
+        oneHeard();
 }
 
 bool FtpClient::mayBeAskedByStat(const QByteArray &path)
@@ -126,13 +129,15 @@ std::optional<Listing> FtpClient::State::listingIn(const Reply &reply)
 }
 
 Result<void> FtpClient::listByStat(const QList<QByteArray> &paths,
-                                   std::vector<std::optional<Listing>> &shown)
+                                   std::vector<std::optional<Listing>> &shown,
+                                   const std::function<void()> &heard)
 {
     shown.clear();
     m->control.setLongestReply(longestReply);
     const auto shortAgain =
         qScopeGuard([this] { m->control.setLongestReply(ReplyParser::maxReply); });
-    State::StatRun run{paths, shown, m->pace == State::Pace::Single ? 1 : window, m->statAll};
+    const qsizetype ahead = m->pace == State::Pace::Single ? 1 : window;
+    State::StatRun run{paths, shown, heard, ahead, m->statAll};
     auto ended = m->runStat(run);
     if (!ended)
         shown.clear(); // whose they are is not sure
