@@ -63,7 +63,7 @@ public:
 private:
     [[nodiscard]] bool open();
     [[nodiscard]] bool add(const QString &line);
-    [[nodiscard]] QByteArray stamp();
+    void stamp(QByteArray &text);
     void rotate();
 
     QString m_path;

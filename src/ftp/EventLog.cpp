@@ -5,7 +5,6 @@
 #include <QFile>
 
 #include <algorithm>
-#include <utility>
 
 namespace venlo
 {
@@ -18,6 +17,7 @@ constexpr qsizetype longestNote = 8192; // characters; a server's words may be e
 
 constexpr auto longestWait = 50ms;
 constexpr qsizetype mostWaiting = 64LL * 1024; ///< bytes
+constexpr qsizetype stampSize = 24;
 
 bool isControl(QChar c)
 {
@@ -86,7 +86,7 @@ void EventLog::rotate()
         m_size = 0;
 }
 
-QByteArray EventLog::stamp()
+void EventLog::stamp(QByteArray &text)
 {
     constexpr qint64 perSecond = 1000;
     const QDateTime now = m_clock();
@@ -96,22 +96,28 @@ QByteArray EventLog::stamp()
         m_second = (ms - rest) / perSecond;
         m_dateText = now.toLocalTime().toString(QStringLiteral("yyyy/MM/dd HH:mm:ss.")).toLatin1();
     }
-    return m_dateText + QByteArray::number(perSecond + rest).mid(1) + ' ';
+    text += m_dateText;
+    for (const qint64 place : {100, 10, 1})
+        text += static_cast<char>('0' + rest / place % 10);
+    text += ' ';
 }
 
 bool EventLog::add(const QString &line)
 {
-    const QByteArray text = stamp() + escaped(line.left(longestNote)).toUtf8() + '\n';
+    const QByteArray words = escaped(line.left(longestNote)).toUtf8();
     if (!open())
         return false;
-    if (m_size + text.size() > maxBytes) {
+    const qsizetype size = stampSize + words.size() + 1;
+    if (m_size + size > maxBytes) {
         flush();
         rotate();
         if (!open())
             return false;
     }
-    m_size += text.size();
-    m_waiting += text;
+    m_size += size;
+    stamp(m_waiting);
+    m_waiting += words;
+    m_waiting += '\n';
     return true;
 }
 
@@ -135,9 +141,9 @@ void EventLog::flush()
 {
     if (m_waiting.isEmpty() || !m_file->isOpen())
         return;
-    const QByteArray lines = std::exchange(m_waiting, {});
-    const qint64 written = std::max<qint64>(m_file->write(lines), 0);
-    m_size += written - lines.size();
+    const qint64 written = std::max<qint64>(m_file->write(m_waiting), 0);
+    m_size += written - m_waiting.size();
+    m_waiting.resize(0); // keeps its memory
 }
 
 } // namespace venlo

@@ -244,10 +244,12 @@ void DataChannel::write(const QByteArray &bytes)
 void DataChannel::finishWriting()
 {
     m_finishing = true;
-    if (m_tls != nullptr)
+    if (m_tls != nullptr) {
         closeWhenSent();
-    else
-        m_socket->disconnectFromHost();
+        return;
+    }
+    m_socket->flush(); // what fits goes now, not in the next turn of the event loop
+    m_socket->disconnectFromHost();
 }
 
 bool DataChannel::allSent() const
