@@ -13,6 +13,7 @@
 
 #include <atomic>
 #include <cstdio>
+#include <functional>
 #include <thread>
 
 #include <sys/resource.h>
@@ -28,13 +29,13 @@ const QString pattern = QStringLiteral("p");
 constexpr int filesInEach = 100;
 constexpr int mostRuns = 200;
 
-/// Resets every connection, again and again, at random intervals. Under TLS the relay cannot lead
-/// the data connections through itself: there the daemon's sessions are killed, which cuts them.
+/// Ends every connection, again and again, at random intervals.
 class Dropper
 {
 public:
-    Dropper(FaultRelay &relay, FtpDaemon *sessions, quint32 seed, int meanMs)
-        : m_thread([this, &relay, sessions, seed, meanMs] { run(relay, sessions, seed, meanMs); })
+    /// drop: ends them; how many there were.
+    Dropper(const std::function<int()> &drop, quint32 seed, int meanMs)
+        : m_thread([this, drop, seed, meanMs] { run(drop, seed, meanMs); })
     {
     }
     ~Dropper()
@@ -45,14 +46,11 @@ public:
     [[nodiscard]] int drops() const { return m_drops; }
 
 private:
-    void run(FaultRelay &relay, FtpDaemon *sessions, quint32 seed, int meanMs)
+    void run(const std::function<int()> &drop, quint32 seed, int meanMs)
     {
         QRandomGenerator random(seed);
-        while (!m_bell.waitFor(static_cast<int>(random.bounded(2 * meanMs)) + 1)) {
-            if (sessions != nullptr)
-                sessions->dropSessions();
-            m_drops += relay.dropConnections();
-        }
+        while (!m_bell.waitFor(static_cast<int>(random.bounded(2 * meanMs)) + 1))
+            m_drops += drop();
     }
     StopBell m_bell;
     std::atomic<int> m_drops = 0;
@@ -154,10 +152,13 @@ int soak(FtpDaemon::Kind kind, quint32 seed, int files, int meanMs, bool tls)
     limits.reply = 5s;
     limits.idleData = 5s;
     SyncWorld world(limits);
-    world.registerSite((tls ? QStringLiteral("ftps:") : QString()) + relay.server(), daemon.user(),
-                       daemon.password());
+    // The relay reads the dialogue. Where that is TLS there is none: the daemon's own sessions are
+    // killed, which leaves every connection without close_notify.
+    world.registerSite(tls ? QStringLiteral("ftps:") + daemon.server() : relay.server(),
+                       daemon.user(), daemon.password());
     world.registerPattern(pattern, QStringLiteral("/pub"));
-    Dropper dropper(relay, tls ? &daemon : nullptr, random.generate(), meanMs);
+    const auto drop = [&] { return tls ? daemon.dropSessions() : relay.dropConnections(); };
+    Dropper dropper(drop, random.generate(), meanMs);
     for (int round = 0; round < 3; ++round) {
         const bool upwards = round != 1;
         const std::vector<TreeRow> rows = treeOf(files, round, random);

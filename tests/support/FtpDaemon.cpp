@@ -184,11 +184,12 @@ bool FtpDaemon::isRunning() const
     return m_pid > 1 && processRuns(m_pid);
 }
 
-void FtpDaemon::dropSessions()
+int FtpDaemon::dropSessions()
 {
     const std::vector<qint64> sessions = processesBelow(m_pid);
     for (const qint64 pid : sessions)
         ::kill(static_cast<pid_t>(pid), SIGKILL);
+    return static_cast<int>(sessions.size());
 }
 
 QString FtpDaemon::host() const

@@ -37,8 +37,8 @@ public:
     /// Ends it with all its sessions, at once; connections to it are lost.
     void stop();
     [[nodiscard]] bool isRunning() const;
-    /// Ends its sessions at once and leaves the daemon itself listening.
-    void dropSessions();
+    /// Ends its sessions at once and leaves the daemon itself listening; how many there were.
+    int dropSessions();
 
     [[nodiscard]] Kind kind() const { return m_kind; }
     [[nodiscard]] quint16 port() const { return m_options.port; }
