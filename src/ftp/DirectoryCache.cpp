@@ -232,36 +232,40 @@ void DirectoryCache::caEntInfo(const QString &dir, const QString &name, bool fol
     sizeText = FormatSizeText(rows.at(1, 0).toLongLong()) + QLatin1Char('|');
 }
 
-QVariantList DirectoryCache::fileFields(const QString &dir, const QString &name)
+std::optional<DirectoryCache::FileRow> DirectoryCache::fileRow(const QString &dir,
+                                                               const QString &name)
 {
-    static const QStringList fields{QStringLiteral("dDate"), QStringLiteral("nSize"),
-                                    QStringLiteral("day only")};
-    static const QStringList keys{QStringLiteral("sDir"), QStringLiteral("sName"),
-                                  QStringLiteral("bFd")};
-    const auto table = m_database.openTable(m_session.currentSite());
-    return table->find(fields, keys, {normalised(dir), name, 0});
+    // A file's row is asked for before every transfer.
+    const Rows rows =
+        m_database.store().query(QStringLiteral("SELECT dDate, nSize, \"day only\" FROM ") +
+                                     quotedName(m_session.currentSite()) +
+                                     QStringLiteral(" WHERE sDir=? AND sName=? AND bFd=0 LIMIT 1"),
+                                 {normalised(dir), name});
+    if (rows.count() == 0)
+        return std::nullopt;
+    return FileRow{rows.at(0, 0).toDouble(), rows.at(1, 0).toLongLong() - 1, // see cachedSizeOf
+                   rows.at(2, 0).toLongLong() == 1};
 }
 
 bool DirectoryCache::cachedFile(const QString &dir, const QString &name, double &day, qint64 &size)
 {
-    const QVariantList fields = fileFields(dir, name);
-    if (fields.isEmpty())
+    const auto row = fileRow(dir, name);
+    if (!row)
         return false;
-    day = fields.at(0).toDouble();
-    size = fields.at(1).toLongLong() - 1; // see cachedSizeOf
+    day = row->day;
+    size = row->size;
     return true;
 }
 
 bool DirectoryCache::refinedFile(const QString &dir, const QString &name, double &day, qint64 &size)
 {
-    const QVariantList fields = fileFields(dir, name);
-    if (fields.isEmpty())
+    const auto row = fileRow(dir, name);
+    if (!row)
         return false;
-    std::optional<double> finer;
-    if (fields.at(2).toLongLong() == 1)
-        finer = refineTime(dir, name);
-    day = finer ? *finer : fields.at(0).toDouble();
-    size = fields.at(1).toLongLong() - 1;
+    day = row->day;
+    size = row->size;
+    if (row->dayOnly)
+        day = refineTime(dir, name).value_or(day);
     return true;
 }
 

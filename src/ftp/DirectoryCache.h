@@ -186,8 +186,12 @@ private:
     void noticeSite();
     /// Forgets what is known of paths that may mean another directory from now on.
     void forgetPaths();
-    /// Time, size and whether the time is only a day's; empty when it is not cached.
-    [[nodiscard]] QVariantList fileFields(const QString &dir, const QString &name);
+    struct FileRow {
+        double day;
+        qint64 size;  ///< bytes
+        bool dayOnly; ///< the time is a day's only
+    };
+    [[nodiscard]] std::optional<FileRow> fileRow(const QString &dir, const QString &name);
     /// A statement on the cache table. Values go in as they are but for their quotes, which are
     /// doubled: any name of the server works, "?" and quotes included.
     [[nodiscard]] QString statement(const QString &sql, const QVariantList &values) const;

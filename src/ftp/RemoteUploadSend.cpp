@@ -24,11 +24,12 @@ struct Stamp {
     explicit Stamp(const QString &path)
     {
         const QFileInfo info(path);
-        if (info.exists()) {
+        if (info.isFile()) {
             size = info.size();
             modified = info.lastModified();
         }
     }
+    [[nodiscard]] bool isFile() const { return modified.isValid(); }
     bool operator==(const Stamp &) const = default;
 };
 
@@ -71,11 +72,11 @@ Result<void> RemoteUploads::send(const Item &item)
 /// The value tells whether the file is the one that was sent.
 Result<bool> RemoteUploads::sendOnce(const Item &item)
 {
+    const Stamp before(item.path);
     // Opening anything else than a file may wait for ever.
-    if (!QFileInfo(item.path).isFile())
+    if (!before.isFile())
         return Error{ErrorClass::Local, QStringLiteral("ﾌｧｲﾙがありません"), 0};
     QFile file(item.path);
-    const Stamp before(item.path);
     if (!file.open(QIODevice::ReadOnly))
         return Error{ErrorClass::Local, file.errorString(), 0};
     if (item.folder != nullptr && item.folder->leadsAway())

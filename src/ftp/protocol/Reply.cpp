@@ -46,10 +46,17 @@ QString Reply::text() const
 
 void ReplyParser::feed(const QByteArray &bytes)
 {
-    for (const char c : bytes) {
-        if (m_broken)
-            return;
-        feedByte(c);
+    if (m_broken)
+        return;
+    if (m_telnet == Telnet::Data && !bytes.contains(static_cast<char>(interpretAsCommand))) {
+        m_buffer += bytes;
+        m_skipped = 0;
+    } else {
+        for (const char c : bytes) {
+            feedByte(c);
+            if (m_broken)
+                return;
+        }
     }
     if (m_buffer.size() > mostUnread)
         m_broken = true;
