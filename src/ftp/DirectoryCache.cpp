@@ -5,6 +5,7 @@
 #include "db/JetCatalogue.h"
 #include "db/Recordset.h"
 #include "db/Store.h"
+#include "ftp/DirectoryCacheWalk.h"
 #include "ftp/ErrorLog.h"
 #include "shared/NameList.h"
 #include "shared/RemotePath.h"
@@ -276,12 +277,15 @@ void DirectoryCache::noticeSite()
         m_madeHere.clear(); // the rows of what came into them may be gone
     if (m_site == m_session.currentSite() && m_connects == m_session.connects())
         return;
-    m_site = m_session.currentSite();
     m_connects = m_session.connects();
     forgetPaths();
     m_offsetSamples = 0;
     m_stat = StatTrust();
     m_statLosses = 0;
+    m_site.clear();
+    if (!m_session.currentSite().isEmpty())
+        Walk::dropUnfinished(*this);
+    m_site = m_session.currentSite();
 }
 
 bool DirectoryCache::isCached(const QString &dir, const QString &name)
@@ -365,21 +369,6 @@ std::vector<DirectoryCache::Incomplete> DirectoryCache::incompleteUnder(const QS
 std::vector<std::pair<QString, QString>> DirectoryCache::unfinishedUnder(const QString &dir)
 {
     return m_unfinished.under(m_session.currentSite(), normalised(dir));
-}
-
-std::vector<std::pair<QString, QString>> DirectoryCache::dayOnlyUnder(const QString &dir)
-{
-    const QString root = normalised(dir);
-    const Rows rows = m_database.store().query(
-        QStringLiteral("SELECT sDir, sName FROM %1 WHERE \"day only\" = 1 AND bFd = 0")
-            .arg(quotedName(m_session.currentSite())),
-        {});
-    std::vector<std::pair<QString, QString>> entries;
-    for (int row = 0; row < rows.count(); ++row) {
-        if (isBelowOrSameFolded(rows.at(0, row).toString(), root))
-            entries.emplace_back(rows.at(0, row).toString(), rows.at(1, row).toString());
-    }
-    return entries;
 }
 
 } // namespace venlo

@@ -146,6 +146,12 @@ private:
                       QString &misfits);
     [[nodiscard]] QString addRows(const QString &dir, const Listing &listing,
                                   QStringList &subFolders);
+    /// Marks a directory whose rows are not the whole of it, and clears the mark of one that is.
+    void noteWhole(const QString &dir, const Listing &listing, const QString &misfits);
+    /// Whether the rows of a directory are those that its listing would leave, to the last column.
+    [[nodiscard]] bool hasRowsOf(const QString &dir, const Listing &listing);
+    /// Forgets the rows of one directory, letter case ignored.
+    void dropRows(const QString &dir);
     /// prefix: what the names have to follow for the server to find them.
     void learnOffset(const QString &dir, const QByteArray &prefix, const Listing &listing);
     /// Lists the uppermost of the pending, several where that is possible; the directories below

@@ -44,8 +44,12 @@ private:
     {
         m_cache.grouped([&] {
             for (const Heard &one : all) {
+                QStringList ignored;
                 QString misfits;
-                storeOne(one, misfits);
+                if (one.listing)
+                    m_cache.storeListing(one.dir, *one.listing, ignored, misfits);
+                else
+                    m_cache.mark(one.dir, one.why, one.refused);
                 if (!misfits.isEmpty())
                     m_misfits = misfits;
             }

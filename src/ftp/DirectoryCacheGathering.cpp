@@ -28,13 +28,4 @@ void DirectoryCache::Gathering::store()
     m_entries = 0;
 }
 
-void DirectoryCache::Gathering::storeOne(const Heard &heard, QString &misfits)
-{
-    QStringList ignored;
-    if (heard.listing)
-        m_cache.storeListing(heard.dir, *heard.listing, ignored, misfits);
-    else
-        m_cache.mark(heard.dir, heard.why, heard.refused);
-}
-
 } // namespace venlo

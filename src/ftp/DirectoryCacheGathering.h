@@ -26,7 +26,7 @@ public:
     virtual void tell(const QString & /*dir*/) {}
     /// So many of those that were asked for at a time are answered.
     virtual void heard(qsizetype /*directories*/) {}
-    /// A directory was listed whole; true where its mark has to stay for now.
+    /// A directory was listed whole; true where its mark is seen to otherwise.
     [[nodiscard]] virtual bool listedWhole(const QString & /*dir*/) { return false; }
     /// Keeps what the server said of a directory; the sub-folders to go on with.
     [[nodiscard]] std::vector<Folder> take(const QString &dir, std::optional<Listing> listing,
@@ -49,7 +49,6 @@ protected:
     void keep(Heard heard);
     void store();
     virtual void storeAll(const std::vector<Heard> &all) = 0;
-    void storeOne(const Heard &heard, QString &misfits);
     /// A directory was listed, or could not be; those below it that are to be listed, too.
     [[nodiscard]] virtual std::vector<Folder> below(const QString &dir,
                                                     const std::optional<Listing> &listing) = 0;

@@ -1,5 +1,7 @@
 // How the server's listings become rows of the cache.
+#include "db/JetCatalogue.h"
 #include "db/Recordset.h"
+#include "db/Store.h"
 #include "ftp/DirectoryCache.h"
 #include "ftp/DirectoryCacheGathering.h"
 #include "ftp/ErrorLog.h"
@@ -9,13 +11,33 @@
 #include "shared/NameList.h"
 #include "shared/RemotePath.h"
 
+#include <algorithm>
+
 namespace venlo
 {
 
 namespace
 {
 constexpr int mostMisfits = 20; ///< entries that are named; of more their number is told
-}
+
+/// The columns of a listed entry, all but the directory.
+struct EntryColumns {
+    EntryColumns(const ListedEntry &entry, std::optional<qint64> listOffset, int localOffset)
+        : folder(entry.kind == ListedEntry::Kind::Folder ? 1 : 0),
+          day(listingDay(wallClockOf(entry, listOffset), localOffset)),
+          size(folder == 1 ? 0 : cachedSizeOf(entry.size)), dayOnly(entry.dayOnly ? 1 : 0)
+    {
+        if (entry.rawName != entry.name.toUtf8())
+            raw = entry.rawName;
+    }
+
+    int folder;
+    double day;
+    qint64 size;
+    QVariant raw; ///< the name's bytes where they are not UTF-8
+    int dayOnly;
+};
+} // namespace
 
 void DirectoryCache::mark(const QString &dir, const QString &why, bool refused)
 {
@@ -107,6 +129,11 @@ void DirectoryCache::storeListing(const QString &dir, const Listing &listing,
                                   QStringList &subFolders, QString &misfits)
 {
     misfits = addRows(dir, listing, subFolders);
+    noteWhole(dir, listing, misfits);
+}
+
+void DirectoryCache::noteWhole(const QString &dir, const Listing &listing, const QString &misfits)
+{
     if (!listing.whole) {
         m_session.errorLog().LogError(QStringLiteral("InternetFindNextFile"));
         mark(dir, listing.why, false);
@@ -128,26 +155,52 @@ QString DirectoryCache::addRows(const QString &dir, const Listing &listing, QStr
     QStringList misfits;
     int left = 0;
     for (const ListedEntry &entry : listing.entries) {
-        const bool folder = entry.kind == ListedEntry::Kind::Folder;
-        const double day = listingDay(wallClockOf(entry, m_session.listOffset), localOffset);
-        const QVariant raw =
-            entry.rawName == entry.name.toUtf8() ? QVariant() : QVariant(entry.rawName);
+        const EntryColumns row(entry, m_session.listOffset, localOffset);
         try {
             table->add(columns,
-                       {dir, folder ? 1 : 0, entry.name, day, folder ? 0 : cachedSizeOf(entry.size),
-                        raw, entry.dayOnly ? 1 : 0});
+                       {dir, row.folder, entry.name, row.day, row.size, row.raw, row.dayOnly});
         } catch (const DbError &error) {
             if (++left <= mostMisfits)
                 misfits.append(remoteChild(dir, entry.name.left(256)) + QStringLiteral(": ") +
                                error.words());
             continue;
         }
-        if (folder)
+        if (row.folder == 1)
             subFolders.append(entry.name);
     }
     if (left > mostMisfits)
         misfits.append(QStringLiteral("･･･ (%1)").arg(left));
     return misfits.join(QLatin1Char('\n'));
+}
+
+bool DirectoryCache::hasRowsOf(const QString &dir, const Listing &listing)
+{
+    enum Field { Spelling, Name, IsFolder, Day, Size, Raw, DayOnly };
+    const Rows rows = m_database.store().query(
+        QStringLiteral("SELECT CAST(sDir AS BLOB) = CAST(?1 AS BLOB), sName, bFd, dDate, nSize, "
+                       "\"raw name\", \"day only\" FROM %1 WHERE sDir = ?1")
+            .arg(quotedName(m_session.currentSite())),
+        {dir});
+    if (rows.count() != static_cast<int>(listing.entries.size()))
+        return false;
+    QHash<QString, int> byName;
+    byName.reserve(rows.count());
+    for (int row = 0; row < rows.count(); ++row)
+        byName.insert(rows.at(Name, row).toString(), row);
+    const int localOffset = presentLocalOffset();
+    return std::all_of(listing.entries.begin(), listing.entries.end(),
+                       [&](const ListedEntry &entry) {
+                           const int row = byName.value(entry.name, -1);
+                           if (row < 0 || rows.at(Spelling, row).toInt() != 1)
+                               return false;
+                           const EntryColumns shown(entry, m_session.listOffset, localOffset);
+                           const QVariant &dayOnly = rows.at(DayOnly, row);
+                           return rows.at(IsFolder, row).toLongLong() == shown.folder &&
+                                  rows.at(Day, row).toDouble() == shown.day &&
+                                  rows.at(Size, row).toLongLong() == shown.size &&
+                                  rows.at(Raw, row) == shown.raw && !dayOnly.isNull() &&
+                                  dayOnly.toLongLong() == shown.dayOnly;
+                       });
 }
 
 } // namespace venlo

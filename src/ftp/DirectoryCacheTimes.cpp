@@ -1,8 +1,11 @@
 // How the times of a listing are understood and made finer.
 #include "db/Recordset.h"
+#include "db/Store.h"
+#include "db/TextFold.h"
 #include "ftp/DirectoryCache.h"
 #include "ftp/ErrorLog.h"
 #include "ftp/ListingTime.h"
+#include "ftp/SiteTable.h"
 #include "shared/RemotePath.h"
 
 namespace venlo
@@ -61,6 +64,21 @@ std::optional<double> DirectoryCache::refineTime(const QString &dir, const QStri
     (void)table->change({QStringLiteral("dDate"), QStringLiteral("day only")}, {day, 0}, keys,
                         {dir, name});
     return day;
+}
+
+std::vector<std::pair<QString, QString>> DirectoryCache::dayOnlyUnder(const QString &dir)
+{
+    const QString root = normalised(dir);
+    // A wildcard in the path makes them wide enough.
+    const LikeBounds bounds = likeBounds(root + QLatin1Char('*')).value();
+    const Rows rows = m_database.store().query(dayOnlyStatement(m_session.currentSite()),
+                                               {bounds.low, bounds.high});
+    std::vector<std::pair<QString, QString>> entries;
+    for (int row = 0; row < rows.count(); ++row) {
+        if (isBelowOrSameFolded(rows.at(0, row).toString(), root))
+            entries.emplace_back(rows.at(0, row).toString(), rows.at(1, row).toString());
+    }
+    return entries;
 }
 
 } // namespace venlo

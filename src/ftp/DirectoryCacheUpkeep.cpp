@@ -3,6 +3,7 @@
 #include "db/JetCatalogue.h"
 #include "db/Recordset.h"
 #include "db/Store.h"
+#include "db/TextFold.h"
 #include "ftp/DirectoryCache.h"
 #include "ftp/ErrorLog.h"
 #include "ftp/ListingTime.h"
@@ -21,6 +22,14 @@ const QStringList &keyColumns()
     return columns;
 }
 
+QStringList firstColumn(const Rows &rows)
+{
+    QStringList texts;
+    for (int row = 0; row < rows.count(); ++row)
+        texts.append(rows.at(0, row).toString());
+    return texts;
+}
+
 /// Wildcards of "Like" would reach other directories.
 bool hasWildcard(const QString &text)
 {
@@ -30,23 +39,33 @@ bool hasWildcard(const QString &text)
 
 QStringList DirectoryCache::directoriesFrom(const QString &prefix)
 {
-    const Rows rows = m_database.store().query(
-        QStringLiteral("SELECT DISTINCT sDir FROM ") + quotedName(m_session.currentSite()), {});
+    const QString pattern = prefix + QLatin1Char('*');
+    const QString sql =
+        QStringLiteral("SELECT DISTINCT sDir FROM ") + quotedName(m_session.currentSite());
+    const auto bounds = likeBounds(pattern);
+    if (bounds && !hasWildcard(prefix))
+        return firstColumn(m_database.store().query(
+            sql + QStringLiteral(" WHERE sDir >= ? AND sDir < ? AND venlo_like(sDir, ?)"),
+            {bounds->low, bounds->high, pattern}));
     QStringList dirs;
-    for (int row = 0; row < rows.count(); ++row) {
-        const QString dir = rows.at(0, row).toString();
+    for (const QString &dir : firstColumn(m_database.store().query(sql, {}))) {
         if (dir.startsWith(prefix, Qt::CaseInsensitive))
             dirs.append(dir);
     }
     return dirs;
 }
 
+void DirectoryCache::dropRows(const QString &dir)
+{
+    const auto table = m_database.openTable(m_session.currentSite());
+    (void)table->remove({QStringLiteral("sDir")}, {dir});
+}
+
 void DirectoryCache::dropPrefix(const QString &prefix)
 {
     if (hasWildcard(prefix)) {
-        const auto table = m_database.openTable(m_session.currentSite());
         for (const QString &dir : directoriesFrom(prefix))
-            (void)table->remove({QStringLiteral("sDir")}, {dir});
+            dropRows(dir);
     } else if (!change(QStringLiteral("Delete From ? Where sDir Like '?*'"), {prefix})) {
         throw DbError(m_database.lastError());
     }

@@ -1,5 +1,6 @@
 #include "ftp/DirectoryCacheWalk.h"
 
+#include "db/TextFold.h"
 #include "shared/Flags.h"
 #include "shared/FrontEnd.h"
 #include "shared/RemotePath.h"
@@ -12,16 +13,56 @@ namespace
 constexpr int maxDepth = 128;
 /// Characters; a folder of a longer name has no row, and is not looked into.
 constexpr qsizetype longestName = 255;
+
+QString notListed()
+{
+    return QStringLiteral("not listed");
+}
+
+/// Of the root of a walk that has not ended.
+QString cutShort()
+{
+    return QStringLiteral("the refresh did not come to its end");
+}
 } // namespace
+
+bool DirectoryCache::Walk::Less::operator()(const std::string &left, const std::string &right) const
+{
+    return compareFolded(left, right) < 0;
+}
 
 DirectoryCache::Walk::Walk(DirectoryCache &cache, const QString &dir)
     : Gathering(cache), m_root(dir)
 {
+    const QString site = m_cache.m_session.currentSite();
     Transaction transaction(m_cache.m_database);
-    m_cache.dropPrefix(dir);
-    m_cache.m_marks.set(m_cache.m_session.currentSite(),
-                        {dir, QStringLiteral("not listed"), false});
+    m_cache.m_marks.clearPrefix(site, dir);
+    m_cache.m_marks.set(site, {dir, cutShort(), false});
     transaction.commit();
+}
+
+DirectoryCache::Walk::~Walk()
+{
+    if (m_ended)
+        return;
+    try {
+        dropUnfinished(m_cache);
+    } catch (const DbError &) {
+        m_cache.m_site.clear(); // they go before the next use
+    }
+}
+
+void DirectoryCache::Walk::dropUnfinished(DirectoryCache &cache)
+{
+    const QString site = cache.m_session.currentSite();
+    for (const Incomplete &mark : cache.m_marks.under(site, QStringLiteral("/"))) {
+        if (mark.why != cutShort())
+            continue;
+        Transaction transaction(cache.m_database);
+        cache.dropPrefix(mark.dir);
+        cache.m_marks.set(site, {mark.dir, notListed(), false});
+        transaction.commit();
+    }
 }
 
 bool DirectoryCache::Walk::mayList(const Pending &one)
@@ -29,8 +70,8 @@ bool DirectoryCache::Walk::mayList(const Pending &one)
     const bool tooDeep = one.depth > maxDepth;
     if (!tooDeep && !m_cache.m_frontEnd.cancelled() && m_cache.m_session.connected())
         return true;
-    keep({one.dir, std::nullopt,
-          tooDeep ? QStringLiteral("nested too deeply") : QStringLiteral("not listed"), false});
+    keep({one.dir, std::nullopt, tooDeep ? QStringLiteral("nested too deeply") : notListed(),
+          false});
     return false;
 }
 
@@ -41,10 +82,11 @@ void DirectoryCache::Walk::tell(const QString &dir)
                                           QStringLiteral(" ﾌｫﾙﾀﾞとﾌｧｲﾙ情報を記録しています･･･"));
 }
 
+/// There is no mark below the root when the walk begins.
 bool DirectoryCache::Walk::listedWhole(const QString &dir)
 {
     m_rootIsWhole = m_rootIsWhole || dir == m_root;
-    return dir == m_root;
+    return true;
 }
 
 bool DirectoryCache::Walk::isTooLarge(const ClientLimits &limits) const
@@ -61,18 +103,46 @@ void DirectoryCache::Walk::stop(const QString &why)
 
 void DirectoryCache::Walk::ended()
 {
+    Transaction transaction(m_cache.m_database);
     store();
+    dropOthers();
     if (m_rootIsWhole)
         m_cache.m_marks.clear(m_cache.m_session.currentSite(), m_root);
+    transaction.commit();
+    m_ended = true;
 }
 
 void DirectoryCache::Walk::storeAll(const std::vector<Heard> &all)
 {
     Transaction transaction(m_cache.m_database);
-    QString ignored;
     for (const Heard &heard : all)
-        storeOne(heard, ignored);
+        storeOne(heard);
     transaction.commit();
+}
+
+void DirectoryCache::Walk::storeOne(const Heard &heard)
+{
+    // Of two directories that the store takes for one, the second comes on top of the first.
+    const bool first = m_stored.insert(heard.dir.toStdString()).second;
+    const bool same = first && heard.listing && m_cache.hasRowsOf(heard.dir, *heard.listing);
+    if (first && !same)
+        m_cache.dropRows(heard.dir);
+    QStringList ignored;
+    QString misfits;
+    if (!heard.listing)
+        m_cache.mark(heard.dir, heard.why, heard.refused);
+    else if (same)
+        m_cache.noteWhole(heard.dir, *heard.listing, {});
+    else
+        m_cache.storeListing(heard.dir, *heard.listing, ignored, misfits);
+}
+
+void DirectoryCache::Walk::dropOthers()
+{
+    for (const QString &dir : m_cache.directoriesFrom(m_root)) {
+        if (m_stored.find(dir.toStdString()) == m_stored.end())
+            m_cache.dropRows(dir);
+    }
 }
 
 std::vector<DirectoryCache::Folder>

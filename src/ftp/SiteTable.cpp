@@ -13,6 +13,8 @@ namespace venlo
 
 namespace
 {
+const QLatin1String isDayOnlyFile("\"day only\" = 1 AND bFd = 0");
+
 void addPrivateColumns(Database &database, const QString &table)
 {
     Store &store = database.store();
@@ -29,6 +31,14 @@ void addPrivateColumns(Database &database, const QString &table)
             store.exec(
                 QStringLiteral("ALTER TABLE %1 ADD COLUMN \"%2\" %3").arg(quoted, name, type));
     }
+    const QString index = table + QStringLiteral(" day only");
+    const Rows indexed = store.query(
+        QStringLiteral("SELECT count(*) FROM sqlite_master WHERE type = 'index' AND name = ?"),
+        {index});
+    if (indexed.at(0, 0).toLongLong() == 0)
+        store.exec(QStringLiteral("CREATE INDEX %1 ON %2(sDir, sName) WHERE ")
+                       .arg(quotedName(index), quoted) +
+                   isDayOnlyFile);
     store.exec(QStringLiteral("CREATE TABLE IF NOT EXISTS \"incomplete directories\" ("
                               "site TEXT NOT NULL, dir TEXT NOT NULL, why TEXT NOT NULL, "
                               "refused INTEGER NOT NULL, PRIMARY KEY (site, dir))"));
@@ -75,6 +85,13 @@ QString caOpenTbl(Database &database, const QString &siteName)
     }
     addPrivateColumns(database, table);
     return table;
+}
+
+QString dayOnlyStatement(const QString &table)
+{
+    return QStringLiteral("SELECT sDir, sName FROM %1 WHERE sDir >= ? AND sDir < ? AND ")
+               .arg(quotedName(table)) +
+           isDayOnlyFile;
 }
 
 void emptySiteTable(Database &database, const QString &table)

@@ -19,6 +19,10 @@ class Database;
 /// time of day). Returns the table's own spelling. Throws DbError.
 [[nodiscard]] QString caOpenTbl(Database &database, const QString &siteName);
 
+/// The native statement for directory and name of the files whose listing shows no time of day, in
+/// directories from one text up to another. It reads none of the other rows.
+[[nodiscard]] QString dayOnlyStatement(const QString &table);
+
 /// Empties a site's cache table and forgets its incomplete directories. Throws DbError.
 void emptySiteTable(Database &database, const QString &table);
 

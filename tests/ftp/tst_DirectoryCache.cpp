@@ -2,6 +2,7 @@
 #include "db/Store.h"
 #include "ftp/CacheFixture.h"
 #include "ftp/ListingTime.h"
+#include "ftp/SiteTable.h"
 #include "ftp/protocol/Listing.h"
 #include "support/FtpDaemon.h"
 
@@ -69,6 +70,7 @@ private Q_SLOTS:
     void listOffsetIsLearned();
     void listOffsetIsNotAskedForEver();
     void dayOnlyTakesMdtmMinute();
+    void dayOnlyFilesAreFoundByIndex();
     void daemons_data();
     void daemons();
 };
@@ -716,6 +718,48 @@ void tst_DirectoryCache::dayOnlyTakesMdtmMinute()
     QCOMPARE(f.cacheRows(web()).last(), QStringLiteral("/sub|0|a.txt|24/03/04 14:06:07|6"));
     QVERIFY(!f.cache.refineTime(sub, QStringLiteral("a.txt")));
     QVERIFY(f.cache.dayOnlyUnder(slash()).empty());
+}
+
+void tst_DirectoryCache::dayOnlyFilesAreFoundByIndex()
+{
+    CacheFixture f;
+    f.server.options().mlsd = false;
+    const QDateTime old = utc("2020-02-03T04:05:06Z");
+    for (const char *path : {"/pub/a.txt", "/pub/b/c.txt", "/PUB2/d.txt", "/x*y/e.txt", "/f.txt"})
+        f.server.put(path, "old", old);
+    f.server.put("/pub/new.txt", "new", QDateTime::currentDateTimeUtc());
+    f.server.tree().makeFolder("/pub/folder", old);
+    QVERIFY(f.start());
+    f.cache.caRefresh(slash());
+    const auto under = [&](const char *dir) {
+        QStringList paths;
+        for (const auto &[below, name] : f.cache.dayOnlyUnder(QLatin1String(dir)))
+            paths.append(below + QLatin1Char(':') + name);
+        return paths.join(QLatin1Char(' '));
+    };
+    QCOMPARE(under("/Pub"), QStringLiteral("/pub:a.txt /pub/b:c.txt"));
+    QCOMPARE(under("/x*y/"), QStringLiteral("/x*y:e.txt"));
+    QCOMPARE(under("/pu"), QString());
+    QCOMPARE(f.cache.dayOnlyUnder(slash()).size(), size_t(5));
+    const Rows plan =
+        f.database.store().query(QStringLiteral("EXPLAIN QUERY PLAN ") + dayOnlyStatement(web()),
+                                 {QStringLiteral("/pub"), QStringLiteral("/puc")});
+    QCOMPARE(plan.count(), 1);
+    const QString step = plan.at(3, 0).toString();
+    QVERIFY2(step.startsWith(QLatin1String("SEARCH web USING INDEX web day only (sDir>")) ||
+                 step.startsWith(QLatin1String("SEARCH web USING COVERING INDEX web day only")),
+             qPrintable(step));
+    // A table of an earlier version gets its index when it is used again.
+    f.database.store().exec(QStringLiteral("DROP INDEX \"web day only\""));
+    f.session.Disconnect();
+    QVERIFY(f.connect());
+    QCOMPARE(
+        f.database.store()
+            .query(QStringLiteral("SELECT count(*) FROM sqlite_master WHERE name = 'web day only'"))
+            .at(0, 0)
+            .toInt(),
+        1);
+    QCOMPARE(under("/pub"), QStringLiteral("/pub:a.txt /pub/b:c.txt"));
 }
 
 void tst_DirectoryCache::daemons_data()
