@@ -66,11 +66,11 @@ std::uintmax_t sizeOf(DWORD high, DWORD low)
     return (std::uintmax_t{high} << half) | low;
 }
 
-/// An entry that is not there is no error of a look at it.
+/// An entry that is not there is no error of a look at it; under an impossible name nothing is.
 file_status noStatus(std::error_code &error)
 {
     error = lastError();
-    if (error != std::errc::no_such_file_or_directory)
+    if (error != std::errc::no_such_file_or_directory && error.value() != ERROR_INVALID_NAME)
         return file_status(file_type::none);
     error.clear();
     return file_status(file_type::not_found);
@@ -87,33 +87,31 @@ DWORD tagOf(const path &entry)
     return told ? tag.ReparseTag : 0;
 }
 
-/// A search would take such a name for any that matches it.
-bool isPattern(const path &entry)
-{
-    return entry.filename().native().find_first_of(L"*?") != std::wstring::npos;
-}
-
-/// Of one entry, found by its name like in a listing: that needs no rights on the entry itself.
+/// Of one entry itself. What another program keeps from being looked at is found by its name like
+/// in a listing.
 bool lookUp(const path &entry, WIN32_FIND_DATAW &found)
 {
-    const HANDLE search =
-        isPattern(entry) ? INVALID_HANDLE_VALUE : FindFirstFileW(entry.c_str(), &found);
+    WIN32_FILE_ATTRIBUTE_DATA plain = {};
+    if (GetFileAttributesExW(entry.c_str(), GetFileExInfoStandard, &plain) != FALSE) {
+        found = {};
+        found.dwFileAttributes = plain.dwFileAttributes;
+        found.ftLastWriteTime = plain.ftLastWriteTime;
+        found.nFileSizeHigh = plain.nFileSizeHigh;
+        found.nFileSizeLow = plain.nFileSizeLow;
+        if ((plain.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0)
+            found.dwReserved0 = tagOf(entry);
+        return true;
+    }
+    const DWORD why = GetLastError();
+    if (why != ERROR_ACCESS_DENIED && why != ERROR_SHARING_VIOLATION)
+        return false;
+    const HANDLE search = FindFirstFileW(entry.c_str(), &found);
     if (search != INVALID_HANDLE_VALUE) {
         FindClose(search);
         return true;
     }
-    // The top of a drive is in no listing.
-    WIN32_FILE_ATTRIBUTE_DATA plain = {};
-    if (GetFileAttributesExW(entry.c_str(), GetFileExInfoStandard, &plain) == FALSE)
-        return false;
-    found = {};
-    found.dwFileAttributes = plain.dwFileAttributes;
-    if ((plain.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0)
-        found.dwReserved0 = tagOf(entry);
-    found.ftLastWriteTime = plain.ftLastWriteTime;
-    found.nFileSizeHigh = plain.nFileSizeHigh;
-    found.nFileSizeLow = plain.nFileSizeLow;
-    return true;
+    SetLastError(why);
+    return false;
 }
 
 file_type typeOf(const WIN32_FIND_DATAW &found)

@@ -45,6 +45,8 @@ bool replaceFile(const QString &from, const QString &to)
 {
     const std::wstring target = longPath(to);
     const DWORD before = GetFileAttributesW(target.c_str());
+    if (before != INVALID_FILE_ATTRIBUTES && (before & FILE_ATTRIBUTE_READONLY) != 0)
+        return false; // not every file system refuses by itself
     if (MoveFileExW(longPath(from).c_str(), target.c_str(),
                     MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) == FALSE)
         return false;

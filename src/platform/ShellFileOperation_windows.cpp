@@ -42,9 +42,12 @@ bool tooLong(qsizetype length, bool folder)
 }
 
 /// The shell would take "a." and "a " for "a".
-bool hasOtherName(const QString &name)
+bool hasOtherName(const QString &path)
 {
-    return name.endsWith(QLatin1Char('.')) || name.endsWith(QLatin1Char(' '));
+    const QStringList names = QDir::fromNativeSeparators(path).split(QLatin1Char('/'));
+    return std::any_of(names.begin(), names.end(), [](const QString &name) {
+        return name.endsWith(QLatin1Char('.')) || name.endsWith(QLatin1Char(' '));
+    });
 }
 
 bool isFolder(const disk::directory_entry &entry)
@@ -87,7 +90,8 @@ bool beyondShell(const QString &path, const QString &to)
         path.size() - QDir::fromNativeSeparators(path).lastIndexOf(QLatin1Char('/'));
     const qsizetype longer =
         to.isEmpty() ? 0 : std::max<qsizetype>(0, to.size() + name - path.size());
-    return isBeyond(entry, longer) || (isFolder(entry) && holdsBeyond(entry.path(), longer));
+    return hasOtherName(to) || isBeyond(entry, longer) ||
+           (isFolder(entry) && holdsBeyond(entry.path(), longer));
 }
 
 ShellFileReport runInShell(const ShellFileOrder &order)

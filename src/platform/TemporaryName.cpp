@@ -1,8 +1,9 @@
 #include "platform/TemporaryName.h"
 
 #include <algorithm>
+#include <utility>
 
-#include <QDir>
+#include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
 #include <QRandomGenerator>
@@ -40,13 +41,17 @@ bool isTemporaryName(const QString &fileName)
 
 int sweepTemporaryNames(const QString &folder, const QDateTime &before, const QStringList &live)
 {
+    // A filter by name would be a regular expression, made anew for every folder.
+    QFileInfoList entries;
+    for (QDirIterator all(folder, QDir::Files | QDir::Hidden | QDir::System); all.hasNext();) {
+        all.next();
+        if (isTemporaryName(all.fileName()))
+            entries.append(all.fileInfo());
+    }
     int deleted = 0;
-    const auto entries =
-        QDir(folder).entryInfoList({prefix + QLatin1Char('*') + suffix},
-                                   QDir::Files | QDir::Hidden | QDir::System, QDir::NoSort);
-    for (const QFileInfo &entry : entries) {
-        if (isTemporaryName(entry.fileName()) && entry.lastModified() < before &&
-            !live.contains(entry.absoluteFilePath()) && QFile::remove(entry.filePath()))
+    for (const QFileInfo &entry : std::as_const(entries)) {
+        if (entry.lastModified() < before && !live.contains(entry.absoluteFilePath()) &&
+            QFile::remove(entry.filePath()))
             ++deleted;
     }
     return deleted;

@@ -57,7 +57,9 @@ private Q_SLOTS:
     void lines_data();
     void lines();
     void nothingWithoutALog();
+#ifdef Q_OS_UNIX
     void privateToTheUser();
+#endif
     void silentWhenItCannotBeWritten();
 };
 
@@ -122,6 +124,7 @@ void tst_ErrorLog::nothingWithoutALog()
     QVERIFY(!QFile::exists(f.log.path()));
 }
 
+#ifdef Q_OS_UNIX
 void tst_ErrorLog::privateToTheUser()
 {
     constexpr auto mine = QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ReadUser |
@@ -133,6 +136,7 @@ void tst_ErrorLog::privateToTheUser()
     f.log.StartErrorLog();
     QCOMPARE(QFileInfo(f.log.path()).permissions(), QFileDevice::Permissions(mine));
 }
+#endif
 
 void tst_ErrorLog::silentWhenItCannotBeWritten()
 {

@@ -43,7 +43,9 @@ private Q_SLOTS:
     void stampsGoOn();
     void goesOnBehindAnEarlierRun();
     void twoFilesAtMost();
+#ifdef Q_OS_UNIX
     void privateToTheUser();
+#endif
     void silentWhenItCannotBeWritten();
     void manyNotesAreCheap();
 };
@@ -175,6 +177,7 @@ void tst_EventLog::twoFilesAtMost()
     QVERIFY(contentOf(f.log.olderPath()).startsWith("2026/11/21 "));
 }
 
+#ifdef Q_OS_UNIX
 void tst_EventLog::privateToTheUser()
 {
     Fixture f;
@@ -183,6 +186,7 @@ void tst_EventLog::privateToTheUser()
               (QFileDevice::ReadGroup | QFileDevice::WriteGroup | QFileDevice::ReadOther |
                QFileDevice::WriteOther)));
 }
+#endif
 
 void tst_EventLog::silentWhenItCannotBeWritten()
 {

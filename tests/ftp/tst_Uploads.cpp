@@ -4,7 +4,11 @@
 #include "db/DisplayFormat.h"
 #include "shared/NameList.h"
 
+#include <QtGlobal>
+
+#ifdef Q_OS_UNIX
 #include <sys/stat.h>
+#endif
 
 #include <QTest>
 
@@ -444,8 +448,11 @@ void tst_Uploads::cancelAllLeavesTheRest()
 void tst_Uploads::unreadableFileGoesPast_data()
 {
     QTest::addColumn<QString>("kind");
-    for (const char *kind : {"missing", "folder", "pipe"})
+    for (const char *kind : {"missing", "folder"})
         QTest::newRow(kind) << QString::fromLatin1(kind);
+#ifdef Q_OS_UNIX
+    QTest::newRow("pipe") << QStringLiteral("pipe");
+#endif
 }
 
 void tst_Uploads::unreadableFileGoesPast()
@@ -456,8 +463,10 @@ void tst_Uploads::unreadableFileGoesPast()
     const QString path = f.at(QStringLiteral("a.txt"));
     if (kind == QLatin1String("folder"))
         QVERIFY(QDir().mkdir(path));
+#ifdef Q_OS_UNIX
     else if (kind == QLatin1String("pipe"))
         QCOMPARE(mkfifo(QFile::encodeName(path).constData(), 0600), 0);
+#endif
     f.write(QStringLiteral("b.txt"), "bye");
     f.putList({QStringLiteral("a.txt"), QStringLiteral("b.txt")});
     QVERIFY(f.ok);

@@ -3,7 +3,9 @@
 #include <QHeaderView>
 #include <QListWidget>
 
+#ifdef Q_OS_UNIX
 #include "support/FtpDaemon.h"
+#endif
 
 namespace venlo::test
 {
@@ -45,8 +47,10 @@ private Q_SLOTS:
     void headerWidens();
     void siteDeletedInTheDialog();
     void deletedSitesPatternsLeaveTheMenu();
+#ifdef Q_OS_UNIX
     void realDaemons_data();
     void realDaemons();
+#endif
 
 private:
     std::unique_ptr<FtpPaneFixture> m;
@@ -448,6 +452,7 @@ void tst_uFtp::deletedSitesPatternsLeaveTheMenu()
     QVERIFY(!m->menus.mnSync()->actions().constFirst()->isVisible());
 }
 
+#ifdef Q_OS_UNIX
 void tst_uFtp::realDaemons_data()
 {
     QTest::addColumn<int>("kind");
@@ -484,6 +489,7 @@ void tst_uFtp::realDaemons()
     QVERIFY(daemon.exists("docs/新しい"));
     m->pane->disconnectSite();
 }
+#endif
 
 } // namespace venlo::test
 

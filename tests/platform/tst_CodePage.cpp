@@ -149,6 +149,7 @@ void tst_CodePage::decodeRefuses_data()
     QTest::newRow("0xFF") << hex("FF");
     QTest::newRow("cut short") << hex("82");
     QTest::newRow("bad second byte") << hex("8220");
+    QTest::newRow("a separator is no second byte") << hex("EC2F");
     QTest::newRow("bad byte behind good text") << hex("895E977080");
 }
 

@@ -1,4 +1,5 @@
 #include <QClipboard>
+#include <QDir>
 #include <QGuiApplication>
 #include <QMimeData>
 #include <QTest>
@@ -27,6 +28,16 @@ private Q_SLOTS:
     void dropFilesWideWhereAskedFor();
 };
 
+namespace
+{
+QStringList native(QStringList paths)
+{
+    for (QString &path : paths)
+        path = QDir::toNativeSeparators(path);
+    return paths;
+}
+} // namespace
+
 void tst_FileClipboard::writtenAndRead_data()
 {
     QTest::addColumn<quint32>("effect");
@@ -49,7 +60,7 @@ void tst_FileClipboard::writtenAndRead()
              gnome + '\n' + QUrl::fromLocalFile(paths.at(0)).toEncoded() + "\nfile:///tmp/d");
     QCOMPARE(data->data(QStringLiteral("application/x-kde-cutselection")), kde);
     const FileClip clip = readFileClipData(*data);
-    QCOMPARE(clip.paths, paths);
+    QCOMPARE(clip.paths, native(paths));
     QCOMPARE(clip.effect, effect);
 }
 
@@ -81,7 +92,7 @@ void tst_FileClipboard::markers()
     if (!kde.isEmpty())
         data.setData(QStringLiteral("application/x-kde-cutselection"), kde);
     const FileClip clip = readFileClipData(data);
-    QCOMPARE(clip.paths, QStringList{QStringLiteral("/a")});
+    QCOMPARE(clip.paths, native({QStringLiteral("/a")}));
     QCOMPARE(clip.effect, effect);
 }
 
@@ -90,12 +101,12 @@ void tst_FileClipboard::onlyLocalFiles()
     QMimeData data;
     data.setUrls({QUrl(QStringLiteral("https://example.invalid/a")),
                   QUrl(QStringLiteral("file:///tmp/b/"))});
-    QCOMPARE(localPaths(data), QStringList{QStringLiteral("/tmp/b")});
+    QCOMPARE(localPaths(data), native({QStringLiteral("/tmp/b")}));
 
     QMimeData marker; // some programs put the marker alone
     marker.setData(QStringLiteral("x-special/gnome-copied-files"),
                    "copy\r\nfile:///tmp/%E3%81%82\r\n");
-    QCOMPARE(readFileClipData(marker).paths, QStringList{QStringLiteral("/tmp/あ")});
+    QCOMPARE(readFileClipData(marker).paths, native({QStringLiteral("/tmp/あ")}));
     QCOMPARE(readFileClipData(marker).effect, copyEffect);
 
     QMimeData text;
@@ -107,13 +118,15 @@ void tst_FileClipboard::onlyLocalFiles()
 void tst_FileClipboard::throughTheClipboard()
 {
     putFilesOnClipboard({QStringLiteral("/tmp/a")}, cutEffect);
-    QCOMPARE(filesOnClipboard().paths, QStringList{QStringLiteral("/tmp/a")});
+    QCOMPARE(filesOnClipboard().paths, native({QStringLiteral("/tmp/a")}));
     QCOMPARE(filesOnClipboard().effect, cutEffect);
     putFilesOnClipboard({QStringLiteral("/tmp/b")}, copyEffect);
-    QCOMPARE(filesOnClipboard().paths, QStringList{QStringLiteral("/tmp/b")});
+    QCOMPARE(filesOnClipboard().paths, native({QStringLiteral("/tmp/b")}));
     QCOMPARE(filesOnClipboard().effect, copyEffect);
+#ifdef Q_OS_UNIX // elsewhere the test's own platform has a clipboard of its own
     QGuiApplication::clipboard()->clear();
     QCOMPARE(filesOnClipboard().paths, QStringList());
+#endif
 }
 
 void tst_FileClipboard::dropFilesInTheCodePage()

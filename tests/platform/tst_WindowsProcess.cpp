@@ -42,8 +42,8 @@ class OwnRegistry
 public:
     explicit OwnRegistry(HKEY top) : m_top(top)
     {
-        RegCreateKeyExW(HKEY_CURRENT_USER, place, 0, nullptr, REG_OPTION_VOLATILE, KEY_ALL_ACCESS,
-                        nullptr, &m_key, nullptr);
+        RegCreateKeyExW(HKEY_CURRENT_USER, place, 0, nullptr, REG_OPTION_NON_VOLATILE,
+                        KEY_ALL_ACCESS, nullptr, &m_key, nullptr);
         m_led = RegOverridePredefKey(m_top, m_key) == ERROR_SUCCESS;
     }
     ~OwnRegistry()
@@ -93,9 +93,11 @@ private:
     std::unique_ptr<QTemporaryDir> m_folder;
 };
 
-QString classes()
+/// Wine looks for associations at the machine's, the system at the user's first.
+QStringList classes()
 {
-    return QStringLiteral("HKEY_CURRENT_USER\\Software\\Classes");
+    return {QStringLiteral("HKEY_CURRENT_USER\\Software\\Classes"),
+            QStringLiteral("HKEY_LOCAL_MACHINE\\Software\\Classes")};
 }
 
 void tst_WindowsProcess::init()
@@ -104,18 +106,22 @@ void tst_WindowsProcess::init()
     QVERIFY(m_folder->isValid());
     qputenv(tellsTo, at(QStringLiteral("told")).toUtf8());
     // Documents of a kind of our own are opened with this program.
-    QSettings settings(classes(), QSettings::NativeFormat);
     const QString program = QDir::toNativeSeparators(QCoreApplication::applicationFilePath());
-    settings.setValue(QStringLiteral(".venlotest/."), QStringLiteral("VenloFtp.Test"));
-    settings.setValue(QStringLiteral("VenloFtp.Test/shell/open/command/."),
-                      QStringLiteral("\"%1\" \"%2\"").arg(program, QStringLiteral("%1")));
+    for (const QString &place : classes()) {
+        QSettings settings(place, QSettings::NativeFormat);
+        settings.setValue(QStringLiteral(".venlotest/."), QStringLiteral("VenloFtp.Test"));
+        settings.setValue(QStringLiteral("VenloFtp.Test/shell/open/command/."),
+                          QStringLiteral("\"%1\" \"%2\"").arg(program, QStringLiteral("%1")));
+    }
 }
 
 void tst_WindowsProcess::cleanup()
 {
-    QSettings settings(classes(), QSettings::NativeFormat);
-    settings.remove(QStringLiteral(".venlotest"));
-    settings.remove(QStringLiteral("VenloFtp.Test"));
+    for (const QString &place : classes()) {
+        QSettings settings(place, QSettings::NativeFormat);
+        settings.remove(QStringLiteral(".venlotest"));
+        settings.remove(QStringLiteral("VenloFtp.Test"));
+    }
     qunsetenv(tellsTo);
 }
 

@@ -14,6 +14,7 @@
 #include "platform/ShellFileOperation.h"
 #include "platform/ShellOpen.h"
 #include "platform/SpecialFolders.h"
+#include "platform/Wine.h"
 
 using namespace venlo;
 using venlo::test::ScriptedShellPerson;
@@ -185,6 +186,8 @@ void tst_WindowsShell::shortcut()
 
 void tst_WindowsShell::shortcutToAnAddress()
 {
+    if (venlo::test::underWine())
+        QSKIP("Wine's shell has no items for addresses");
     const QString written = writeShortcut(at(QStringLiteral("help.lnk")),
                                           QStringLiteral("https://help.invalid/ftp/main.htm"));
     QVERIFY(!written.isEmpty());

@@ -2,12 +2,16 @@
 #include "sync/Comparison.h"
 #include "sync/SyncWorld.h"
 
-#include <array>
-#include <fstream>
+#include <QtGlobal>
 
+#ifdef Q_OS_UNIX
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#endif
+
+#include <array>
+#include <fstream>
 
 #include <QDir>
 #include <QFile>
@@ -48,6 +52,7 @@ private Q_SLOTS:
     void unreadableLocalFolder();
     void localFolderThatVanishes();
     void localFileTooLarge();
+#ifdef Q_OS_UNIX
     void linksToFolders();
     void whatHasNoRowHoldsItsFolder_data();
     void whatHasNoRowHoldsItsFolder();
@@ -55,6 +60,7 @@ private Q_SLOTS:
     void unreadNamesLeaveTheRestUndone();
     void aFileWithoutATimeIsNotAbsent();
     void aFolderWithoutATimeIsNotAbsent();
+#endif
     void cutUploads_data();
     void cutUploads();
     void cutUploadsOfAWholeFolder();
@@ -348,6 +354,7 @@ void tst_ComparisonDoubts::localFileTooLarge()
     QVERIFY(m_world->compare(false, pub).ok);
 }
 
+#ifdef Q_OS_UNIX
 void tst_ComparisonDoubts::linksToFolders()
 {
     m_server->put("/pub/loop/f", "f");
@@ -433,6 +440,7 @@ void tst_ComparisonDoubts::aFolderWithoutATimeIsNotAbsent()
     QVERIFY(!m_world->compare(false, pub).ok);
     QVERIFY(m_world->errorLogText().contains("sySync Err"));
 }
+#endif
 
 void tst_ComparisonDoubts::cutUploads_data()
 {
