@@ -28,8 +28,11 @@ std::unique_ptr<QLockFile> lockOf(const QString &journal)
 
 QStringList journalsIn(const QDir &folder, const QString &ending)
 {
-    return folder.entryList({prefix + QLatin1Char('*') + ending}, QDir::Files | QDir::Hidden,
-                            QDir::Name);
+    QStringList names = folder.entryList(QDir::Files | QDir::Hidden, QDir::Name);
+    names.removeIf([&ending](const QString &name) {
+        return !name.startsWith(prefix) || !name.endsWith(ending);
+    });
+    return names;
 }
 
 QString notedIn(QFile &journal)
