@@ -78,8 +78,12 @@ public:
     void forgetFolder(const QString &dir, const QString &name);
     void renamed(const QString &dir, const QString &oldName, const QString &newName, bool folder);
     void folderMade(const QString &dir, const QString &name);
-    /// The server has just made this directory: it holds nothing that would have to be listed.
+    /// The server has just made this directory: it holds nothing that would have to be listed,
+    /// until othersMayWrite().
     void madeEmpty(const QString &dir);
+    /// The operation that made directories is over: one without rows is listed again when it is
+    /// looked into.
+    void othersMayWrite() { m_madeHere.clear(); }
 
     using Incomplete = IncompleteMarks::Mark;
     /// Incomplete directories at or below dir.
@@ -226,7 +230,7 @@ private:
     int m_connects = 0;                    ///< the same, see Session
     QHash<QString, QByteArray> m_rawPaths; ///< bytes of paths that are not plain ASCII; no guesses
     int m_lostGroups = 0;                  ///< of the store, up to now
-    QSet<QString> m_madeHere; ///< directories that were made empty since the last refresh
+    QSet<QString> m_madeHere;              ///< directories that the running operation made
     int m_offsetSamples = 0;
     StatTrust m_stat;
     int m_statLosses = 0;

@@ -101,7 +101,11 @@ void RemoteOperations::ftPutFile(const QString &dir, const QString &names,
 void RemoteOperations::ftPutFold(const QString &localParent, const QString &name,
                                  const QString &remoteParent, bool &ok)
 {
-    carryOut(ok, [&] { return m->uploads.putFolder(localParent, name, remoteParent); });
+    carryOut(ok, [&] {
+        const bool goOn = m->uploads.putFolder(localParent, name, remoteParent);
+        m->context.cache.othersMayWrite();
+        return goOn;
+    });
 }
 
 Result<bool> RemoteOperations::shows(const QString &dir, const QString &name)
