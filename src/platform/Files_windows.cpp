@@ -19,7 +19,14 @@ bool makePrivateFolder(const QString &path)
 
 bool makePrivateFile(const QString &path)
 {
-    return QFile::exists(path);
+    // Its owner's alone already; but the copy of a read-only file is one too.
+    const std::wstring file = longPath(path);
+    const DWORD attributes = GetFileAttributesW(file.c_str());
+    if (attributes == INVALID_FILE_ATTRIBUTES)
+        return false;
+    return (attributes & FILE_ATTRIBUTE_READONLY) == 0 ||
+           SetFileAttributesW(file.c_str(),
+                              attributes & ~static_cast<DWORD>(FILE_ATTRIBUTE_READONLY)) != FALSE;
 }
 
 bool openToOthers(const QString & /*path*/)

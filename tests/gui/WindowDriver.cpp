@@ -32,7 +32,7 @@ QString CaughtStreams::read(std::FILE *file)
     std::array<char, 4096> piece{};
     while (const size_t count = std::fread(piece.data(), 1, piece.size(), file))
         bytes.append(piece.data(), static_cast<qsizetype>(count));
-    return QString::fromUtf8(bytes);
+    return QString::fromLocal8Bit(bytes);
 }
 
 void whenShown(const QString &objectName, std::function<void(QWidget &)> action)

@@ -20,11 +20,12 @@ struct Fixture : PaneFixture {
     Fixture()
     {
         server.makeFolder("/in");
-        made = start() && makeTree(here(), {{"a.txt", "one"},
-                                            {"b.txt", "two"},
-                                            {"not chosen.txt", "no"},
-                                            {"sub/inner.txt", "inner"},
-                                            {"sub/deep/er.txt", "er"}});
+        const std::vector<venlo::test::TreeRow> rows = {{"a.txt", "one"},
+                                                        {"b.txt", "two"},
+                                                        {"not chosen.txt", "no"},
+                                                        {"sub/inner.txt", "inner"},
+                                                        {"sub/deep/er.txt", "er"}};
+        made = start() && makeTree(here(), rows);
         QObject::connect(pane.get(), &uFile::eBfrPut, pane.get(), [this](bool &go, QString &to) {
             ++asked;
             startedSilent = !go && to.isEmpty();

@@ -18,7 +18,7 @@ QString contents(std::FILE *file)
     std::rewind(file);
     std::array<char, 1024> bytes{};
     const size_t count = std::fread(bytes.data(), 1, bytes.size(), file);
-    return QString::fromUtf8(bytes.data(), static_cast<qsizetype>(count));
+    return QString::fromLocal8Bit(bytes.data(), static_cast<qsizetype>(count));
 }
 } // namespace
 

@@ -37,7 +37,7 @@ private Q_SLOTS:
 private:
     [[nodiscard]] QString inRoot(const char *name) const
     {
-        return m_root->filePath(QString::fromLatin1(name));
+        return QDir::toNativeSeparators(m_root->filePath(QString::fromLatin1(name)));
     }
     void write(const char *name, const QByteArray &bytes) const;
     [[nodiscard]] QByteArray read(const char *name) const;

@@ -36,9 +36,13 @@ private Q_SLOTS:
 
 private:
     void writeIni(const QByteArray &bytes) const;
+    [[nodiscard]] QString rooted(const QString &name) const
+    {
+        return QDir::toNativeSeparators(m_root->filePath(name));
+    }
     [[nodiscard]] QString inRoot(const char *name) const
     {
-        return m_root->filePath(QString::fromLatin1(name));
+        return rooted(QString::fromLatin1(name));
     }
     [[nodiscard]] ProgramPlaces places() const;
     [[nodiscard]] QString defaultFolder() const { return inRoot("data/Venlo/Tool/"); }
@@ -101,7 +105,7 @@ void tst_UserDataFolder::token()
     ScriptedPerson person;
     UserDataFolder chosen(places(), person);
     chosen.W_UserData();
-    QCOMPARE(chosen.userDataFolder(), m_root->filePath(folder));
+    QCOMPARE(chosen.userDataFolder(), rooted(folder));
     QCOMPARE(chosen.programDataFolder(), inRoot("program/apData/"));
     QVERIFY(QDir(chosen.userDataFolder()).exists());
     QTEST(static_cast<int>(person.warnings().size()), "warnings");
@@ -125,12 +129,12 @@ void tst_UserDataFolder::folderPath()
     QFETCH(QString, text);
     QFETCH(QString, folder);
     text.replace(QLatin1Char('@'), m_root->path());
-    QVERIFY(QDir().mkpath(m_root->filePath(folder)));
+    QVERIFY(QDir().mkpath(rooted(folder)));
     writeIni(text.toUtf8() + "\r\n");
     ScriptedPerson person;
     UserDataFolder chosen(places(), person);
     chosen.W_UserData();
-    QCOMPARE(QDir::cleanPath(chosen.userDataFolder()), QDir::cleanPath(m_root->filePath(folder)));
+    QCOMPARE(QDir::cleanPath(chosen.userDataFolder()), QDir::cleanPath(rooted(folder)));
     QVERIFY(chosen.userDataFolder().endsWith(QDir::separator()));
     QVERIFY(!chosen.userDataFolder().endsWith(QLatin1String("//")));
     QVERIFY(person.verify());

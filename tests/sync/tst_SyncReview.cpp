@@ -1,5 +1,6 @@
 #include "sync/SyncReview.h"
 
+#include <QDir>
 #include <QElapsedTimer>
 #include <QTest>
 
@@ -382,12 +383,15 @@ void tst_SyncReview::pathsFollowEachSidesSpelling()
     const SyncReview review = tables.review(comparison);
     const int file = rowOf(review, QStringLiteral("/doc/new.txt"));
     QVERIFY(file > 0);
-    QCOMPARE(review.localPath(file), QStringLiteral("/home/me/web/Doc/new.txt"));
+    QCOMPARE(review.localPath(file),
+             QDir::toNativeSeparators(QStringLiteral("/home/me/web/Doc/new.txt")));
     QCOMPARE(review.remoteParent(file), QStringLiteral("/pub/doc"));
-    QCOMPARE(review.localParent(file), QStringLiteral("/home/me/web/Doc"));
+    QCOMPARE(review.localParent(file),
+             QDir::toNativeSeparators(QStringLiteral("/home/me/web/Doc")));
     const int folder = rowOf(review, QStringLiteral("/Doc/Sub/"));
     QVERIFY(folder > 0);
-    QCOMPARE(review.localPath(folder), QStringLiteral("/home/me/web/Doc/Sub"));
+    QCOMPARE(review.localPath(folder),
+             QDir::toNativeSeparators(QStringLiteral("/home/me/web/Doc/Sub")));
     QCOMPARE(review.remotePath(folder), QStringLiteral("/pub/doc/Sub"));
     QCOMPARE(review.remoteParent(folder), QStringLiteral("/pub/doc"));
     QCOMPARE(review.row(folder).name, QStringLiteral("Sub"));
