@@ -22,7 +22,8 @@ bool hasForbiddenByte(const QByteArray &command)
 /// With 0xFF doubled, which is a Telnet command otherwise, and its line end.
 QByteArray wireLine(QByteArray command)
 {
-    command.replace(QByteArray(1, telnetIac), QByteArray(2, telnetIac));
+    if (command.contains(telnetIac))
+        command.replace(QByteArray(1, telnetIac), QByteArray(2, telnetIac));
     return command + "\r\n";
 }
 

@@ -183,7 +183,13 @@ Result<QDateTime> FtpClient::modificationTime(const QByteArray &name)
 
 QByteArray FtpClient::State::setTimeCommand(const QByteArray &name, const QDateTime &utc) const
 {
-    const QByteArray digits = utc.toUTC().toString(QStringLiteral("yyyyMMddhhmmss")).toLatin1();
+    const QDateTime at = utc.toUTC();
+    const QDate date = at.date();
+    const QTime time = at.time();
+    const QByteArray digits =
+        QString::asprintf("%04d%02d%02d%02d%02d%02d", date.year(), date.month(), date.day(),
+                          time.hour(), time.minute(), time.second())
+            .toLatin1();
     return (features.contains("MFMT") ? "MFMT " : "MDTM ") + digits + ' ' + name;
 }
 
