@@ -22,6 +22,8 @@ inline std::wstring longPath(const QString &path)
     const QString native = QDir::toNativeSeparators(QDir(full).absolutePath());
     if (native.startsWith(QLatin1String("\\\\")))
         return (prefix + QStringLiteral("UNC") + native.mid(1)).toStdWString();
+    if (native.startsWith(QLatin1Char('\\'))) // on the current drive
+        return (prefix + QDir::currentPath().left(2) + native).toStdWString();
     return (prefix + native).toStdWString();
 }
 

@@ -70,6 +70,7 @@ private Q_SLOTS:
     void init();
     void paths_data();
     void paths();
+    void aPathWithoutADriveIsOnTheCurrentOne();
     void noPathIsNotTheCurrentFolder();
     void aPatternIsNoName();
     void attributes_data();
@@ -121,6 +122,13 @@ void tst_WindowsDisk::paths()
     const std::filesystem::path made = filesystemPath(path);
     QCOMPARE(QString::fromStdWString(made.native()), native);
     QCOMPARE(shownPath(made), shown);
+}
+
+void tst_WindowsDisk::aPathWithoutADriveIsOnTheCurrentOne()
+{
+    const QString drive = QDir::currentPath().left(2);
+    QCOMPARE(QString::fromStdWString(filesystemPath(QStringLiteral("/公開/a")).native()),
+             QStringLiteral("\\\\?\\") + drive + QStringLiteral("\\公開\\a"));
 }
 
 void tst_WindowsDisk::noPathIsNotTheCurrentFolder()
