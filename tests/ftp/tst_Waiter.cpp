@@ -98,12 +98,15 @@ void tst_Waiter::aside()
     QVERIFY(worker != QThread::currentThread());
     QVERIFY2(ticker.ticks > 10, qPrintable(QString::number(ticker.ticks)));
     QVERIFY(busyMeanwhile && !waiter.busy());
-    QElapsedTimer timer;
-    timer.start();
-    int count = 0;
-    for (; count < 20; ++count)
-        waiter.aside([] {});
-    QVERIFY2(timer.elapsed() < 900, qPrintable(QString::number(timer.elapsed()))); // no tick each
+    qint64 shortest = 900; // a machine may be busy once, not every time
+    for (int batch = 0; batch < 5 && shortest >= 900; ++batch) {
+        QElapsedTimer timer;
+        timer.start();
+        for (int count = 0; count < 20; ++count)
+            waiter.aside([] {});
+        shortest = timer.elapsed();
+    }
+    QVERIFY2(shortest < 900, qPrintable(QString::number(shortest))); // no tick each
 }
 
 void tst_Waiter::asideIgnoresCancel()
