@@ -188,6 +188,8 @@ private:
     void dropPrefix(const QString &prefix);
     /// Directories with rows whose path begins with prefix, letter case ignored.
     [[nodiscard]] QStringList directoriesFrom(const QString &prefix);
+    /// False when there is certainly none.
+    [[nodiscard]] bool mayHaveRowsFrom(const QString &prefix);
     [[nodiscard]] bool hasSubFolderRows(const QString &dir);
     /// The bytes of a row's name, nothing when there is no such row.
     [[nodiscard]] std::optional<QByteArray> cachedRawName(const QString &dir, const QString &name);

@@ -20,6 +20,34 @@ namespace
 {
 constexpr int mostMisfits = 20; ///< entries that are named; of more their number is told
 
+/// Fields of the rows of a directory.
+enum RowField { SameSpelling, Name, IsFolder, Day, Size, Raw, DayOnly };
+
+/// Finds the rows of a directory by their names; soonest when they are asked for in order.
+class RowFinder
+{
+public:
+    explicit RowFinder(const Rows &rows) : m_rows(rows) {}
+    /// -1 when there is none.
+    [[nodiscard]] int rowOf(const QString &name)
+    {
+        if (m_next < m_rows.count() && m_rows.at(Name, m_next).toString() == name)
+            return m_next++;
+        if (m_byName.isEmpty()) {
+            for (int row = 0; row < m_rows.count(); ++row)
+                m_byName.insert(m_rows.at(Name, row).toString(), row);
+        }
+        const int row = m_byName.value(name, -1);
+        m_next = row + 1;
+        return row;
+    }
+
+private:
+    const Rows &m_rows;
+    QHash<QString, int> m_byName;
+    int m_next = 0;
+};
+
 /// The columns of a listed entry, all but the directory.
 struct EntryColumns {
     EntryColumns(const ListedEntry &entry, std::optional<qint64> listOffset, int localOffset)
@@ -29,6 +57,16 @@ struct EntryColumns {
     {
         if (entry.rawName != entry.name.toUtf8())
             raw = entry.rawName;
+    }
+
+    /// Whether a row has these columns; its name is not looked at.
+    [[nodiscard]] bool isRow(const Rows &rows, int row) const
+    {
+        const QVariant &onlyDay = rows.at(DayOnly, row);
+        return rows.at(SameSpelling, row).toInt() == 1 &&
+               rows.at(IsFolder, row).toInt() == folder && rows.at(Day, row).toDouble() == day &&
+               rows.at(Size, row).toLongLong() == size && rows.at(Raw, row) == raw &&
+               !onlyDay.isNull() && onlyDay.toInt() == dayOnly;
     }
 
     int folder;
@@ -175,32 +213,21 @@ QString DirectoryCache::addRows(const QString &dir, const Listing &listing, QStr
 
 bool DirectoryCache::hasRowsOf(const QString &dir, const Listing &listing)
 {
-    enum Field { Spelling, Name, IsFolder, Day, Size, Raw, DayOnly };
     const Rows rows = m_database.store().query(
-        QStringLiteral("SELECT CAST(sDir AS BLOB) = CAST(?1 AS BLOB), sName, bFd, dDate, nSize, "
-                       "\"raw name\", \"day only\" FROM %1 WHERE sDir = ?1")
+        QStringLiteral("SELECT sDir COLLATE BINARY = ?1, sName, bFd, dDate, nSize, \"raw name\", "
+                       "\"day only\" FROM %1 WHERE sDir = ?1 ORDER BY sDir, sName")
             .arg(quotedName(m_session.currentSite())),
         {dir});
     if (rows.count() != static_cast<int>(listing.entries.size()))
         return false;
-    QHash<QString, int> byName;
-    byName.reserve(rows.count());
-    for (int row = 0; row < rows.count(); ++row)
-        byName.insert(rows.at(Name, row).toString(), row);
     const int localOffset = presentLocalOffset();
-    return std::all_of(listing.entries.begin(), listing.entries.end(),
-                       [&](const ListedEntry &entry) {
-                           const int row = byName.value(entry.name, -1);
-                           if (row < 0 || rows.at(Spelling, row).toInt() != 1)
-                               return false;
-                           const EntryColumns shown(entry, m_session.listOffset, localOffset);
-                           const QVariant &dayOnly = rows.at(DayOnly, row);
-                           return rows.at(IsFolder, row).toLongLong() == shown.folder &&
-                                  rows.at(Day, row).toDouble() == shown.day &&
-                                  rows.at(Size, row).toLongLong() == shown.size &&
-                                  rows.at(Raw, row) == shown.raw && !dayOnly.isNull() &&
-                                  dayOnly.toLongLong() == shown.dayOnly;
-                       });
+    RowFinder finder(rows);
+    return std::all_of(
+        listing.entries.begin(), listing.entries.end(), [&](const ListedEntry &entry) {
+            const int row = finder.rowOf(entry.name);
+            return row >= 0 &&
+                   EntryColumns(entry, m_session.listOffset, localOffset).isRow(rows, row);
+        });
 }
 
 } // namespace venlo

@@ -40,19 +40,36 @@ bool hasWildcard(const QString &text)
 QStringList DirectoryCache::directoriesFrom(const QString &prefix)
 {
     const QString pattern = prefix + QLatin1Char('*');
-    const QString sql =
-        QStringLiteral("SELECT DISTINCT sDir FROM ") + quotedName(m_session.currentSite());
-    const auto bounds = likeBounds(pattern);
-    if (bounds && !hasWildcard(prefix))
-        return firstColumn(m_database.store().query(
-            sql + QStringLiteral(" WHERE sDir >= ? AND sDir < ? AND venlo_like(sDir, ?)"),
-            {bounds->low, bounds->high, pattern}));
+    const QString site = quotedName(m_session.currentSite());
+    if (const auto bounds = likeBounds(pattern); bounds && !hasWildcard(prefix)) {
+        // From one directory to the next in the index, past the rows of each.
+        const QString sql = QStringLiteral(
+            "WITH RECURSIVE d(dir) AS (SELECT min(sDir) FROM %1 WHERE sDir >= ?1 AND sDir < ?2 "
+            "UNION ALL SELECT (SELECT min(sDir) FROM %1 WHERE sDir > dir AND sDir < ?2) FROM d "
+            "WHERE dir IS NOT NULL) SELECT dir FROM d WHERE dir IS NOT NULL AND venlo_like(dir, "
+            "?3)");
+        return firstColumn(
+            m_database.store().query(sql.arg(site), {bounds->low, bounds->high, pattern}));
+    }
     QStringList dirs;
-    for (const QString &dir : firstColumn(m_database.store().query(sql, {}))) {
+    for (const QString &dir : firstColumn(
+             m_database.store().query(QStringLiteral("SELECT DISTINCT sDir FROM ") + site))) {
         if (dir.startsWith(prefix, Qt::CaseInsensitive))
             dirs.append(dir);
     }
     return dirs;
+}
+
+bool DirectoryCache::mayHaveRowsFrom(const QString &prefix)
+{
+    const auto bounds = likeBounds(prefix + QLatin1Char('*'));
+    if (!bounds)
+        return true;
+    const Rows rows = m_database.store().query(
+        QStringLiteral("SELECT EXISTS (SELECT 1 FROM %1 WHERE sDir >= ? AND sDir < ?)")
+            .arg(quotedName(m_session.currentSite())),
+        {bounds->low, bounds->high});
+    return rows.at(0, 0).toInt() == 1;
 }
 
 void DirectoryCache::dropRows(const QString &dir)
@@ -197,12 +214,6 @@ void DirectoryCache::madeEmpty(const QString &dir)
 {
     noticeSite();
     m_madeHere.insert(dir);
-}
-
-void DirectoryCache::forgetPaths()
-{
-    m_rawPaths.clear();
-    m_madeHere.clear();
 }
 
 void DirectoryCache::folderMade(const QString &path, const QString &name)

@@ -36,6 +36,7 @@ DirectoryCache::Walk::Walk(DirectoryCache &cache, const QString &dir)
 {
     const QString site = m_cache.m_session.currentSite();
     Transaction transaction(m_cache.m_database);
+    m_hadRows = m_cache.mayHaveRowsFrom(dir);
     m_cache.m_marks.clearPrefix(site, dir);
     m_cache.m_marks.set(site, {dir, cutShort(), false});
     transaction.commit();
@@ -123,7 +124,7 @@ void DirectoryCache::Walk::storeAll(const std::vector<Heard> &all)
 void DirectoryCache::Walk::storeOne(const Heard &heard)
 {
     // Of two directories that the store takes for one, the second comes on top of the first.
-    const bool first = m_stored.insert(heard.dir.toStdString()).second;
+    const bool first = m_hadRows && m_stored.insert(heard.dir.toStdString()).second;
     const bool same = first && heard.listing && m_cache.hasRowsOf(heard.dir, *heard.listing);
     if (first && !same)
         m_cache.dropRows(heard.dir);
@@ -139,6 +140,8 @@ void DirectoryCache::Walk::storeOne(const Heard &heard)
 
 void DirectoryCache::Walk::dropOthers()
 {
+    if (!m_hadRows)
+        return;
     for (const QString &dir : m_cache.directoriesFrom(m_root)) {
         if (m_stored.find(dir.toStdString()) == m_stored.end())
             m_cache.dropRows(dir);

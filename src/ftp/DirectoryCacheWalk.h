@@ -44,9 +44,10 @@ private:
         bool operator()(const std::string &left, const std::string &right) const;
     };
 
-    std::set<std::string, Less> m_stored; ///< directories, UTF-8
+    std::set<std::string, Less> m_stored; ///< directories, UTF-8; where it had rows
     qint64 m_allEntries = 0;
     QString m_root;
+    bool m_hadRows = false; ///< when it began
     bool m_ended = false;
     int m_asked = 0; ///< directories that were listed, or could not be
     bool m_rootIsWhole = false;
