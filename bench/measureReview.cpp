@@ -34,7 +34,7 @@ void press(const QWidget &window, const char *button)
 void measureReview(ConsolePrinter &printer, const Flags &flags)
 {
     std::printf("review of %d rows\n", reviewRows);
-    WorkTables tables;
+    ReviewTables tables;
     tables.manyFiles(reviewRows);
     Stopwatch watch;
     const auto review = tables.review();

@@ -14,7 +14,7 @@ QString pathOf(const SyncRow &row)
 }
 } // namespace
 
-WorkTables::WorkTables()
+ReviewTables::ReviewTables()
 {
     const QString folder = m_folder.path() + QLatin1Char('/');
     createInitialDatabase(folder + QStringLiteral("dbFtp.mdb"));
@@ -25,23 +25,23 @@ WorkTables::WorkTables()
         qFatal("no database");
 }
 
-void WorkTables::folder(const QString &sPh, const QString &local, const QString &remote,
-                        const QString &mark)
+void ReviewTables::folder(const QString &sPh, const QString &local, const QString &remote,
+                          const QString &mark)
 {
     m_database->run(
         QStringLiteral("Insert Into tbFold (sPh, sUL, sUF, sEd) Values ('?', '?', '?', '?')"),
         {sPh, local, remote, mark});
 }
 
-void WorkTables::file(const QString &sPh, const QString &name, const Side &local,
-                      const Side &remote, const QString &mark)
+void ReviewTables::file(const QString &sPh, const QString &name, const Side &local,
+                        const Side &remote, const QString &mark)
 {
     m_database->run(QStringLiteral("Insert Into tbFile (sPh, sFL, sUL, nSL, sUF, nSF, sEd) "
                                    "Values ('?', '?', '?', ?, '?', ?, '?')"),
                     {sPh, name, local.time, local.size, remote.time, remote.size, mark});
 }
 
-void WorkTables::manyFiles(int count)
+void ReviewTables::manyFiles(int count)
 {
     const QString time = QStringLiteral("24/05/01 10:00");
     const QString add = QStringLiteral("追加");
@@ -59,7 +59,8 @@ void WorkTables::manyFiles(int count)
     transaction.commit();
 }
 
-std::unique_ptr<SyncReview> WorkTables::review(bool down, SyncBlocks blocks, ReviewOptions options)
+std::unique_ptr<SyncReview> ReviewTables::review(bool down, SyncBlocks blocks,
+                                                 ReviewOptions options)
 {
     ComparisonResult result;
     result.ok = true;
@@ -70,7 +71,7 @@ std::unique_ptr<SyncReview> WorkTables::review(bool down, SyncBlocks blocks, Rev
     return review;
 }
 
-void fillEveryKind(WorkTables &tables)
+void fillEveryKind(ReviewTables &tables)
 {
     const QString older = QStringLiteral("24/05/01 10:00");
     const QString newer = QStringLiteral("24/05/02 11:30");

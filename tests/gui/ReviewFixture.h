@@ -16,10 +16,10 @@ namespace venlo::test
 {
 
 /// Work tables filled by hand in a database of their own, and reviews of them.
-class WorkTables
+class ReviewTables
 {
 public:
-    WorkTables();
+    ReviewTables();
     /// Times are "yy/MM/dd hh:mm", empty for a side that has no such item.
     void folder(const QString &sPh, const QString &local, const QString &remote,
                 const QString &mark);
@@ -43,7 +43,7 @@ private:
 
 /// A small pair that holds one row of every kind; up.
 ///   /both (files: newer, same), /new (file, /new/sub with a file), /old (file), root files
-void fillEveryKind(WorkTables &tables);
+void fillEveryKind(ReviewTables &tables);
 
 /// Row of the review that print() shows under this path ("/a/" for folders); -1 when none.
 [[nodiscard]] int rowOf(const SyncReview &review, const QString &path);

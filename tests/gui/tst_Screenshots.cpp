@@ -34,7 +34,7 @@ QPalette darkPalette()
 }
 
 /// About forty rows as an office has them: long Japanese names, every action and state.
-void fillOffice(WorkTables &tables)
+void fillOffice(ReviewTables &tables)
 {
     const QString old = QStringLiteral("24/05/01 10:00");
     const QString recent = QStringLiteral("24/06/12 09:41");
@@ -153,7 +153,7 @@ void tst_Screenshots::syncWindow()
     ConsolePrinter printer(streams.results(), streams.messages());
     Flags flags;
     WindowFrontEnd desk(printer, flags);
-    WorkTables tables;
+    ReviewTables tables;
     fillOffice(tables);
     const auto review = tables.review(false, officeBlocks());
     QVERIFY(review->count() >= 40);

@@ -35,7 +35,7 @@ private:
     [[nodiscard]] QStringList names() const;
     [[nodiscard]] QModelIndex cell(const QString &path, int column) const;
 
-    std::unique_ptr<WorkTables> m_tables;
+    std::unique_ptr<ReviewTables> m_tables;
     std::unique_ptr<SyncReview> m_review;
     std::unique_ptr<SyncReviewModel> m_model;
 };
@@ -43,7 +43,7 @@ private:
 void tst_SyncReviewModel::init()
 {
     m_model.reset();
-    m_tables = std::make_unique<WorkTables>();
+    m_tables = std::make_unique<ReviewTables>();
     fillEveryKind(*m_tables);
     m_review = m_tables->review();
     m_model = std::make_unique<SyncReviewModel>(*m_review, QPalette());
@@ -246,7 +246,7 @@ void tst_SyncReviewModel::lockedWhileRunning()
 void tst_SyncReviewModel::manyRows()
 {
     constexpr int files = 100'000;
-    WorkTables tables;
+    ReviewTables tables;
     tables.manyFiles(files);
     const auto review = tables.review();
     QElapsedTimer time;

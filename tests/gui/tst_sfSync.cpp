@@ -67,7 +67,7 @@ private:
     std::unique_ptr<ConsolePrinter> m_printer;
     Flags m_flags;
     std::unique_ptr<WindowFrontEnd> m_desk;
-    std::unique_ptr<WorkTables> m_tables;
+    std::unique_ptr<ReviewTables> m_tables;
     std::unique_ptr<SyncReview> m_review;
     std::unique_ptr<ScriptedWorker> m_worker;
     std::unique_ptr<Execution> m_execution;
@@ -80,7 +80,7 @@ void tst_sfSync::init()
     m_printer = std::make_unique<ConsolePrinter>(m_streams->results(), m_streams->messages());
     m_flags = {};
     m_desk = std::make_unique<WindowFrontEnd>(*m_printer, m_flags);
-    m_tables = std::make_unique<WorkTables>();
+    m_tables = std::make_unique<ReviewTables>();
     fillEveryKind(*m_tables);
     m_worker = std::make_unique<ScriptedWorker>();
     m_execution = std::make_unique<Execution>(*m_worker, *m_desk, m_flags);

@@ -67,7 +67,7 @@ private:
     Flags m_flags;
     bool m_interrupted = false;
     std::unique_ptr<WindowFrontEnd> m_desk;
-    std::unique_ptr<WorkTables> m_tables;
+    std::unique_ptr<ReviewTables> m_tables;
     std::unique_ptr<SyncReview> m_review;
     std::unique_ptr<ScriptedWorker> m_worker;
     QStringList m_boxes;
@@ -94,7 +94,7 @@ void tst_sfSyncRun::init()
     WindowFrontEnd::Options options;
     options.interrupted = [this] { return m_interrupted; };
     m_desk = std::make_unique<WindowFrontEnd>(*m_printer, m_flags, options);
-    m_tables = std::make_unique<WorkTables>();
+    m_tables = std::make_unique<ReviewTables>();
     fillEveryKind(*m_tables);
     m_review = m_tables->review();
     m_worker = std::make_unique<ScriptedWorker>();
