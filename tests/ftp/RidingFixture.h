@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ftp/protocol/FtpClient.h"
+#include "ftp/ClientTransfers.h"
 #include "ftp/protocol/Waiter.h"
 
 #include <QBuffer>
@@ -40,10 +40,7 @@ struct RidingClient {
     /// The bytes, or the words of the error in brackets.
     [[nodiscard]] QByteArray get(const QByteArray &name, qint64 expected)
     {
-        QBuffer buffer;
-        buffer.open(QIODevice::WriteOnly);
-        const auto got = client.retrieve(name, buffer, {}, expected);
-        return got ? buffer.data() : '[' + got.error().words.toUtf8() + ']';
+        return getBytes(client, name, expected);
     }
     /// Why commands were no longer sent ahead, in order.
     [[nodiscard]] QStringList slowings() const

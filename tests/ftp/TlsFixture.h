@@ -1,11 +1,10 @@
 #pragma once
 
-#include "ftp/protocol/FtpClient.h"
+#include "ftp/ClientTransfers.h"
 #include "ftp/protocol/Waiter.h"
 #include "support/Certificates.h"
 #include "support/FtpDaemon.h"
 
-#include <QBuffer>
 #include <QStringList>
 
 #include <utility>
@@ -46,19 +45,10 @@ struct TlsFixture {
     }
     [[nodiscard]] Result<qint64> put(const QByteArray &name, const QByteArray &bytes)
     {
-        QBuffer buffer;
-        buffer.setData(bytes);
-        buffer.open(QIODevice::ReadOnly);
-        return client.store(name, buffer, {});
+        return putBytes(client, name, bytes);
     }
     /// The bytes, or the words of the error in brackets.
-    [[nodiscard]] QByteArray get(const QByteArray &name)
-    {
-        QBuffer buffer;
-        buffer.open(QIODevice::WriteOnly);
-        const auto got = client.retrieve(name, buffer, {});
-        return got ? buffer.data() : '[' + got.error().words.toUtf8() + ']';
-    }
+    [[nodiscard]] QByteArray get(const QByteArray &name) { return getBytes(client, name); }
     [[nodiscard]] QString report() const
     {
         return trace.join(QLatin1Char('\n')) + QLatin1Char('\n') + daemon.log();

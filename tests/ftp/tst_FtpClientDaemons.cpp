@@ -1,11 +1,10 @@
 // The client against the real daemons: every operation, both modes, both address families.
-#include "ftp/protocol/FtpClient.h"
+#include "ftp/ClientTransfers.h"
 #include "ftp/protocol/Waiter.h"
 #include "support/FtpDaemon.h"
 
 #include <memory>
 
-#include <QBuffer>
 #include <QTest>
 
 using namespace venlo;
@@ -45,21 +44,11 @@ struct Fixture {
     }
     [[nodiscard]] Result<qint64> put(const QByteArray &name, const QByteArray &bytes)
     {
-        QBuffer buffer;
-        buffer.setData(bytes);
-        buffer.open(QIODevice::ReadOnly);
-        return client.store(name, buffer, {});
+        return venlo::test::putBytes(client, name, bytes);
     }
     [[nodiscard]] QByteArray get(const QByteArray &name)
     {
-        QBuffer buffer;
-        buffer.open(QIODevice::WriteOnly);
-        const auto got = client.retrieve(name, buffer, {});
-        if (!got) {
-            qWarning("%s", qPrintable(got.error().words));
-            return "FAILED";
-        }
-        return buffer.data();
+        return venlo::test::getBytes(client, name);
     }
 
     FtpDaemon daemon;

@@ -1,5 +1,6 @@
 // The client on a scripted server: what it does when a server breaks off, answers too often, or
 // cannot do what was asked.
+#include "ftp/ClientTransfers.h"
 #include "ftp/protocol/FtpClient.h"
 #include "ftp/protocol/Waiter.h"
 #include "support/ConnectProxy.h"
@@ -55,10 +56,7 @@ struct Fixture {
     }
     [[nodiscard]] Result<qint64> put(const QByteArray &name, const QByteArray &bytes)
     {
-        QBuffer buffer;
-        buffer.setData(bytes);
-        buffer.open(QIODevice::ReadOnly);
-        return client.store(name, buffer, {});
+        return venlo::test::putBytes(client, name, bytes);
     }
     /// The bytes, or the words of the error in brackets.
     [[nodiscard]] QByteArray get(const QByteArray &name, const FtpClient::Progress &progress = {})
