@@ -440,7 +440,11 @@ void tst_Store::aReplacedFileIsOpenedAnew()
     other.OpenDb(ok);
     QVERIFY(ok);
     other.CompactDb();
+#ifdef Q_OS_WIN // a file that is open there cannot be replaced: nothing is compacted, nothing lost
+    QCOMPARE(person.messages().size(), 0);
+#else
     QCOMPARE(person.messages().size(), 1);
+#endif
     store().execJet(QStringLiteral("Insert Into t (k) Values ('after')"));
     Store fresh;
     fresh.open(m_fixture->path());
