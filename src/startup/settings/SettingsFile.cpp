@@ -52,21 +52,26 @@ bool createEmpty(const QString &path)
     return file.open(QIODevice::WriteOnly | QIODevice::NewOnly) && makePrivateFile(path);
 }
 
-bool writeWhole(const QString &path, const QByteArray &bytes)
+/// A file beside the target that holds the bytes and is no longer open; empty when that failed.
+/// Private from its first byte on: its class creates files for their owner only.
+QString writtenBeside(const QFileInfo &target, const QByteArray &bytes)
 {
-    const QFileInfo target(path);
     const QString stem = QLatin1Char('.') + target.fileName() + QLatin1Char('.');
     removeStale(target.absolutePath(), stem + QStringLiteral("??????"));
-    // Private from its first byte on: this class creates files for their owner only.
     QTemporaryFile file(target.absolutePath() + QLatin1Char('/') + stem + QStringLiteral("XXXXXX"));
     if (!file.open() || file.write(bytes) != bytes.size() || !flushToDisk(file))
-        return false;
-    const QString name = file.fileName();
-    file.close();
-    if (name.isEmpty() || !replaceFile(name, path))
-        return false;
-    file.setAutoRemove(false);
-    return true;
+        return {};
+    file.setAutoRemove(false); // it is closed with its object only
+    return file.fileName();
+}
+
+bool writeWhole(const QString &path, const QByteArray &bytes)
+{
+    const QString written = writtenBeside(QFileInfo(path), bytes);
+    if (written.isEmpty() || replaceFile(written, path))
+        return !written.isEmpty();
+    QFile::remove(written);
+    return false;
 }
 } // namespace
 
