@@ -42,8 +42,11 @@ struct OperationsFixture : EngineFixture {
         forget();
     }
 
-    [[nodiscard]] QString here() const { return local.path(); }
-    [[nodiscard]] QString at(const QString &name) const { return local.filePath(name); }
+    [[nodiscard]] QString here() const { return QDir::toNativeSeparators(local.path()); }
+    [[nodiscard]] QString at(const QString &name) const
+    {
+        return QDir::toNativeSeparators(local.filePath(name));
+    }
     void write(const QString &name, const QByteArray &bytes, const QDateTime &modified = {}) const
     {
         (void)makeTree(here(), {{name.toUtf8(), bytes, modified}});
