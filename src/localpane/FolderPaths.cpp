@@ -91,8 +91,12 @@ FolderStamp FolderStamp::of(const QString &folder)
 QString nearestExisting(const QString &path)
 {
     QString folder = tidyFolder(path);
-    while (!folderExists(folder) && !isBareDrive(folder))
-        folder = parentFolder(folder);
+    while (!folderExists(folder) && !isBareDrive(folder)) {
+        const QString above = parentFolder(folder);
+        if (above.size() >= folder.size()) // it names no drive
+            break;
+        folder = above;
+    }
     if (folderExists(folder))
         return folder;
     const QString home = tidyFolder(QDir::homePath());

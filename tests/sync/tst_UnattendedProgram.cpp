@@ -5,6 +5,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include "platform/SpecialFolders.h"
 #include "shared/Flags.h"
 #include "startup/CommandLine.h"
 #include "startup/Program.h"
@@ -95,8 +96,8 @@ void tst_UnattendedProgram::anyFailureEndsInOrder()
 {
     QCOMPARE(run(QStringLiteral("/b syncup|pair"), [] { throw std::runtime_error("disk"); }), 1);
     QVERIFY(m_person->warnings().contains(QStringLiteral("disk")));
-    const QString settings =
-        m_home->filePath(QStringLiteral("data/Venlo/tst_UnattendedProgram/User.xml"));
+    const QString settings = FsGtSpFld(SpecialFolder::ApplicationData) +
+                             QStringLiteral("/Venlo/tst_UnattendedProgram/User.xml");
     QVERIFY2(QFile::exists(settings), "the settings are saved all the same");
 }
 
