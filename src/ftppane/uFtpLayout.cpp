@@ -1,6 +1,5 @@
 // How the FTP pane is put together.
 #include <algorithm>
-#include <array>
 
 #include <QEvent>
 #include <QHeaderView>
@@ -110,10 +109,7 @@ void uFtp::Parts::buildViews()
     listView->setModel(list);
     listView->setColumnHidden(RemoteColumn::SortKey, true);
     listView->showSort(-1, Qt::AscendingOrder);
-    const int letter = listView->fontMetrics().averageCharWidth();
-    constexpr std::array letters{34, 20, 12};
-    for (int column = 0; column < RemoteColumn::shown; ++column)
-        listView->setColumnWidth(column, letter * letters.at(static_cast<size_t>(column)));
+    listView->setColumnLetters({34, 20, 12}, RemoteColumn::Modified);
     treeView->setEnabled(false);
     listView->setEnabled(false);
 }

@@ -1,6 +1,5 @@
 // How the local pane is put together.
 #include <algorithm>
-#include <array>
 
 #include <QComboBox>
 #include <QDir>
@@ -127,10 +126,7 @@ void uFile::Parts::buildList()
     listView->setColumnHidden(LocalListFill::SortKey, true);
     list->sort(LocalListFill::SortKey, Qt::AscendingOrder);
     listView->showSort(-1, Qt::AscendingOrder);
-    const int letter = listView->fontMetrics().averageCharWidth();
-    constexpr std::array letters{28, 20, 12, 10, 24, 8};
-    for (int column = 0; column < static_cast<int>(letters.size()); ++column)
-        listView->setColumnWidth(column, letter * letters.at(static_cast<size_t>(column)));
+    listView->setColumnLetters({28, 20, 12, 10, 24, 8}, LocalListFill::Modified);
 }
 
 void uFile::Parts::connectViews()

@@ -7,6 +7,8 @@
 #include <QHeaderView>
 #include <QMouseEvent>
 
+#include <algorithm>
+
 namespace venlo
 {
 
@@ -100,6 +102,17 @@ bool PaneView::editingName() const
 bool PaneView::inHand() const
 {
     return m_dragging || m_dragOver || m_menuOpen || editingName();
+}
+
+void PaneView::setColumnLetters(std::initializer_list<int> letters, int dateColumn)
+{
+    const int letter = fontMetrics().averageCharWidth();
+    int column = 0;
+    for (const int count : letters)
+        setColumnWidth(column++, letter * count);
+    const int date = fontMetrics().horizontalAdvance(QStringLiteral("00/00/00 00:00:00"));
+    const int margins = letter * 3;
+    setColumnWidth(dateColumn, std::max(columnWidth(dateColumn), date + margins));
 }
 
 void PaneView::showSort(int column, Qt::SortOrder order)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <initializer_list>
 #include <memory>
 
 #include <QItemSelectionModel>
@@ -66,6 +67,9 @@ public:
     /// A menu is open, a name is edited or a drag is on: the watch and refills wait.
     [[nodiscard]] bool inHand() const;
 
+    /// The widths a list begins with, in letters of its font; the date column (counted from 0) is
+    /// never too narrow for a date.
+    void setColumnLetters(std::initializer_list<int> letters, int dateColumn);
     /// Shows the sort arrow of a column (counted from 0), none for -1.
     void showSort(int column, Qt::SortOrder order);
 

@@ -34,6 +34,7 @@ private Q_SLOTS:
     void doubleClick();
     void doubleClickOnTheArrow();
     void headings();
+    void columnLetters();
     void sortArrow();
     void sortArrowPointsUpWhenAscending();
     void chosenByClicks();
@@ -242,6 +243,19 @@ void tst_PaneView::headings()
     QCOMPARE(clicked.constFirst().constFirst().toInt(), 1);
     QCOMPARE(m_pane->rows.sortColumn(), -1);
     QVERIFY(m_pane->tree->isHeaderHidden());
+}
+
+void tst_PaneView::columnLetters()
+{
+    const QFontMetrics metrics = m_pane->list->fontMetrics();
+    const int letter = metrics.averageCharWidth();
+    m_pane->list->setColumnLetters({30, 40}, 1);
+    QCOMPARE(m_pane->list->columnWidth(0), 30 * letter);
+    QCOMPARE(m_pane->list->columnWidth(1), 40 * letter);
+    // Digits may be wider than the average letter.
+    m_pane->list->setColumnLetters({30, 1}, 1);
+    QVERIFY(m_pane->list->columnWidth(1) >
+            metrics.horizontalAdvance(QStringLiteral("88/88/88 88:88:88")) + 2 * letter);
 }
 
 void tst_PaneView::sortArrow()
