@@ -10,6 +10,7 @@
 
 #include "platform/Console.h"
 #include "platform/Interrupt.h"
+#include "platform/Wine.h"
 
 using namespace venlo;
 
@@ -171,6 +172,8 @@ void tst_WindowsConsole::printsInTheConsolesCodePage_data()
 void tst_WindowsConsole::printsInTheConsolesCodePage()
 {
     QFETCH(UINT, page);
+    if (venlo::test::underWine())
+        QSKIP("the screen of Wine's console cannot be read back");
     QVERIFY(SetConsoleOutputCP(page) != FALSE);
     const Screen screen;
     QCOMPARE(Child("print").status(), 0);
@@ -193,6 +196,8 @@ void tst_WindowsConsole::redirectedOutputIsInTheSystems()
     QVERIFY(ReadFile(from, bytes, sizeof bytes, &size, nullptr) != FALSE);
     CloseHandle(from);
     QCOMPARE(QByteArray(bytes, static_cast<qsizetype>(size)), line().toLocal8Bit() + "\r\n");
+    if (venlo::test::underWine())
+        return;                      // the screen of its console cannot be read back
     QCOMPARE(screen.row(0), line()); // the messages, which were not redirected
     QCOMPARE(screen.row(1), QString());
 }
