@@ -44,7 +44,9 @@ void whenShown(const QString &objectName, std::function<void(QWidget &)> action)
         QWidget *window = QApplication::activeModalWidget();
         const bool there =
             window != nullptr && window->isVisible() && window->objectName() == objectName;
-        if (!there && since.elapsed() < giveUpAfter)
+        // Shortcuts are those of the active window, which it becomes a little later.
+        const bool ready = there && window->isActiveWindow();
+        if (!ready && since.elapsed() < giveUpAfter)
             return;
         timer->stop();
         timer->deleteLater();

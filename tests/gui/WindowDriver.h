@@ -30,8 +30,9 @@ private:
     File m_messages;
 };
 
-/// Runs the action once a modal window of that object name shows. Gives up after some seconds,
-/// which leaves the window to the test's own time limit.
+/// Runs the action once a modal window of that object name is the active one. Where it does not
+/// become that, the action runs all the same after some seconds; where there is none, the window is
+/// left to the test's own time limit.
 void whenShown(const QString &objectName, std::function<void(QWidget &)> action);
 
 /// Presses the button of a message box that shows that caption.
