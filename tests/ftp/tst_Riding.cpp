@@ -73,6 +73,8 @@ private Q_SLOTS:
     void cancelled();
     void foldersInOneGo();
     void foldersThatCannotBeMade();
+    void answersThatChangePlaces_data();
+    void answersThatChangePlaces();
     void foldersOneStepAtATime();
     void givenUpOnce();
     void lossIsForgivenOnce();
@@ -328,6 +330,34 @@ void tst_Riding::foldersThatCannotBeMade()
     QVERIFY(f.client.changeDirectory("/")); // it is not known where the server stands
     QCOMPARE(f.server.count("CWD", "/"), 1);
     QVERIFY(f.slowings().isEmpty() && f.inStep());
+}
+
+void tst_Riding::answersThatChangePlaces_data()
+{
+    QTest::addColumn<int>("first");
+    QTest::addColumn<int>("second");
+    QTest::newRow("made, and not entered") << 530 << 257;
+    QTest::newRow("entered, and not made") << 250 << 550;
+    QTest::newRow("made and entered") << 250 << 257;
+}
+
+/// A refusal of CWD that comes before the answer to MKD: the client must not believe that it stands
+/// in the new folder, or files go elsewhere.
+void tst_Riding::answersThatChangePlaces()
+{
+    QFETCH(int, first);
+    QFETCH(int, second);
+    Fixture f;
+    bool made = false;
+    QVERIFY(f.ready());
+    f.server.on("MKD", "/new").reply(first, "of CWD");
+    f.server.on("CWD", "/new").reply(second, "of MKD");
+    const auto entered = f.client.makeAndEnter("/new", made);
+    QVERIFY(!entered);
+    QCOMPARE(entered.error().kind, ErrorClass::Lost);
+    QVERIFY(!made);
+    QVERIFY(f.client.lostToRiders());
+    QVERIFY(f.login() && f.inStep());
 }
 
 void tst_Riding::foldersOneStepAtATime()

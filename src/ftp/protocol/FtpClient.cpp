@@ -127,8 +127,7 @@ Result<void> FtpClient::makeDirectory(const QByteArray &name)
 Result<void> FtpClient::makeAndEnter(const QByteArray &path, bool &made)
 {
     using Kind = State::Follower::Kind;
-    std::vector<State::Follower> steps{{Kind::Folder, "MKD " + path},
-                                       {Kind::Folder, "CWD " + path}};
+    std::vector<State::Follower> steps{{Kind::Make, "MKD " + path}, {Kind::Enter, "CWD " + path}};
     m->directory.clear();
     const auto followed = m->follow(steps);
     const auto &making = steps.at(0).reply;

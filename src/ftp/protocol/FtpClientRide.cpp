@@ -36,8 +36,11 @@ bool FtpClient::State::Follower::isInPlace(int code) const
         return !isOneOf(code, {425, 426});
     if (kind == Kind::Size)
         return code == 213;
-    if (kind == Kind::Folder)
-        return isOneOf(code, {200, 250, 257});
+    // Told apart, so that the answer to one never passes for that to the other.
+    if (kind == Kind::Make)
+        return code == 257;
+    if (kind == Kind::Enter)
+        return isOneOf(code, {200, 250});
     return isOneOf(code, {200, 213, 250, 253});
 }
 

@@ -22,7 +22,7 @@ struct FtpClient::State {
 
     /// A command whose reply nobody waits for before the next one may be sent.
     struct Follower {
-        enum class Kind { Size, Time, Port, Folder };
+        enum class Kind { Size, Time, Port, Make, Enter };
         Kind kind;
         QByteArray command;
         std::optional<Reply> reply = std::nullopt; ///< one in place
