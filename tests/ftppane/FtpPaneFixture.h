@@ -45,6 +45,12 @@ struct FtpPaneFixture : OperationsFixture {
     }
     ~FtpPaneFixture() { pane.reset(); }
 
+    /// Nothing runs any more, and no wait cursor stays.
+    [[nodiscard]] bool isAtRest() const
+    {
+        return QGuiApplication::overrideCursor() == nullptr && !gate.busy();
+    }
+
     /// Starts the server, registers "web" (and another site) and shows a pane.
     [[nodiscard]] bool begin()
     {

@@ -42,7 +42,7 @@ private Q_SLOTS:
     void cleanup()
     {
         const bool clean = m->person.verify();
-        const bool ended = QGuiApplication::overrideCursor() == nullptr && !m->gate.busy();
+        const bool ended = m->isAtRest();
         m.reset();
         QVERIFY(clean);
         QVERIFY(ended);
