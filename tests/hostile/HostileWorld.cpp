@@ -11,6 +11,7 @@
 #include "ftp/IncompleteMarks.h"
 #include "ftp/SiteTable.h"
 #include "shared/NameList.h"
+#include "sync/WorkTables.h"
 
 namespace venlo::test
 {
@@ -89,9 +90,8 @@ bool HostileWorld::start()
     if (!server.start())
         return false;
     engine.registerSite(server.server(), server.user(), server.password(), true);
-    engine.database.run(QStringLiteral("Insert Into msSync (sSync, sLph, sName, sFph, bCfl, bCfd)"
-                                       " Values ('pattern', '?', 'site', '/pub', 0, 0)"),
-                        {chosen()});
+    addPattern(engine.database,
+               {QStringLiteral("pattern"), chosen(), site, QStringLiteral("/pub")});
     addBystanders();
     m_outside = outside();
     m_otherRows = otherRows();
@@ -104,8 +104,8 @@ void HostileWorld::addBystanders()
     Database &db = engine.database;
     db.run(QStringLiteral("Insert Into msSite (sName, sSvr, sUsr, sPwd, sPxy, bPsv, bSvDb)"
                           " Values ('other', 'other.example', 'u', 'p', '', 1, 1)"));
-    db.run(QStringLiteral("Insert Into msSync (sSync, sLph, sName, sFph, bCfl, bCfd)"
-                          " Values ('theirs', '/home/them', 'other', '/pub', 1, 1)"));
+    addPattern(db, {QStringLiteral("theirs"), QStringLiteral("/home/them"), QStringLiteral("other"),
+                    QStringLiteral("/pub"), true, true});
     (void)caOpenTbl(db, site);
     (void)caOpenTbl(db, QStringLiteral("other"));
     db.run(QStringLiteral("Insert Into other (sDir, bFd, sName, dDate, nSize)"

@@ -2,20 +2,13 @@
 
 #include <QFile>
 
-#include "db/DatabaseFile.h"
+#include "sync/WorkTables.h"
 
 namespace venlo::test
 {
 
 namespace
 {
-QString madeIn(const QTemporaryDir &folder)
-{
-    const QString path = folder.path() + QLatin1Char('/');
-    createInitialDatabase(path + QStringLiteral("dbFtp.mdb"));
-    return path;
-}
-
 QString shown(const QVariant &time, const char *letter)
 {
     return time.toString().isEmpty() ? QString() : QString::fromLatin1(letter);
@@ -33,7 +26,7 @@ ClientLimits SyncWorld::shortWaits()
 }
 
 SyncWorld::SyncWorld(ClientLimits limits)
-    : database(person, madeIn(m_data)), errorLog(userData()), eventLog(userData()),
+    : database(person, newDatabaseIn(m_data)), errorLog(userData()), eventLog(userData()),
       session(person, database, errorLog, eventLog, limits),
       cache(session, database, person, flags), operations(session, cache, person, flags),
       comparison(session, database, cache, person, flags), worker(session, operations, person),
@@ -58,9 +51,7 @@ void SyncWorld::registerSite(const QString &server, const QString &user, const Q
 
 void SyncWorld::registerPattern(const QString &sSync, const QString &sFph, bool bCfl, bool bCfd)
 {
-    database.run(QStringLiteral("Insert Into msSync (sSync, sLph, sName, sFph, bCfl, bCfd)"
-                                " Values ('?', '?', 'site', '?', ?, ?)"),
-                 {sSync, local(), sFph, bCfl, bCfd});
+    addPattern(database, {sSync, local(), QStringLiteral("site"), sFph, bCfl, bCfd});
 }
 
 bool SyncWorld::connectToSite()

@@ -5,15 +5,19 @@
 namespace venlo::test
 {
 
-namespace
-{
 QString newDatabaseIn(const QTemporaryDir &folder)
 {
     const QString path = folder.path() + QLatin1Char('/');
     createInitialDatabase(path + QStringLiteral("dbFtp.mdb"));
     return path;
 }
-} // namespace
+
+void addPattern(Database &database, const PatternRow &row)
+{
+    database.run(QStringLiteral("Insert Into msSync (sSync, sLph, sName, sFph, bCfl, bCfd)"
+                                " Values ('?', '?', '?', '?', ?, ?)"),
+                 {row.sSync, row.sLph, row.sName, row.sFph, row.bCfl, row.bCfd});
+}
 
 WorkTables::WorkTables() : m_database(m_person, newDatabaseIn(m_folder))
 {
@@ -42,9 +46,7 @@ void WorkTables::addFile(const QString &sPh, const QString &sFL, const Copy &loc
 void WorkTables::addPattern(const QString &sSync, const QString &sLph, const QString &sFph,
                             bool bCfl, bool bCfd)
 {
-    m_database.run(QStringLiteral("Insert Into msSync (sSync, sLph, sName, sFph, bCfl, bCfd)"
-                                  " Values ('?', '?', '?', '?', ?, ?)"),
-                   {sSync, sLph, QStringLiteral("site"), sFph, bCfl, bCfd});
+    test::addPattern(m_database, {sSync, sLph, QStringLiteral("site"), sFph, bCfl, bCfd});
 }
 
 ComparisonResult WorkTables::compared(bool down, const QString &sFph)
@@ -82,6 +84,14 @@ QString workTablesText(Database &database)
                          files.at(6, i).toString());
     }
     return text;
+}
+
+QString storedText(Database &database, const WorkRows &rows)
+{
+    Transaction transaction(database);
+    rows.store(database);
+    transaction.commit();
+    return workTablesText(database);
 }
 
 int rowOf(const SyncReview &review, const QString &path)

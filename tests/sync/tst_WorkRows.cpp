@@ -1,15 +1,11 @@
-#include "sync/SyncWorld.h"
+#include "sync/WorkTables.h"
 
 #include <QTest>
 
 #include "db/Store.h"
-#include "sync/WorkRows.h"
-#include "sync/WorkTables.h"
 
-using venlo::Transaction;
 using venlo::WorkRows;
-using venlo::test::SyncWorld;
-using venlo::test::workTablesText;
+using venlo::test::WorkTables;
 
 namespace
 {
@@ -39,20 +35,17 @@ private Q_SLOTS:
 private:
     [[nodiscard]] QString stored(const WorkRows &rows);
 
-    std::unique_ptr<SyncWorld> m_world;
+    std::unique_ptr<WorkTables> m_tables;
 };
 
 void tst_WorkRows::init()
 {
-    m_world = std::make_unique<SyncWorld>();
+    m_tables = std::make_unique<WorkTables>();
 }
 
 QString tst_WorkRows::stored(const WorkRows &rows)
 {
-    Transaction transaction(m_world->database);
-    rows.store(m_world->database);
-    transaction.commit();
-    return workTablesText(m_world->database);
+    return venlo::test::storedText(m_tables->database(), rows);
 }
 
 void tst_WorkRows::localSideAlone()
@@ -145,7 +138,8 @@ void tst_WorkRows::storingTwiceWritesOnce()
     rows.mark(false);
     const QString before = stored(rows);
     const auto changes = [this] {
-        return m_world->database.store()
+        return m_tables->database()
+            .store()
             .query(QStringLiteral("SELECT total_changes()"))
             .at(0, 0)
             .toLongLong();

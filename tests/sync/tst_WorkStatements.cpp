@@ -3,10 +3,9 @@
 #include <QRandomGenerator>
 #include <QTest>
 
-#include "sync/WorkRows.h"
-
 using venlo::Transaction;
 using venlo::WorkRows;
+using venlo::test::storedText;
 using venlo::test::WorkTables;
 using venlo::test::workTablesText;
 
@@ -69,7 +68,6 @@ private:
     void remoteByStatements(const Item &item);
     void localByStatements(const Item &item);
     void markByStatements(bool down);
-    [[nodiscard]] QString storedText(const WorkRows &rows);
 
     std::unique_ptr<WorkTables> m_tables;
 };
@@ -77,14 +75,6 @@ private:
 void tst_WorkStatements::init()
 {
     m_tables = std::make_unique<WorkTables>();
-}
-
-QString tst_WorkStatements::storedText(const WorkRows &rows)
-{
-    Transaction transaction(m_tables->database());
-    rows.store(m_tables->database());
-    transaction.commit();
-    return workTablesText(m_tables->database());
 }
 
 void tst_WorkStatements::remoteByStatements(const Item &item)
@@ -167,10 +157,10 @@ void tst_WorkStatements::asStatementsWouldHaveIt()
     rows.mark(down);
     const QString byStatements = workTablesText(m_tables->database());
     QVERIFY(!byStatements.isEmpty());
-    QCOMPARE(storedText(rows), byStatements);
+    QCOMPARE(storedText(m_tables->database(), rows), byStatements);
     m_tables->database().run(QStringLiteral("Delete From tbFold"));
     m_tables->database().run(QStringLiteral("Delete From tbFile"));
-    QCOMPARE(storedText(rows), byStatements);
+    QCOMPARE(storedText(m_tables->database(), rows), byStatements);
 }
 
 QTEST_GUILESS_MAIN(tst_WorkStatements)

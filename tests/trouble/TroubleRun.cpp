@@ -6,6 +6,7 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include "sync/WorkTables.h"
 #include "trouble/OrdinaryUser.h"
 
 namespace venlo::test
@@ -171,9 +172,7 @@ bool TroubleRun::prepare()
 bool TroubleRun::getReady()
 {
     m_world->registerSite(m_server.server(), m_server.user(), m_server.password());
-    m_world->database.run(QStringLiteral("Insert Into msSync (sSync, sLph, sName, sFph, bCfl, bCfd)"
-                                         " Values ('?', '?', 'site', '?', ?, ?)"),
-                          {pattern, here(), pub, false, false});
+    addPattern(m_world->database, {pattern, here(), QStringLiteral("site"), pub});
     m_world->operations.standingAnswer = OverwriteMode::OverwriteAll;
     if (m_operation == TroubleOperation::SyncUp || m_operation == TroubleOperation::SyncDown)
         return true;
