@@ -1,6 +1,6 @@
 // The built program as a scheduled task runs it: no person, no display, real daemons.
 #include "e2e/ProgramRun.h"
-#include "support/FtpDaemon.h"
+#include "support/DaemonTests.h"
 #include "support/Ports.h"
 #include "support/ScriptedServer.h"
 #include "support/Trees.h"
@@ -48,9 +48,9 @@ class tst_Unattended : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void upAndDown_data();
+    void upAndDown_data() { addDaemonsInBothModes(); }
     void upAndDown();
-    void putAndGet_data() { daemons(); }
+    void putAndGet_data() { addDaemons(); }
     void putAndGet();
     void nothingToDo();
     void withADisplay();
@@ -67,42 +67,19 @@ private Q_SLOTS:
     void filesArePrivate();
 
 private:
-    static void daemons();
-    [[nodiscard]] bool startDaemon(int kind);
+    [[nodiscard]] bool startDaemon(FtpDaemon::Kind kind);
     std::unique_ptr<FtpDaemon> m_daemon;
 };
 
-void tst_Unattended::daemons()
+bool tst_Unattended::startDaemon(FtpDaemon::Kind kind)
 {
-    QTest::addColumn<int>("kind");
-    for (const FtpDaemon::Kind kind : FtpDaemon::all())
-        QTest::newRow(FtpDaemon::name(kind)) << static_cast<int>(kind);
-}
-
-bool tst_Unattended::startDaemon(int kind)
-{
-    QString why;
-    m_daemon = std::make_unique<FtpDaemon>(static_cast<FtpDaemon::Kind>(kind));
-    const bool started = m_daemon->start(&why);
-    if (!started)
-        qWarning("%s", qPrintable(why));
-    return started;
-}
-
-void tst_Unattended::upAndDown_data()
-{
-    QTest::addColumn<int>("kind");
-    QTest::addColumn<bool>("passive");
-    for (const FtpDaemon::Kind kind : FtpDaemon::all()) {
-        for (const bool passive : {true, false})
-            QTest::addRow("%s %s", FtpDaemon::name(kind), passive ? "passive" : "active")
-                << static_cast<int>(kind) << passive;
-    }
+    m_daemon = std::make_unique<FtpDaemon>(kind);
+    return m_daemon->start();
 }
 
 void tst_Unattended::upAndDown()
 {
-    QFETCH(int, kind);
+    QFETCH(FtpDaemon::Kind, kind);
     QFETCH(bool, passive);
     QVERIFY(startDaemon(kind));
     ProgramRun program;
@@ -152,7 +129,7 @@ void tst_Unattended::upAndDown()
 
 void tst_Unattended::putAndGet()
 {
-    QFETCH(int, kind);
+    QFETCH(FtpDaemon::Kind, kind);
     QVERIFY(startDaemon(kind));
     ProgramRun program;
     QVERIFY(program.prepare());
@@ -194,7 +171,7 @@ void tst_Unattended::putAndGet()
 
 void tst_Unattended::nothingToDo()
 {
-    QVERIFY(startDaemon(static_cast<int>(FtpDaemon::Kind::Proftpd)));
+    QVERIFY(startDaemon(FtpDaemon::Kind::Proftpd));
     ProgramRun program;
     QVERIFY(program.prepare());
     program.registerSite(QStringLiteral("site"), m_daemon->server(), m_daemon->user(),
@@ -209,7 +186,7 @@ void tst_Unattended::nothingToDo()
 /// The review window opens, runs and closes with nobody in front of it.
 void tst_Unattended::withADisplay()
 {
-    QVERIFY(startDaemon(static_cast<int>(FtpDaemon::Kind::Proftpd)));
+    QVERIFY(startDaemon(FtpDaemon::Kind::Proftpd));
     ProgramRun program;
     program.environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
     QVERIFY(program.prepare());
@@ -231,7 +208,7 @@ void tst_Unattended::withADisplay()
 
 void tst_Unattended::wrongPassword()
 {
-    QVERIFY(startDaemon(static_cast<int>(FtpDaemon::Kind::Vsftpd)));
+    QVERIFY(startDaemon(FtpDaemon::Kind::Vsftpd));
     ProgramRun program;
     QVERIFY(program.prepare());
     program.registerSite(QStringLiteral("site"), m_daemon->server(), m_daemon->user(),
@@ -319,7 +296,7 @@ void tst_Unattended::unusable()
 
 void tst_Unattended::withoutBatchFlagNothingRuns()
 {
-    QVERIFY(startDaemon(static_cast<int>(FtpDaemon::Kind::Pureftpd)));
+    QVERIFY(startDaemon(FtpDaemon::Kind::Pureftpd));
     ProgramRun program;
     QVERIFY(program.prepare());
     program.registerSite(QStringLiteral("site"), m_daemon->server(), m_daemon->user(),
@@ -389,7 +366,7 @@ void tst_Unattended::interruptedRunEndsInOrder()
 
 void tst_Unattended::filesArePrivate()
 {
-    QVERIFY(startDaemon(static_cast<int>(FtpDaemon::Kind::Proftpd)));
+    QVERIFY(startDaemon(FtpDaemon::Kind::Proftpd));
     ProgramRun program;
     QCOMPARE(program.run(QStringLiteral("/b syncup|none")).status, 2);
     program.registerSite(QStringLiteral("site"), m_daemon->server(), m_daemon->user(),

@@ -4,11 +4,12 @@
 #include "ftp/ListingTime.h"
 #include "ftp/SiteTable.h"
 #include "ftp/protocol/Listing.h"
-#include "support/FtpDaemon.h"
+#include "support/DaemonTests.h"
 
 #include <QTest>
 
 using namespace venlo;
+using venlo::test::addDaemons;
 using venlo::test::CacheFixture;
 using venlo::test::EngineFixture;
 using venlo::test::FtpDaemon;
@@ -71,7 +72,7 @@ private Q_SLOTS:
     void listOffsetIsNotAskedForEver();
     void dayOnlyTakesMdtmMinute();
     void dayOnlyFilesAreFoundByIndex();
-    void daemons_data();
+    void daemons_data() { addDaemons(); }
     void daemons();
 };
 
@@ -762,21 +763,13 @@ void tst_DirectoryCache::dayOnlyFilesAreFoundByIndex()
     QCOMPARE(under("/pub"), QStringLiteral("/pub:a.txt /pub/b:c.txt"));
 }
 
-void tst_DirectoryCache::daemons_data()
-{
-    QTest::addColumn<int>("kind");
-    for (const FtpDaemon::Kind kind : FtpDaemon::all())
-        QTest::newRow(FtpDaemon::name(kind)) << static_cast<int>(kind);
-}
-
 void tst_DirectoryCache::daemons()
 {
-    QFETCH(int, kind);
-    QString why;
-    if (!FtpDaemon::available(static_cast<FtpDaemon::Kind>(kind), &why))
-        QSKIP(qPrintable(why));
-    FtpDaemon daemon(static_cast<FtpDaemon::Kind>(kind));
-    QVERIFY2(daemon.start(&why), qPrintable(why));
+    QFETCH(FtpDaemon::Kind, kind);
+    if (skippedWithout(kind))
+        return;
+    FtpDaemon daemon(kind);
+    QVERIFY(daemon.start());
     const QDate day = QDate::currentDate().addDays(-30);
     const QDateTime time(day, QTime(12, 34, 0)); // in Japan
     QVERIFY(daemon.put("日本 語/100% #1.txt", "hello", time));

@@ -1,62 +1,16 @@
 // The client against the real daemons: every operation, both modes, both address families.
-#include "ftp/ClientTransfers.h"
-#include "ftp/protocol/Waiter.h"
-#include "support/FtpDaemon.h"
-
-#include <memory>
+#include "ftp/DaemonClient.h"
 
 #include <QTest>
 
 using namespace venlo;
+using venlo::test::addDaemonsInBothModes;
+using venlo::test::DaemonClient;
 using venlo::test::DaemonOptions;
 using venlo::test::FtpDaemon;
 
 namespace
 {
-
-/// One client logged in to one daemon, with the commands it sent.
-struct Fixture {
-    explicit Fixture(FtpDaemon::Kind kind, DaemonOptions options = {})
-        : daemon(kind, std::move(options)), waiter([] { return false; }), client(waiter, {})
-    {
-        client.setTrace([this](const QString &line) {
-            trace.append(line);
-            if (line.startsWith(QLatin1String("> ")))
-                commands.append(line.mid(2).section(QLatin1Char(' '), 0, 0));
-        });
-    }
-    [[nodiscard]] bool start()
-    {
-        QString why;
-        if (!daemon.start(&why)) {
-            qWarning("%s", qPrintable(why));
-            return false;
-        }
-        return true;
-    }
-    [[nodiscard]] Result<void> login(bool passive = true, const QString &password = {})
-    {
-        return client.open({daemon.server(),
-                            daemon.user(),
-                            password.isNull() ? daemon.password() : password,
-                            {},
-                            passive});
-    }
-    [[nodiscard]] Result<qint64> put(const QByteArray &name, const QByteArray &bytes)
-    {
-        return venlo::test::putBytes(client, name, bytes);
-    }
-    [[nodiscard]] QByteArray get(const QByteArray &name)
-    {
-        return venlo::test::getBytes(client, name);
-    }
-
-    FtpDaemon daemon;
-    Waiter waiter;
-    FtpClient client;
-    QStringList trace;
-    QStringList commands;
-};
 
 QByteArray pattern(int size)
 {
@@ -76,45 +30,32 @@ class tst_FtpClientDaemons : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void everyOperation_data() { kinds(); }
+    void everyOperation_data() { addDaemonsInBothModes(); }
     void everyOperation();
-    void names_data() { kinds(); }
+    void names_data() { addDaemonsInBothModes(); }
     void names();
-    void commandsPerSmallFile_data() { kinds(); }
+    void commandsPerSmallFile_data() { addDaemonsInBothModes(); }
     void commandsPerSmallFile();
-    void wrongPassword_data() { kinds(); }
+    void wrongPassword_data() { addDaemonsInBothModes(); }
     void wrongPassword();
-    void droppedSession_data() { kinds(); }
+    void droppedSession_data() { addDaemonsInBothModes(); }
     void droppedSession();
-    void ipv6_data() { kinds(); }
+    void ipv6_data() { addDaemonsInBothModes(); }
     void ipv6();
-
-private:
-    static void kinds()
-    {
-        QTest::addColumn<int>("kind");
-        QTest::addColumn<bool>("passive");
-        for (const FtpDaemon::Kind kind : FtpDaemon::all()) {
-            for (const bool passive : {true, false})
-                QTest::addRow("%s %s", FtpDaemon::name(kind), passive ? "passive" : "active")
-                    << static_cast<int>(kind) << passive;
-        }
-    }
 };
 
 #define FIXTURE(options)                                                                           \
-    QFETCH(int, kind);                                                                             \
+    QFETCH(FtpDaemon::Kind, kind);                                                                 \
     QFETCH(bool, passive);                                                                         \
-    QString missing;                                                                               \
-    if (!FtpDaemon::available(static_cast<FtpDaemon::Kind>(kind), &missing))                       \
-        QSKIP(qPrintable(missing));                                                                \
-    Fixture f(static_cast<FtpDaemon::Kind>(kind), options);                                        \
+    if (skippedWithout(kind))                                                                      \
+        return;                                                                                    \
+    DaemonClient f(kind, options);                                                                 \
     QVERIFY(f.start())
 
 void tst_FtpClientDaemons::everyOperation()
 {
     FIXTURE({});
-    QVERIFY(f.login(passive));
+    QVERIFY(f.login({}, passive));
     const auto home = f.client.printDirectory();
     QVERIFY(home);
     QCOMPARE(home.value(), QStringLiteral("/"));
@@ -159,13 +100,13 @@ void tst_FtpClientDaemons::everyOperation()
     QVERIFY(f.client.removeDirectory("made"));
     QVERIFY(!f.daemon.exists("made"));
     QVERIFY(!f.client.activeUnusable());
-    QCOMPARE(f.commands.count(QStringLiteral("TYPE")), 1);
+    QCOMPARE(f.verbs().count(QStringLiteral("TYPE")), 1);
 }
 
 void tst_FtpClientDaemons::names()
 {
     FIXTURE({});
-    QVERIFY(f.login(passive));
+    QVERIFY(f.login({}, passive));
     QList<QByteArray> names{"with  two blanks",
                             "100% sure.txt",
                             "#hash.html",
@@ -199,22 +140,23 @@ void tst_FtpClientDaemons::names()
 void tst_FtpClientDaemons::commandsPerSmallFile()
 {
     FIXTURE({});
-    QVERIFY(f.login(passive));
+    QVERIFY(f.login({}, passive));
     QVERIFY(f.client.changeDirectory("/"));
     const QString prepare = passive ? QStringLiteral("EPSV") : QStringLiteral("PORT");
-    f.commands.clear();
+    f.trace.clear();
     QVERIFY(f.put("one.txt", "one"));
     QVERIFY(f.client.changeDirectory("/"));
     QVERIFY(f.put("two.txt", "two"));
     QCOMPARE(f.get("one.txt"), QByteArray("one"));
-    QCOMPARE(f.commands, QStringList({prepare, QStringLiteral("STOR"), prepare,
-                                      QStringLiteral("STOR"), prepare, QStringLiteral("RETR")}));
+    QCOMPARE(f.verbs(), QStringList({prepare, QStringLiteral("STOR"), prepare,
+                                     QStringLiteral("STOR"), prepare, QStringLiteral("RETR")}));
 }
 
 void tst_FtpClientDaemons::wrongPassword()
 {
     FIXTURE({});
-    const auto login = f.login(passive, QStringLiteral("wrong"));
+    const auto login =
+        f.client.open({f.daemon.server(), f.daemon.user(), QStringLiteral("wrong"), {}, passive});
     QVERIFY(!login);
     QCOMPARE(login.error().kind, ErrorClass::Refused);
     QVERIFY(!f.client.isOpen());
@@ -224,13 +166,13 @@ void tst_FtpClientDaemons::wrongPassword()
 void tst_FtpClientDaemons::droppedSession()
 {
     FIXTURE({});
-    QVERIFY(f.login(passive));
+    QVERIFY(f.login({}, passive));
     f.daemon.dropSessions();
     const auto put = f.put("x.txt", "x");
     QVERIFY(!put);
     QCOMPARE(put.error().kind, ErrorClass::Lost);
     QVERIFY(!f.client.isOpen());
-    QVERIFY(f.login(passive));
+    QVERIFY(f.login({}, passive));
     QCOMPARE(f.put("x.txt", "x").value(), 1);
 }
 
@@ -239,12 +181,12 @@ void tst_FtpClientDaemons::ipv6()
     DaemonOptions options;
     options.ipv6 = true;
     FIXTURE(options);
-    QVERIFY(f.login(passive));
+    QVERIFY(f.login({}, passive));
     QCOMPARE(f.put("six.txt", "six").value(), 3);
     QCOMPARE(f.get("six.txt"), QByteArray("six"));
     QVERIFY(f.client.list().value().whole);
     const QString prepare = passive ? QStringLiteral("EPSV") : QStringLiteral("EPRT");
-    QCOMPARE(f.commands.count(prepare), 3);
+    QCOMPARE(f.verbs().count(prepare), 3);
     QVERIFY(!f.client.activeUnusable());
 }
 

@@ -2,7 +2,7 @@
 #include "ftp/EngineFixture.h"
 #include "ftp/RemoteOperations.h"
 #include "platform/CodePage.h"
-#include "support/FtpDaemon.h"
+#include "support/DaemonTests.h"
 #include "support/Trees.h"
 
 #include <QDir>
@@ -10,6 +10,7 @@
 #include <QTest>
 
 using namespace venlo;
+using venlo::test::addDaemonsInBothModes;
 using venlo::test::EngineFixture;
 using venlo::test::FtpDaemon;
 using venlo::test::snapshot;
@@ -25,11 +26,8 @@ struct Fixture : EngineFixture {
     }
     [[nodiscard]] bool start(bool passive)
     {
-        QString why;
-        if (!daemon.start(&why)) {
-            qWarning("%s", qPrintable(why));
+        if (!daemon.start())
             return false;
-        }
         registerSite(QStringLiteral("web"), daemon.server(), daemon.user(), daemon.password());
         return connectTo(QStringLiteral("web"), daemon.server(), daemon.user(), daemon.password(),
                          passive);
@@ -87,41 +85,28 @@ class tst_OperationsDaemons : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void names_data() { kinds(); }
+    void names_data() { addDaemonsInBothModes(); }
     void names();
-    void sizes_data() { kinds(); }
+    void sizes_data() { addDaemonsInBothModes(); }
     void sizes();
-    void deepTree_data() { kinds(); }
+    void deepTree_data() { addDaemonsInBothModes(); }
     void deepTree();
-    void renameDeleteMakeRemove_data() { kinds(); }
+    void renameDeleteMakeRemove_data() { addDaemonsInBothModes(); }
     void renameDeleteMakeRemove();
-    void namesInCp932_data() { kinds(); }
+    void namesInCp932_data() { addDaemonsInBothModes(); }
     void namesInCp932();
-    void uploadKeepsTheTime_data() { kinds(); }
+    void uploadKeepsTheTime_data() { addDaemonsInBothModes(); }
     void uploadKeepsTheTime();
-    void survivesDroppedSessions_data() { kinds(); }
+    void survivesDroppedSessions_data() { addDaemonsInBothModes(); }
     void survivesDroppedSessions();
-
-private:
-    static void kinds()
-    {
-        QTest::addColumn<int>("kind");
-        QTest::addColumn<bool>("passive");
-        for (const FtpDaemon::Kind kind : FtpDaemon::all()) {
-            for (const bool passive : {true, false})
-                QTest::addRow("%s %s", FtpDaemon::name(kind), passive ? "passive" : "active")
-                    << static_cast<int>(kind) << passive;
-        }
-    }
 };
 
 #define FIXTURE                                                                                    \
-    QFETCH(int, kind);                                                                             \
+    QFETCH(FtpDaemon::Kind, kind);                                                                 \
     QFETCH(bool, passive);                                                                         \
-    QString missing;                                                                               \
-    if (!FtpDaemon::available(static_cast<FtpDaemon::Kind>(kind), &missing))                       \
-        QSKIP(qPrintable(missing));                                                                \
-    Fixture f(static_cast<FtpDaemon::Kind>(kind));                                                 \
+    if (skippedWithout(kind))                                                                      \
+        return;                                                                                    \
+    Fixture f(kind);                                                                               \
     QVERIFY(f.start(passive))
 
 void tst_OperationsDaemons::names()

@@ -1,16 +1,14 @@
 // Many small files up, listed and down on the real daemons, plain and under TLS: commands ride, and
 // what arrives is what was sent.
 #include "ftp/RidingFixture.h"
-#include "support/Certificates.h"
 #include "support/ConnectProxy.h"
-#include "support/FtpDaemon.h"
+#include "support/DaemonTests.h"
 
 #include <QTest>
 
 using namespace venlo;
 using venlo::test::Certificates;
 using venlo::test::ConnectProxy;
-using venlo::test::DaemonOptions;
 using venlo::test::DaemonTls;
 using venlo::test::FtpDaemon;
 using venlo::test::RidingClient;
@@ -86,14 +84,10 @@ void tst_RidingDaemons::manySmallFiles()
     QFETCH(FtpDaemon::Kind, kind);
     QFETCH(DaemonTls, tls);
     QFETCH(bool, proxied);
-    QString missing;
-    if (!FtpDaemon::available(kind, &missing))
-        QSKIP(qPrintable(missing));
-    DaemonOptions options;
-    options.tls = tls;
-    options.certificate = m_certificates.file(Certificates::Kind::Signed);
-    FtpDaemon daemon(kind, options);
-    QVERIFY2(daemon.start(&missing), qPrintable(missing));
+    if (skippedWithout(kind))
+        return;
+    FtpDaemon daemon(kind, tlsOptions(m_certificates, tls));
+    QVERIFY(daemon.start());
     ConnectProxy proxy;
     QVERIFY(proxy.start());
     RidingClient f;

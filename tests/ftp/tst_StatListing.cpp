@@ -1,6 +1,6 @@
 // A refresh by STAT leaves the rows that one without it leaves, whatever the server makes of it.
 #include "ftp/StatFixture.h"
-#include "support/FtpDaemon.h"
+#include "support/DaemonTests.h"
 
 #include <QTest>
 
@@ -25,7 +25,7 @@ private Q_SLOTS:
     void manyEntries();
     void learnedAnewAtEachConnect();
     void clockIsLearnedAtEachConnect();
-    void daemons_data();
+    void daemons_data() { addDaemons(); }
     void daemons();
 };
 
@@ -281,13 +281,6 @@ void tst_StatListing::clockIsLearnedAtEachConnect()
     }
 }
 
-void tst_StatListing::daemons_data()
-{
-    QTest::addColumn<int>("kind");
-    for (const FtpDaemon::Kind kind : FtpDaemon::all())
-        QTest::newRow(FtpDaemon::name(kind)) << static_cast<int>(kind);
-}
-
 namespace
 {
 /// Some hundred files with odd names in nested folders, some old, some of the future.
@@ -347,12 +340,11 @@ void putOddTree(const FtpDaemon &daemon)
 
 void tst_StatListing::daemons()
 {
-    QFETCH(int, kind);
-    QString why;
-    if (!FtpDaemon::available(static_cast<FtpDaemon::Kind>(kind), &why))
-        QSKIP(qPrintable(why));
-    FtpDaemon daemon(static_cast<FtpDaemon::Kind>(kind));
-    QVERIFY2(daemon.start(&why), qPrintable(why));
+    QFETCH(FtpDaemon::Kind, kind);
+    if (skippedWithout(kind))
+        return;
+    FtpDaemon daemon(kind);
+    QVERIFY(daemon.start());
     putOddTree(daemon);
     if (QTest::currentTestFailed())
         return;

@@ -1,14 +1,16 @@
 // The client under TLS against the real daemons, which insist on resumed sessions.
-#include "ftp/TlsFixture.h"
+#include "ftp/DaemonClient.h"
 
 #include <QTest>
 
 using namespace venlo;
+using venlo::test::addDaemons;
+using venlo::test::addDaemonsUnderTls;
 using venlo::test::Certificates;
+using venlo::test::DaemonClient;
 using venlo::test::DaemonOptions;
 using venlo::test::DaemonTls;
 using venlo::test::FtpDaemon;
-using venlo::test::TlsFixture;
 using Kind = venlo::test::Certificates::Kind;
 
 class tst_TlsDaemons : public QObject
@@ -19,11 +21,11 @@ private Q_SLOTS:
     void initTestCase();
     void everyOperation_data();
     void everyOperation();
-    void manySmallFiles_data() { versions(); }
+    void manySmallFiles_data() { addDaemonsUnderTls(); }
     void manySmallFiles();
-    void implicit_data() { versions(); }
+    void implicit_data() { addDaemonsUnderTls(); }
     void implicit();
-    void refusedAuthGoesOnPlain_data();
+    void refusedAuthGoesOnPlain_data() { addDaemons(); }
     void refusedAuthGoesOnPlain();
     void refusedAuthFailsWhereTlsIsAMust();
     void neverAsksForTls();
@@ -31,40 +33,19 @@ private Q_SLOTS:
     void certificates();
 
 private:
-    static void versions();
-    [[nodiscard]] DaemonOptions options(DaemonTls tls, Kind kind = Kind::Signed) const;
+    [[nodiscard]] DaemonOptions options(DaemonTls tls, Kind kind = Kind::Signed) const
+    {
+        return tlsOptions(m_certificates, tls, kind);
+    }
 
     Certificates m_certificates;
 };
-
-#define AVAILABLE(kind)                                                                            \
-    QString missing;                                                                               \
-    if (!FtpDaemon::available(kind, &missing))                                                     \
-    QSKIP(qPrintable(missing))
 
 void tst_TlsDaemons::initTestCase()
 {
     QString why;
     QVERIFY2(m_certificates.make(&why), qPrintable(why));
     m_certificates.trustAuthority();
-}
-
-DaemonOptions tst_TlsDaemons::options(DaemonTls tls, Kind kind) const
-{
-    DaemonOptions options;
-    options.tls = tls;
-    options.certificate = m_certificates.file(kind);
-    return options;
-}
-
-void tst_TlsDaemons::versions()
-{
-    QTest::addColumn<FtpDaemon::Kind>("kind");
-    QTest::addColumn<DaemonTls>("tls");
-    for (const FtpDaemon::Kind kind : FtpDaemon::all()) {
-        QTest::addRow("%s TLS 1.2", FtpDaemon::name(kind)) << kind << DaemonTls::V12;
-        QTest::addRow("%s TLS 1.3", FtpDaemon::name(kind)) << kind << DaemonTls::V13;
-    }
 }
 
 void tst_TlsDaemons::everyOperation_data()
@@ -88,8 +69,9 @@ void tst_TlsDaemons::everyOperation()
     QFETCH(FtpDaemon::Kind, kind);
     QFETCH(DaemonTls, tls);
     QFETCH(bool, passive);
-    AVAILABLE(kind);
-    TlsFixture f(kind, options(tls));
+    if (skippedWithout(kind))
+        return;
+    DaemonClient f(kind, options(tls));
     QVERIFY(f.start());
     QVERIFY2(f.login({}, passive), qPrintable(f.words + f.report()));
     QCOMPARE(f.client.security(),
@@ -130,8 +112,9 @@ void tst_TlsDaemons::manySmallFiles()
 {
     QFETCH(FtpDaemon::Kind, kind);
     QFETCH(DaemonTls, tls);
-    AVAILABLE(kind);
-    TlsFixture f(kind, options(tls));
+    if (skippedWithout(kind))
+        return;
+    DaemonClient f(kind, options(tls));
     QVERIFY(f.start());
     QVERIFY2(f.login(), qPrintable(f.words));
     for (int i = 0; i < 60; ++i) {
@@ -151,10 +134,11 @@ void tst_TlsDaemons::implicit()
     QFETCH(DaemonTls, tls);
     if (kind == FtpDaemon::Kind::Pureftpd)
         QSKIP("pure-ftpd has no implicit TLS");
-    AVAILABLE(kind);
+    if (skippedWithout(kind))
+        return;
     DaemonOptions wanted = options(tls);
     wanted.implicitTls = true;
-    TlsFixture f(kind, wanted);
+    DaemonClient f(kind, wanted);
     QVERIFY(f.start());
     QVERIFY2(f.login(QStringLiteral("ftpsi:")), qPrintable(f.words + f.report()));
     QVERIFY(!f.client.security().isEmpty());
@@ -164,18 +148,12 @@ void tst_TlsDaemons::implicit()
     QVERIFY(!f.trace.contains(QStringLiteral("> AUTH TLS")));
 }
 
-void tst_TlsDaemons::refusedAuthGoesOnPlain_data()
-{
-    QTest::addColumn<FtpDaemon::Kind>("kind");
-    for (const FtpDaemon::Kind kind : FtpDaemon::all())
-        QTest::newRow(FtpDaemon::name(kind)) << kind;
-}
-
 void tst_TlsDaemons::refusedAuthGoesOnPlain()
 {
     QFETCH(FtpDaemon::Kind, kind);
-    AVAILABLE(kind);
-    TlsFixture f(kind, {});
+    if (skippedWithout(kind))
+        return;
+    DaemonClient f(kind, {});
     QVERIFY(f.start());
     QVERIFY2(f.login(), qPrintable(f.words + f.report()));
     QCOMPARE(f.client.security(), QString());
@@ -189,8 +167,9 @@ void tst_TlsDaemons::refusedAuthGoesOnPlain()
 
 void tst_TlsDaemons::refusedAuthFailsWhereTlsIsAMust()
 {
-    AVAILABLE(FtpDaemon::Kind::Vsftpd);
-    TlsFixture f(FtpDaemon::Kind::Vsftpd, {});
+    if (skippedWithout(FtpDaemon::Kind::Vsftpd))
+        return;
+    DaemonClient f(FtpDaemon::Kind::Vsftpd, {});
     QVERIFY(f.start());
     const auto opened = f.login(QStringLiteral("ftps:"));
     QVERIFY(!opened);
@@ -202,8 +181,9 @@ void tst_TlsDaemons::refusedAuthFailsWhereTlsIsAMust()
 
 void tst_TlsDaemons::neverAsksForTls()
 {
-    AVAILABLE(FtpDaemon::Kind::Vsftpd);
-    TlsFixture f(FtpDaemon::Kind::Vsftpd, options(DaemonTls::V13));
+    if (skippedWithout(FtpDaemon::Kind::Vsftpd))
+        return;
+    DaemonClient f(FtpDaemon::Kind::Vsftpd, options(DaemonTls::V13));
     QVERIFY(f.start());
     (void)f.login(QStringLiteral("ftp:")); // vsftpd may insist on TLS before the password
     QVERIFY(f.trace.filter(QStringLiteral("> USER")).size() == 1);
@@ -236,8 +216,9 @@ void tst_TlsDaemons::certificates()
     QFETCH(DaemonTls, tls);
     QFETCH(Kind, kind);
     QFETCH(QSslError::SslError, problem);
-    AVAILABLE(daemon);
-    TlsFixture f(daemon, options(tls, kind));
+    if (skippedWithout(daemon))
+        return;
+    DaemonClient f(daemon, options(tls, kind));
     QVERIFY(f.start());
     const bool good = problem == QSslError::NoError;
     QCOMPARE(f.login().ok(), good);

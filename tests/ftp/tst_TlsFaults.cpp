@@ -1,6 +1,6 @@
 // The client under TLS on servers and lines that do it wrong.
+#include "ftp/DaemonClient.h"
 #include "ftp/TinyTlsServer.h"
-#include "ftp/TlsFixture.h"
 #include "ftp/protocol/DataChannel.h"
 #include "support/ConnectProxy.h"
 #include "support/ScriptedServer.h"
@@ -16,14 +16,15 @@
 
 using namespace venlo;
 using namespace std::chrono_literals;
+using venlo::test::addDaemonsUnderTls;
 using venlo::test::Certificates;
 using venlo::test::ConnectProxy;
+using venlo::test::DaemonClient;
 using venlo::test::DaemonOptions;
 using venlo::test::DaemonTls;
 using venlo::test::FtpDaemon;
 using venlo::test::ScriptedServer;
 using venlo::test::TinyTlsServer;
-using venlo::test::TlsFixture;
 
 namespace
 {
@@ -70,7 +71,7 @@ private Q_SLOTS:
     void initTestCase();
     void endWithoutCloseNotify_data();
     void endWithoutCloseNotify();
-    void wholeThroughAProxy_data() { daemons(); }
+    void wholeThroughAProxy_data() { addDaemonsUnderTls(); }
     void wholeThroughAProxy();
     void dataTowardsAnotherServer_data();
     void dataTowardsAnotherServer();
@@ -90,10 +91,12 @@ private Q_SLOTS:
     void sessionsThatResumeUnder12Only();
 
 private:
-    static void daemons();
     [[nodiscard]] QSslConfiguration serverConfiguration(Certificates::Kind kind) const;
     static void breakTls(ScriptedServer &server, const QString &fault);
-    [[nodiscard]] DaemonOptions options(DaemonTls tls) const;
+    [[nodiscard]] DaemonOptions options(DaemonTls tls) const
+    {
+        return tlsOptions(m_certificates, tls);
+    }
 
     Certificates m_certificates;
 };
@@ -103,24 +106,6 @@ void tst_TlsFaults::initTestCase()
     QString why;
     QVERIFY2(m_certificates.make(&why), qPrintable(why));
     m_certificates.trustAuthority();
-}
-
-DaemonOptions tst_TlsFaults::options(DaemonTls tls) const
-{
-    DaemonOptions options;
-    options.tls = tls;
-    options.certificate = m_certificates.file(Certificates::Kind::Signed);
-    return options;
-}
-
-void tst_TlsFaults::daemons()
-{
-    QTest::addColumn<FtpDaemon::Kind>("kind");
-    QTest::addColumn<DaemonTls>("tls");
-    for (const FtpDaemon::Kind kind : FtpDaemon::all()) {
-        QTest::addRow("%s TLS 1.2", FtpDaemon::name(kind)) << kind << DaemonTls::V12;
-        QTest::addRow("%s TLS 1.3", FtpDaemon::name(kind)) << kind << DaemonTls::V13;
-    }
 }
 
 void tst_TlsFaults::endWithoutCloseNotify_data()
@@ -145,10 +130,9 @@ void tst_TlsFaults::endWithoutCloseNotify()
     QFETCH(FtpDaemon::Kind, kind);
     QFETCH(DaemonTls, tls);
     QFETCH(int, swallowed);
-    QString missing;
-    if (!FtpDaemon::available(kind, &missing))
-        QSKIP(qPrintable(missing));
-    TlsFixture f(kind, options(tls), testLimits());
+    if (skippedWithout(kind))
+        return;
+    DaemonClient f(kind, options(tls), testLimits());
     QVERIFY(f.daemon.put("a.txt", QByteArray(50'000, 'a')));
     const QByteArray longName(200, 'n');
     for (int i = 0; i < 100; ++i) // a listing that is longer than what the proxy lets pass
@@ -181,10 +165,9 @@ void tst_TlsFaults::wholeThroughAProxy()
 {
     QFETCH(FtpDaemon::Kind, kind);
     QFETCH(DaemonTls, tls);
-    QString missing;
-    if (!FtpDaemon::available(kind, &missing))
-        QSKIP(qPrintable(missing));
-    TlsFixture f(kind, options(tls));
+    if (skippedWithout(kind))
+        return;
+    DaemonClient f(kind, options(tls));
     QVERIFY(f.start());
     ConnectProxy proxy;
     QVERIFY(proxy.start());
@@ -360,11 +343,10 @@ void tst_TlsFaults::silentHandshakeEnds()
 
 void tst_TlsFaults::tlsIsNotGivenUpOnceUsed()
 {
-    QString missing;
-    if (!FtpDaemon::available(FtpDaemon::Kind::Proftpd, &missing))
-        QSKIP(qPrintable(missing));
+    if (skippedWithout(FtpDaemon::Kind::Proftpd))
+        return;
     DaemonOptions with = options(DaemonTls::V13);
-    auto first = std::make_unique<TlsFixture>(FtpDaemon::Kind::Proftpd, with);
+    auto first = std::make_unique<DaemonClient>(FtpDaemon::Kind::Proftpd, with);
     QVERIFY(first->start());
     QVERIFY2(first->login(), qPrintable(first->words));
     const QString server = first->daemon.server();
@@ -373,8 +355,7 @@ void tst_TlsFaults::tlsIsNotGivenUpOnceUsed()
     DaemonOptions without;
     without.port = port; // the same address, and somebody who knows no TLS
     FtpDaemon other(FtpDaemon::Kind::Proftpd, without);
-    QString why;
-    QVERIFY2(other.start(&why), qPrintable(why));
+    QVERIFY(other.start());
     const auto again = first->login();
     QVERIFY(!again);
     QCOMPARE(again.error().kind, ErrorClass::Refused);

@@ -1,5 +1,5 @@
 // TLS through proxies, and through a line that ends or falls silent at any byte.
-#include "ftp/TlsFixture.h"
+#include "ftp/DaemonClient.h"
 #include "support/TunnelProxy.h"
 
 #include <QElapsedTimer>
@@ -10,10 +10,10 @@
 using namespace venlo;
 using namespace std::chrono_literals;
 using venlo::test::Certificates;
+using venlo::test::DaemonClient;
 using venlo::test::DaemonOptions;
 using venlo::test::DaemonTls;
 using venlo::test::FtpDaemon;
-using venlo::test::TlsFixture;
 using venlo::test::TunnelProxy;
 
 namespace
@@ -50,7 +50,11 @@ private Q_SLOTS:
     void cutAnywhere();
 
 private:
-    [[nodiscard]] DaemonOptions options(DaemonTls tls, Certificates::Kind kind) const;
+    [[nodiscard]] DaemonOptions options(DaemonTls tls,
+                                        Certificates::Kind kind = Certificates::Kind::Signed) const
+    {
+        return tlsOptions(m_certificates, tls, kind);
+    }
     [[nodiscard]] Result<void> open(FtpClient &client, const QString &proxy) const;
     void checkAll(FtpClient &client, const QByteArray &name, const TunnelProxy &proxy) const;
 
@@ -65,14 +69,6 @@ void tst_TlsTunnels::initTestCase()
         QSKIP(qPrintable(why));
     QVERIFY2(m_certificates.make(&why), qPrintable(why));
     m_certificates.trustAuthority();
-}
-
-DaemonOptions tst_TlsTunnels::options(DaemonTls tls, Certificates::Kind kind) const
-{
-    DaemonOptions options;
-    options.tls = tls;
-    options.certificate = m_certificates.file(kind);
-    return options;
 }
 
 void tst_TlsTunnels::throughAProxy_data()
@@ -103,12 +99,11 @@ void tst_TlsTunnels::throughAProxy()
     QFETCH(QString, proxy);
     QFETCH(QString, prefix);
     QFETCH(DaemonTls, tls);
-    QString missing;
-    if (!FtpDaemon::available(kind, &missing))
-        QSKIP(qPrintable(missing));
-    DaemonOptions with = options(tls, Certificates::Kind::Signed);
+    if (skippedWithout(kind))
+        return;
+    DaemonOptions with = options(tls);
     with.implicitTls = prefix == QLatin1String("ftpsi:");
-    TlsFixture f(kind, with);
+    DaemonClient f(kind, with);
     QVERIFY(f.start());
     TunnelProxy tunnels;
     QVERIFY(tunnels.start());
@@ -146,7 +141,7 @@ void tst_TlsTunnels::theServersNameCounts()
     QFETCH(bool, socks);
     QFETCH(Certificates::Kind, certificate);
     QFETCH(bool, fits);
-    TlsFixture f(FtpDaemon::Kind::Proftpd, options(DaemonTls::V13, certificate));
+    DaemonClient f(FtpDaemon::Kind::Proftpd, options(DaemonTls::V13, certificate));
     QVERIFY(f.start());
     TunnelProxy tunnels;
     QVERIFY(tunnels.start());
@@ -171,7 +166,7 @@ void tst_TlsTunnels::theServersNameCounts()
 
 void tst_TlsTunnels::wrongProxyLogin()
 {
-    TlsFixture f(FtpDaemon::Kind::Proftpd, options(DaemonTls::V13, Certificates::Kind::Signed));
+    DaemonClient f(FtpDaemon::Kind::Proftpd, options(DaemonTls::V13));
     QVERIFY(f.start());
     TunnelProxy tunnels;
     QVERIFY(tunnels.start());
@@ -256,8 +251,7 @@ void tst_TlsTunnels::cutAnywhere()
     QFETCH(int, tunnel);
     QFETCH(int, bytes);
     if (!m_daemon) {
-        m_daemon = std::make_unique<FtpDaemon>(FtpDaemon::Kind::Proftpd,
-                                               options(DaemonTls::V13, Certificates::Kind::Signed));
+        m_daemon = std::make_unique<FtpDaemon>(FtpDaemon::Kind::Proftpd, options(DaemonTls::V13));
         QVERIFY(m_daemon->put("c", content()));
         for (int i = 0; i < manyFiles; ++i)
             QVERIFY(m_daemon->put("many/" + QByteArray(60, 'n') + QByteArray::number(i), "x"));

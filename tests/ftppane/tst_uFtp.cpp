@@ -4,7 +4,7 @@
 #include <QListWidget>
 
 #ifdef Q_OS_UNIX
-#include "support/FtpDaemon.h"
+#include "support/DaemonTests.h"
 #endif
 
 namespace venlo::test
@@ -455,23 +455,19 @@ void tst_uFtp::deletedSitesPatternsLeaveTheMenu()
 #ifdef Q_OS_UNIX
 void tst_uFtp::realDaemons_data()
 {
-    QTest::addColumn<int>("kind");
-    for (const auto kind : FtpDaemon::all())
-        QTest::newRow(FtpDaemon::name(kind)) << static_cast<int>(kind);
+    addDaemons();
 }
 
 void tst_uFtp::realDaemons()
 {
-    QFETCH(int, kind);
-    const auto which = static_cast<FtpDaemon::Kind>(kind);
-    QString why;
-    if (!FtpDaemon::available(which, &why))
-        QSKIP(qPrintable(why));
-    FtpDaemon daemon(which);
+    QFETCH(FtpDaemon::Kind, kind);
+    if (skippedWithout(kind))
+        return;
+    FtpDaemon daemon(kind);
     QVERIFY(daemon.put("docs/deep/b.txt", "bbb"));
     QVERIFY(daemon.put("x.txt", "x"));
     daemon.own();
-    QVERIFY2(daemon.start(&why), qPrintable(why));
+    QVERIFY(daemon.start());
     QVERIFY(m->begin());
     m->registerSite(QStringLiteral("daemon"), daemon.server(), daemon.user(), daemon.password());
     m->pane->fillSites();

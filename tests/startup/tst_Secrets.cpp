@@ -12,8 +12,7 @@
 
 #include "e2e/ProgramRun.h"
 #include "platform/Files.h"
-#include "support/Certificates.h"
-#include "support/FtpDaemon.h"
+#include "support/DaemonTests.h"
 #include "support/ScriptedServer.h"
 #include "support/Trees.h"
 
@@ -320,16 +319,14 @@ void tst_Secrets::addresses()
 /// Without "/b" the certificate is a question, which nobody is there to answer with yes.
 void tst_Secrets::refusedCertificate()
 {
+    if (skippedWithout(FtpDaemon::Kind::Proftpd))
+        return;
     QString why;
-    if (!FtpDaemon::available(FtpDaemon::Kind::Proftpd, &why))
-        QSKIP(qPrintable(why));
     Certificates certificates;
     QVERIFY2(certificates.make(&why), qPrintable(why));
-    DaemonOptions options;
-    options.tls = DaemonTls::V13;
-    options.certificate = certificates.file(Certificates::Kind::SelfSigned);
-    FtpDaemon daemon(FtpDaemon::Kind::Proftpd, options);
-    QVERIFY2(daemon.start(&why), qPrintable(why));
+    FtpDaemon daemon(FtpDaemon::Kind::Proftpd,
+                     tlsOptions(certificates, DaemonTls::V13, Certificates::Kind::SelfSigned));
+    QVERIFY(daemon.start());
     World world;
     QVERIFY(world.begin(daemon.server()));
     QCOMPARE(world.run("syncup|pair"), 1);

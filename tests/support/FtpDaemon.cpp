@@ -94,6 +94,15 @@ FtpDaemon::~FtpDaemon()
     removeRoot();
 }
 
+bool FtpDaemon::start()
+{
+    QString why;
+    const bool started = start(&why);
+    if (!started)
+        qWarning("%s", qPrintable(why));
+    return started;
+}
+
 bool FtpDaemon::start(QString *why)
 {
     if (!QFile::exists(programOf(m_kind))) {

@@ -34,6 +34,8 @@ public:
 
     /// Starts it and waits until it greets with 220. After a stop() it takes the same port again.
     [[nodiscard]] bool start(QString *why);
+    /// The same; what hinders it is a warning.
+    [[nodiscard]] bool start();
     /// Ends it with all its sessions, at once; connections to it are lost.
     void stop();
     [[nodiscard]] bool isRunning() const;

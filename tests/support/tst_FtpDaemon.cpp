@@ -1,4 +1,4 @@
-#include "support/FtpDaemon.h"
+#include "support/DaemonTests.h"
 #include "support/Ports.h"
 #include "support/RawClient.h"
 
@@ -6,6 +6,7 @@
 #include <QTest>
 #include <QTimeZone>
 
+using venlo::test::addDaemons;
 using venlo::test::DaemonOptions;
 using venlo::test::FtpDaemon;
 using venlo::test::hasIpv6Loopback;
@@ -15,25 +16,16 @@ class tst_FtpDaemon : public QObject
 {
     Q_OBJECT
 
-private:
-    static void kinds()
-    {
-        QTest::addColumn<FtpDaemon::Kind>("kind");
-        for (const auto kind : FtpDaemon::all())
-            QTest::newRow(FtpDaemon::name(kind)) << kind;
-    }
-
 private Q_SLOTS:
-    void storesAndRetrieves_data() { kinds(); }
+    void storesAndRetrieves_data() { addDaemons(); }
     void storesAndRetrieves()
     {
         QFETCH(FtpDaemon::Kind, kind);
-        QString why;
-        if (!FtpDaemon::available(kind, &why))
-            QSKIP(qPrintable(why));
+        if (skippedWithout(kind))
+            return;
         FtpDaemon daemon(kind);
         QVERIFY(daemon.put("made by the test/old", "before"));
-        QVERIFY2(daemon.start(&why), qPrintable(why));
+        QVERIFY(daemon.start());
 
         RawClient client;
         const QByteArray login =
@@ -54,17 +46,16 @@ private Q_SLOTS:
         QCOMPARE(daemon.file("x"), QByteArray("twelve bytes"));
     }
 
-    void setsAndShowsTimesInUtc_data() { kinds(); }
+    void setsAndShowsTimesInUtc_data() { addDaemons(); }
     void setsAndShowsTimesInUtc()
     {
         QFETCH(FtpDaemon::Kind, kind);
-        QString why;
-        if (!FtpDaemon::available(kind, &why))
-            QSKIP(qPrintable(why));
+        if (skippedWithout(kind))
+            return;
         FtpDaemon daemon(kind);
         const QDateTime time(QDate(2020, 2, 29), QTime(23, 59, 58), Qt::UTC);
         QVERIFY(daemon.put("f", "x", time));
-        QVERIFY2(daemon.start(&why), qPrintable(why));
+        QVERIFY(daemon.start());
         RawClient client;
         QVERIFY(client.login(daemon.host(), daemon.port(), daemon.user(), daemon.password())
                     .startsWith("230"));
@@ -78,34 +69,32 @@ private Q_SLOTS:
         QCOMPARE(info.lastModified().toUTC(), QDateTime(QDate(2019, 1, 1), QTime(12, 0), Qt::UTC));
     }
 
-    void refusesAWrongPassword_data() { kinds(); }
+    void refusesAWrongPassword_data() { addDaemons(); }
     void refusesAWrongPassword()
     {
         QFETCH(FtpDaemon::Kind, kind);
-        QString why;
-        if (!FtpDaemon::available(kind, &why))
-            QSKIP(qPrintable(why));
+        if (skippedWithout(kind))
+            return;
         FtpDaemon daemon(kind);
-        QVERIFY2(daemon.start(&why), qPrintable(why));
+        QVERIFY(daemon.start());
         RawClient client;
         QVERIFY(client.login(daemon.host(), daemon.port(), daemon.user(), QStringLiteral("wrong"))
                     .startsWith("530"));
     }
 
-    void speaksIpv6_data() { kinds(); }
+    void speaksIpv6_data() { addDaemons(); }
     void speaksIpv6()
     {
         QFETCH(FtpDaemon::Kind, kind);
-        QString why;
-        if (!FtpDaemon::available(kind, &why))
-            QSKIP(qPrintable(why));
+        if (skippedWithout(kind))
+            return;
         if (!hasIpv6Loopback())
             QSKIP("no ::1 on this machine");
         DaemonOptions options;
         options.ipv6 = true;
         FtpDaemon daemon(kind, options);
         QVERIFY(daemon.put("f", "six"));
-        QVERIFY2(daemon.start(&why), qPrintable(why));
+        QVERIFY(daemon.start());
         RawClient client;
         QVERIFY(client.login(daemon.host(), daemon.port(), daemon.user(), daemon.password())
                     .startsWith("230"));
@@ -113,19 +102,18 @@ private Q_SLOTS:
         QCOMPARE(client.received(), QByteArray("six"));
     }
 
-    void listsInTheZoneItIsTold_data() { kinds(); }
+    void listsInTheZoneItIsTold_data() { addDaemons(); }
     void listsInTheZoneItIsTold()
     {
         QFETCH(FtpDaemon::Kind, kind);
-        QString why;
-        if (!FtpDaemon::available(kind, &why))
-            QSKIP(qPrintable(why));
+        if (skippedWithout(kind))
+            return;
         DaemonOptions options;
         options.localListTimes = true;
         FtpDaemon daemon(kind, options);
         const QDateTime now = QDateTime::currentDateTimeUtc().addDays(-1);
         QVERIFY(daemon.put("f", "x", now));
-        QVERIFY2(daemon.start(&why), qPrintable(why));
+        QVERIFY(daemon.start());
         RawClient client;
         QVERIFY(client.login(daemon.host(), daemon.port(), daemon.user(), daemon.password())
                     .startsWith("230"));
@@ -134,15 +122,14 @@ private Q_SLOTS:
         QVERIFY2(client.received().contains(tokyo.toLatin1()), client.received().constData());
     }
 
-    void endsWithItsSessions_data() { kinds(); }
+    void endsWithItsSessions_data() { addDaemons(); }
     void endsWithItsSessions()
     {
         QFETCH(FtpDaemon::Kind, kind);
-        QString why;
-        if (!FtpDaemon::available(kind, &why))
-            QSKIP(qPrintable(why));
+        if (skippedWithout(kind))
+            return;
         FtpDaemon daemon(kind);
-        QVERIFY2(daemon.start(&why), qPrintable(why));
+        QVERIFY(daemon.start());
         const quint16 port = daemon.port();
         const auto login = [&daemon](RawClient &client) {
             return client.login(daemon.host(), daemon.port(), daemon.user(), daemon.password());
@@ -157,7 +144,7 @@ private Q_SLOTS:
         daemon.stop();
         QVERIFY(second.isClosed());
         QVERIFY(!daemon.isRunning());
-        QVERIFY2(daemon.start(&why), qPrintable(why));
+        QVERIFY(daemon.start());
         QCOMPARE(daemon.port(), port);
         RawClient third;
         QVERIFY(login(third).startsWith("230"));

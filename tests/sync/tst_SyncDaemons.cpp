@@ -1,4 +1,4 @@
-#include "support/FtpDaemon.h"
+#include "support/DaemonTests.h"
 #include "sync/SyncWorld.h"
 
 #include <QDir>
@@ -36,18 +36,17 @@ class tst_SyncDaemons : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void daemons_data();
-    void up_data() { daemons_data(); }
+    void up_data() { addDaemons(); }
     void up();
-    void down_data() { daemons_data(); }
+    void down_data() { addDaemons(); }
     void down();
-    void firstPublish_data() { daemons_data(); }
+    void firstPublish_data() { addDaemons(); }
     void firstPublish();
-    void letterCase_data() { daemons_data(); }
+    void letterCase_data() { addDaemons(); }
     void letterCase();
-    void tinyFilesGoAgainEachTime_data() { daemons_data(); }
+    void tinyFilesGoAgainEachTime_data() { addDaemons(); }
     void tinyFilesGoAgainEachTime();
-    void droppedSessions_data() { daemons_data(); }
+    void droppedSessions_data() { addDaemons(); }
     void droppedSessions();
 
 private:
@@ -63,26 +62,16 @@ private:
     std::unique_ptr<FtpDaemon> m_daemon;
 };
 
-void tst_SyncDaemons::daemons_data()
-{
-    QTest::addColumn<int>("kind");
-    for (const FtpDaemon::Kind kind : FtpDaemon::all())
-        QTest::newRow(FtpDaemon::name(kind)) << static_cast<int>(kind);
-}
-
 bool tst_SyncDaemons::start()
 {
-    QFETCH(int, kind);
-    QString why;
+    QFETCH(FtpDaemon::Kind, kind);
     m_daemon.reset();
-    if (!FtpDaemon::available(static_cast<FtpDaemon::Kind>(kind), &why)) {
-        QTest::qSkip(qPrintable(why), __FILE__, __LINE__);
+    if (skippedWithout(kind))
         return false;
-    }
     m_world = std::make_unique<SyncWorld>();
-    m_daemon = std::make_unique<FtpDaemon>(static_cast<FtpDaemon::Kind>(kind));
-    if (!m_daemon->start(&why) || !m_daemon->makeFolder("pub")) {
-        QTest::qFail(qPrintable(why), __FILE__, __LINE__);
+    m_daemon = std::make_unique<FtpDaemon>(kind);
+    if (!m_daemon->start() || !m_daemon->makeFolder("pub")) {
+        QTest::qFail("no daemon", __FILE__, __LINE__);
         return false;
     }
     m_world->registerSite(m_daemon->server(), m_daemon->user(), m_daemon->password());

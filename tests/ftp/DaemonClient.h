@@ -2,8 +2,7 @@
 
 #include "ftp/ClientTransfers.h"
 #include "ftp/protocol/Waiter.h"
-#include "support/Certificates.h"
-#include "support/FtpDaemon.h"
+#include "support/DaemonTests.h"
 
 #include <QStringList>
 
@@ -13,22 +12,16 @@
 namespace venlo::test
 {
 
-/// One client of one daemon that speaks TLS.
-struct TlsFixture {
-    TlsFixture(FtpDaemon::Kind kind, DaemonOptions options, ClientLimits limits = {})
+/// One client of one daemon.
+struct DaemonClient {
+    explicit DaemonClient(FtpDaemon::Kind kind, DaemonOptions options = {},
+                          ClientLimits limits = {})
         : daemon(kind, std::move(options)), waiter([this] { return cancelled; }),
           client(waiter, limits)
     {
         client.setTrace([this](const QString &line) { trace.append(line); });
     }
-    [[nodiscard]] bool start()
-    {
-        QString why;
-        if (daemon.start(&why))
-            return true;
-        qWarning("%s", qPrintable(why));
-        return false;
-    }
+    [[nodiscard]] bool start() { return daemon.start(); }
     /// prefix stands before the server text.
     [[nodiscard]] Result<void> login(const QString &prefix = {}, bool passive = true,
                                      const QString &proxy = {})
@@ -49,6 +42,16 @@ struct TlsFixture {
     }
     /// The bytes, or the words of the error in brackets.
     [[nodiscard]] QByteArray get(const QByteArray &name) { return getBytes(client, name); }
+    /// The first words of the commands that were sent.
+    [[nodiscard]] QStringList verbs() const
+    {
+        QStringList all;
+        for (const QString &line : trace) {
+            if (line.startsWith(QLatin1String("> ")))
+                all.append(line.section(QLatin1Char(' '), 1, 1));
+        }
+        return all;
+    }
     [[nodiscard]] QString report() const
     {
         return trace.join(QLatin1Char('\n')) + QLatin1Char('\n') + daemon.log();
