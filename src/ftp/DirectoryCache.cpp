@@ -10,6 +10,16 @@
 namespace venlo
 {
 
+namespace
+{
+/// Of a row that begins with the time, the size and whether the time is a day's only.
+DirectoryCache::CachedFile fileOf(const Rows &rows, int row)
+{
+    return {rows.at(0, row).toDouble(), rows.at(1, row).toLongLong() - 1, // see cachedSizeOf
+            rows.at(2, row).toLongLong() == 1};
+}
+} // namespace
+
 DirectoryCache::DirectoryCache(Session &session, Database &database, FrontEnd &frontEnd,
                                Flags &flags)
     : m_session(session), m_database(database), m_frontEnd(frontEnd), m_flags(flags),
@@ -138,8 +148,8 @@ void DirectoryCache::caEntInfo(const QString &dir, const QString &name, bool fol
     sizeText = FormatSizeText(rows.at(1, 0).toLongLong()) + QLatin1Char('|');
 }
 
-std::optional<DirectoryCache::FileRow> DirectoryCache::fileRow(const QString &dir,
-                                                               const QString &name)
+std::optional<DirectoryCache::CachedFile> DirectoryCache::fileRow(const QString &dir,
+                                                                  const QString &name)
 {
     // A file's row is asked for before every transfer.
     const Rows rows =
@@ -149,8 +159,20 @@ std::optional<DirectoryCache::FileRow> DirectoryCache::fileRow(const QString &di
                                  {normalised(dir), name});
     if (rows.count() == 0)
         return std::nullopt;
-    return FileRow{rows.at(0, 0).toDouble(), rows.at(1, 0).toLongLong() - 1, // see cachedSizeOf
-                   rows.at(2, 0).toLongLong() == 1};
+    return fileOf(rows, 0);
+}
+
+QHash<QString, DirectoryCache::CachedFile> DirectoryCache::cachedFiles(const QString &dir)
+{
+    const Rows rows = m_database.store().query(
+        QStringLiteral("SELECT dDate, nSize, \"day only\", sName FROM ") +
+            quotedName(m_session.currentSite()) + QStringLiteral(" WHERE sDir=? AND bFd=0"),
+        {normalised(dir)});
+    QHash<QString, CachedFile> files;
+    files.reserve(rows.count());
+    for (int row = 0; row < rows.count(); ++row)
+        files.insert(rows.at(3, row).toString(), fileOf(rows, row));
+    return files;
 }
 
 bool DirectoryCache::cachedFile(const QString &dir, const QString &name, double &day, qint64 &size)

@@ -103,6 +103,14 @@ public:
     /// The same with the time refined where that is due (see refineTime).
     [[nodiscard]] bool refinedFile(const QString &dir, const QString &name, double &day,
                                    qint64 &size);
+    /// What is cached of a file.
+    struct CachedFile {
+        double day;
+        qint64 size;  ///< bytes
+        bool dayOnly; ///< the time is a day's only
+    };
+    /// All files of a directory that are cached, by their names as the server spells them.
+    [[nodiscard]] QHash<QString, CachedFile> cachedFiles(const QString &dir);
     /// True when a directory has rows, or needs none to be known.
     [[nodiscard]] bool isLoaded(const QString &dir);
     /// True when a file or folder of this name is cached.
@@ -198,12 +206,7 @@ private:
     void noticeSite();
     /// Forgets what is known of paths that may mean another directory from now on.
     void forgetPaths();
-    struct FileRow {
-        double day;
-        qint64 size;  ///< bytes
-        bool dayOnly; ///< the time is a day's only
-    };
-    [[nodiscard]] std::optional<FileRow> fileRow(const QString &dir, const QString &name);
+    [[nodiscard]] std::optional<CachedFile> fileRow(const QString &dir, const QString &name);
     /// A statement on the cache table. Values go in as they are but for their quotes, which are
     /// doubled: any name of the server works, "?" and quotes included.
     [[nodiscard]] QString statement(const QString &sql, const QVariantList &values) const;

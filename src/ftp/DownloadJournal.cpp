@@ -125,14 +125,16 @@ bool DownloadJournal::open()
 
 void DownloadJournal::begin(const QString &temporaryPath)
 {
-    if (!open())
+    if (temporaryPath == m_noted || !open())
         return;
     end();
-    m_file.write(temporaryPath.toUtf8());
+    if (m_file.write(temporaryPath.toUtf8()) > 0)
+        m_noted = temporaryPath;
 }
 
 void DownloadJournal::end()
 {
+    m_noted.clear();
     if (m_file.isOpen() && m_file.resize(0))
         m_file.seek(0);
 }

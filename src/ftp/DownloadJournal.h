@@ -27,6 +27,8 @@ public:
     /// download.
     void begin(const QString &temporaryPath);
     void end();
+    /// The path that begin() was told and end() has not taken back.
+    [[nodiscard]] const QString &noted() const { return m_noted; }
     /// What the downloads of all living processes write at present, absolute paths.
     [[nodiscard]] QStringList live() const;
 
@@ -36,6 +38,7 @@ private:
     void sweepLocks();
 
     QString m_folder;
+    QString m_noted;
     QFile m_file;
     std::unique_ptr<QLockFile> m_lock;
 };

@@ -5,16 +5,19 @@
 #include "ftp/ProgressThrottle.h"
 #include "ftp/TemporaryFile.h"
 #include "platform/FileNames.h"
+#include "platform/Files.h"
 #include "platform/TemporaryName.h"
 #include "shared/RemotePath.h"
 
 #include <QFileInfo>
+#include <QScopeGuard>
 
 namespace venlo
 {
 
 namespace
 {
+constexpr qsizetype fewestReadTogether = 4; ///< names for which a whole directory's rows are read
 constexpr double year1970 = 25569; // day count; an entry without a time has a far earlier one
 
 /// A cached wall clock as a time of this machine.
@@ -62,12 +65,16 @@ bool RemoteDownloads::getInto(const SteadyFolder &local, const QString &path,
         m_swept.insert(folder);
         sweepTemporaryNames(folder, m_start, m_journal.live());
     }
+    const auto flush = qScopeGuard([&folder] { flushFolder(folder); });
+    // A query of its own costs more than the rest of a small file's bookkeeping.
+    const CachedFiles known =
+        names.size() >= fewestReadTogether ? m_context.cache.cachedFiles(dir) : CachedFiles();
     for (const QString &name : names) {
         if (name.isEmpty())
             continue;
         if (!m_context.mayGoOn())
             return false;
-        const Item item = itemOf(dir, name, folder);
+        const Item item = itemOf(dir, name, folder, known);
         const Decision decision = decide(item);
         if (decision == Decision::Cancel)
             return false;
@@ -80,11 +87,17 @@ bool RemoteDownloads::getInto(const SteadyFolder &local, const QString &path,
 }
 
 RemoteDownloads::Item RemoteDownloads::itemOf(const QString &dir, const QString &name,
-                                              const QString &folder)
+                                              const QString &folder, const CachedFiles &known)
 {
     Item item{dir, name, remoteChild(dir, name), folder, localChild(folder, name)};
-    // Also where MLSD lists now: the rows may be an older LIST's.
-    item.cached = m_context.cache.refinedFile(dir, name, item.day, item.size);
+    const auto row = known.constFind(name);
+    if (row != known.constEnd() && !row->dayOnly) {
+        item.cached = true;
+        item.day = row->day;
+        item.size = row->size;
+    } else { // also where MLSD lists now: the rows may be an older LIST's
+        item.cached = m_context.cache.refinedFile(dir, name, item.day, item.size);
+    }
     return item;
 }
 

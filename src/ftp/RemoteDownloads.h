@@ -5,6 +5,7 @@
 #include "ftp/SteadyFolder.h"
 
 #include <QDateTime>
+#include <QHash>
 #include <QSet>
 #include <QString>
 #include <QStringList>
@@ -47,7 +48,10 @@ private:
                                const QStringList &names);
     /// Sub-folder and file names; says what the listing did not show.
     void namesOf(const QString &local, const QString &remote, QString &folders, QString &files);
-    [[nodiscard]] Item itemOf(const QString &dir, const QString &name, const QString &folder);
+    using CachedFiles = QHash<QString, DirectoryCache::CachedFile>;
+    /// known: what was read of the directory's rows together.
+    [[nodiscard]] Item itemOf(const QString &dir, const QString &name, const QString &folder,
+                              const CachedFiles &known);
     [[nodiscard]] Decision decide(const Item &item);
     [[nodiscard]] bool getFile(const SteadyFolder &folder, const Item &item);
     [[nodiscard]] Result<void> fetch(const SteadyFolder &folder, const Item &item);

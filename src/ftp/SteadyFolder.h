@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QString>
 
 namespace venlo
@@ -21,7 +22,8 @@ public:
 
 private:
     QString m_path;
-    QString m_real; ///< empty while there is no folder
+    QString m_real;        ///< empty while there is no folder
+    QByteArray m_identity; ///< of the folder there was, where the system tells
 };
 
 } // namespace venlo

@@ -37,13 +37,12 @@ bool UnfinishedUploads::openNote()
 /// Without a note a killed upload is not known for one; that is no reason not to upload.
 void UnfinishedUploads::sending(const QString &site, const QString &dir, const QString &name)
 {
-    recover();
+    recover(); // leaves it empty
+    if (m_sending)
+        settled();
     if (!openNote() || !m_note.seek(0))
         return;
-    const QByteArray text =
-        QStringList{site, dir, name, QString()}.join(QLatin1Char('\n')).toUtf8();
-    m_note.write(text);
-    m_note.resize(text.size());
+    m_note.write(QStringList{site, dir, name, QString()}.join(QLatin1Char('\n')).toUtf8());
     m_sending = true;
 }
 

@@ -25,9 +25,21 @@ bool makePrivateFile(const QString &path);
 /// than it was opened by. Empty when the system does not tell.
 [[nodiscard]] QString presentPath(const QFile &file);
 
+/// What tells a folder from every other one on this machine while it exists, links followed; the
+/// same whatever path leads to it. Empty when there is none, or when the system does not tell.
+[[nodiscard]] QByteArray folderIdentity(const QString &path);
+
+/// When a folder's new entry is forced to the disk: at once, or by flushFolder, once for many.
+enum class FolderFlush { Now, Later };
+
 /// Puts a finished file in place of another in one step (rename). The old file stays as it was
 /// when this fails. The folder's entry is forced to the disk too where the system can.
-[[nodiscard]] bool replaceFile(const QString &from, const QString &to);
+[[nodiscard]] bool replaceFile(const QString &from, const QString &to,
+                               FolderFlush flush = FolderFlush::Now);
+
+/// Makes the renames in a folder survive a power cut. Some file systems cannot; the renames stand
+/// all the same. Nothing is left to do on Windows, where each is written through.
+void flushFolder(const QString &folder);
 
 /// Renames a folder that is complete into place; fails when the target exists.
 [[nodiscard]] bool moveFolderIntoPlace(const QString &from, const QString &to);

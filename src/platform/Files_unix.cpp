@@ -1,6 +1,8 @@
 #include "platform/Files.h"
 
+#include <array>
 #include <cerrno>
+#include <climits>
 #include <cstdio>
 
 #include <fcntl.h>
@@ -17,17 +19,6 @@ namespace
 {
 constexpr mode_t privateFolderMode = 0700;
 constexpr mode_t privateFileMode = 0600;
-
-/// Makes a rename survive a power cut. Some file systems cannot; the rename stands all the same.
-void flushFolderOf(const QString &path)
-{
-    const QByteArray folder = QFile::encodeName(QFileInfo(path).absolutePath());
-    const int fd = open(folder.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (fd < 0)
-        return;
-    fsync(fd);
-    close(fd);
-}
 
 int renameWithoutReplacing(const char *from, const char *to)
 {
@@ -67,15 +58,37 @@ bool flushToDisk(QFile &file)
 
 QString presentPath(const QFile &file)
 {
-    return QFileInfo(QStringLiteral("/proc/self/fd/%1").arg(file.handle())).symLinkTarget();
+    const QByteArray handle = "/proc/self/fd/" + QByteArray::number(file.handle());
+    std::array<char, PATH_MAX> path = {};
+    const ssize_t length = readlink(handle.constData(), path.data(), path.size());
+    return length > 0 ? QFile::decodeName(QByteArray(path.data(), length)) : QString();
 }
 
-bool replaceFile(const QString &from, const QString &to)
+QByteArray folderIdentity(const QString &path)
+{
+    struct stat there = {};
+    if (stat(QFile::encodeName(path).constData(), &there) != 0 || !S_ISDIR(there.st_mode))
+        return {};
+    return QByteArray::number(static_cast<qulonglong>(there.st_dev)) + ' ' +
+           QByteArray::number(static_cast<qulonglong>(there.st_ino));
+}
+
+bool replaceFile(const QString &from, const QString &to, FolderFlush flush)
 {
     if (rename(QFile::encodeName(from).constData(), QFile::encodeName(to).constData()) != 0)
         return false;
-    flushFolderOf(to);
+    if (flush == FolderFlush::Now)
+        flushFolder(QFileInfo(to).absolutePath());
     return true;
+}
+
+void flushFolder(const QString &folder)
+{
+    const int fd = open(QFile::encodeName(folder).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (fd < 0)
+        return;
+    fsync(fd);
+    close(fd);
 }
 
 bool moveFolderIntoPlace(const QString &from, const QString &to)
@@ -84,7 +97,7 @@ bool moveFolderIntoPlace(const QString &from, const QString &to)
     const QByteArray target = QFile::encodeName(to);
     if (renameWithoutReplacing(source.constData(), target.constData()) != 0)
         return false;
-    flushFolderOf(to);
+    flushFolder(QFileInfo(to).absolutePath());
     return true;
 }
 

@@ -48,7 +48,15 @@ QString presentPath(const QFile &file)
     return QFileInfo(file).absoluteFilePath();
 }
 
-bool replaceFile(const QString &from, const QString &to)
+/// A look at a path costs less than opening what it leads to.
+QByteArray folderIdentity(const QString & /*path*/)
+{
+    return {};
+}
+
+void flushFolder(const QString & /*folder*/) {}
+
+bool replaceFile(const QString &from, const QString &to, FolderFlush /*flush*/)
 {
     const std::wstring target = longPath(to);
     const DWORD before = GetFileAttributesW(target.c_str());

@@ -62,6 +62,7 @@ private Q_SLOTS:
     void keepsTheListingsTime();
     void keepsMdtmsTimeWhenNotListed();
     void refinesRowsOfAnOlderList();
+    void refinesOneRowOfMany();
     void makesTheLocalFolder();
     void replacesTheOldFileKeepingItsPermissions();
     void emptyFile();
@@ -168,6 +169,33 @@ void tst_Downloads::refinesRowsOfAnOlderList()
     f.operations.ftGetFile(QStringLiteral("/"), QStringLiteral("a.txt"), f.here(), ok);
     QVERIFY(ok);
     QCOMPARE(QFileInfo(f.at(QStringLiteral("a.txt"))).lastModified(), wallClock(16, 8, 9));
+}
+
+/// The rows of a folder are read together; of those with a day only the server is asked.
+void tst_Downloads::refinesOneRowOfMany()
+{
+    Fixture f;
+    f.server.options().dialect = venlo::test::ListDialect::Unix;
+    f.server.options().mlsd = false;
+    const QDateTime recent(QDate::currentDate().addDays(-3), QTime(7, 8), Qt::UTC);
+    for (const char *name : {"a.txt", "b.txt", "c.txt", "d.txt"})
+        f.server.put(QByteArray("/pub/") + name, QByteArray("content of ") + name, recent);
+    f.server.put("/pub/old.txt", "of another year", stamp());
+    QVERIFY(f.start());
+    f.browse(QStringLiteral("/pub"));
+    QCOMPARE(f.cache.dayOnlyUnder(QStringLiteral("/pub")).size(), size_t(1));
+    (void)f.work();
+    f.get(QStringLiteral("a.txt\rb.txt\rc.txt\rd.txt\rold.txt"), QStringLiteral("pub/"));
+    QVERIFY(f.ok);
+    QList<QByteArray> times = f.work();
+    times.removeIf([](const QByteArray &command) { return !command.startsWith("MDTM"); });
+    QCOMPARE(times, QList<QByteArray>({"MDTM /pub/old.txt"}));
+    QCOMPARE(QFileInfo(f.at(QStringLiteral("old.txt"))).lastModified(), wallClock(16, 8, 9));
+    for (const char *name : {"a.txt", "b.txt", "c.txt", "d.txt"}) {
+        const QFileInfo file(f.at(QString::fromLatin1(name)));
+        QCOMPARE(file.lastModified().toUTC(), recent);
+        QCOMPARE(file.size(), qint64(16));
+    }
 }
 
 void tst_Downloads::makesTheLocalFolder()

@@ -21,11 +21,13 @@ private Q_SLOTS:
     void privateModesOfNothing();
     void flush();
     void replaces();
+    void replacesWithoutFlushingTheFolder();
     void replacesNothingYet();
     void replaceKeepsTheOldFile();
 #ifdef Q_OS_UNIX
     void presentPathAfterAMove();
 #endif
+    void folderIdentities();
     void movesAFolder();
     void moveRefusesWhatIsThere_data();
     void moveRefusesWhatIsThere();
@@ -113,6 +115,14 @@ void tst_Files::replaces()
     QVERIFY(!QFile::exists(from));
 }
 
+void tst_Files::replacesWithoutFlushingTheFolder()
+{
+    QVERIFY(replaceFile(write("new", "new content"), write("old", "old"), FolderFlush::Later));
+    flushFolder(m_folder->path());
+    flushFolder(path("none")); // no folder, no harm
+    QCOMPARE(read("old"), QByteArray("new content"));
+}
+
 void tst_Files::replacesNothingYet()
 {
     QVERIFY(replaceFile(write("new", "x"), path("target")));
@@ -145,6 +155,24 @@ void tst_Files::presentPathAfterAMove()
              QFileInfo(path("moved")).canonicalFilePath() + QStringLiteral("/f"));
 }
 #endif
+
+void tst_Files::folderIdentities()
+{
+    QVERIFY(QDir(m_folder->path()).mkdir(QStringLiteral("d")));
+    QCOMPARE(folderIdentity(path("none")), QByteArray());
+    QCOMPARE(folderIdentity(write("file", "x")), QByteArray());
+    const QByteArray identity = folderIdentity(path("d"));
+#ifdef Q_OS_UNIX
+    QVERIFY(!identity.isEmpty());
+    QVERIFY(identity != folderIdentity(m_folder->path()));
+    QVERIFY(QDir().rename(path("d"), path("e")));
+    QCOMPARE(folderIdentity(path("e")), identity);
+    QVERIFY(QFile::link(path("e"), path("d")));
+    QCOMPARE(folderIdentity(path("d")), identity);
+#else
+    QCOMPARE(identity, QByteArray());
+#endif
+}
 
 void tst_Files::movesAFolder()
 {
