@@ -8,22 +8,7 @@ using venlo::test::addDaemonsInBothModes;
 using venlo::test::DaemonClient;
 using venlo::test::DaemonOptions;
 using venlo::test::FtpDaemon;
-
-namespace
-{
-
-QByteArray pattern(int size)
-{
-    QByteArray bytes(size, '\0');
-    quint32 state = 12345;
-    for (char &byte : bytes) {
-        state = state * 1664525U + 1013904223U;
-        byte = static_cast<char>(state >> 24);
-    }
-    return bytes;
-}
-
-} // namespace
+using venlo::test::noise;
 
 class tst_FtpClientDaemons : public QObject
 {
@@ -66,7 +51,7 @@ void tst_FtpClientDaemons::everyOperation()
     QVERIFY2(empty.value().whole, qPrintable(empty.value().why));
     QVERIFY(empty.value().entries.empty());
 
-    const QByteArray large = pattern(5 * 1024 * 1024 + 17);
+    const QByteArray large = noise(5 * 1024 * 1024 + 17);
     QCOMPARE(f.put("large.bin", large).value(), large.size());
     QCOMPARE(f.put("empty.txt", {}).value(), 0);
     QCOMPARE(f.daemon.file("made/large.bin"), large);

@@ -13,6 +13,7 @@ using namespace venlo;
 using venlo::test::addDaemonsInBothModes;
 using venlo::test::EngineFixture;
 using venlo::test::FtpDaemon;
+using venlo::test::noise;
 using venlo::test::snapshot;
 using venlo::test::Times;
 using venlo::test::TreeRow;
@@ -62,17 +63,6 @@ struct Fixture : EngineFixture {
     QTemporaryDir local;
     bool ok = true;
 };
-
-QByteArray noise(int size)
-{
-    QByteArray bytes(size, '\0');
-    quint32 state = 4711;
-    for (char &byte : bytes) {
-        state = state * 1664525U + 1013904223U;
-        byte = static_cast<char>(state >> 24);
-    }
-    return bytes;
-}
 
 QDateTime minute(int day)
 {

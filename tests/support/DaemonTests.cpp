@@ -42,6 +42,17 @@ bool skippedWithout(FtpDaemon::Kind kind)
     return true;
 }
 
+QByteArray noise(int size)
+{
+    QByteArray bytes(size, '\0');
+    quint32 state = 4711;
+    for (char &byte : bytes) {
+        state = state * 1664525U + 1013904223U;
+        byte = static_cast<char>(state >> 24);
+    }
+    return bytes;
+}
+
 DaemonOptions tlsOptions(const Certificates &certificates, DaemonTls tls,
                          Certificates::Kind certificate)
 {

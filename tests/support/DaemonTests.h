@@ -17,6 +17,9 @@ void addDaemonsUnderTls();
 /// returns then.
 [[nodiscard]] bool skippedWithout(FtpDaemon::Kind kind);
 
+/// Bytes that repeat themselves nowhere, the same each time.
+[[nodiscard]] QByteArray noise(int size);
+
 /// A daemon that speaks TLS and shows this certificate.
 [[nodiscard]] DaemonOptions tlsOptions(const Certificates &certificates, DaemonTls tls,
                                        Certificates::Kind certificate = Certificates::Kind::Signed);
