@@ -1,7 +1,5 @@
 #include "gui/WindowDriver.h"
 
-#include <array>
-
 #include <QAbstractButton>
 #include <QApplication>
 #include <QElapsedTimer>
@@ -17,23 +15,6 @@ namespace
 constexpr int lookEvery = 10;       // ms
 constexpr int giveUpAfter = 10'000; // ms
 } // namespace
-
-CaughtStreams::CaughtStreams()
-    : m_results(std::tmpfile(), &std::fclose), m_messages(std::tmpfile(), &std::fclose)
-{
-    if (!m_results || !m_messages)
-        qFatal("no temporary file");
-}
-
-QString CaughtStreams::read(std::FILE *file)
-{
-    std::rewind(file);
-    QByteArray bytes;
-    std::array<char, 4096> piece{};
-    while (const size_t count = std::fread(piece.data(), 1, piece.size(), file))
-        bytes.append(piece.data(), static_cast<qsizetype>(count));
-    return QString::fromLocal8Bit(bytes);
-}
 
 void whenShown(const QString &objectName, std::function<void(QWidget &)> action)
 {

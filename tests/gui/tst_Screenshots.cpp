@@ -13,6 +13,7 @@
 #include "mainwin/popup/sfWait.h"
 #include "shared/ConsolePrinter.h"
 #include "shared/Flags.h"
+#include "support/CaughtStreams.h"
 #include "sync/Execution.h"
 #include "sync/windows/sfSync.h"
 

@@ -11,6 +11,7 @@
 #include "mainwin/WindowFrontEnd.h"
 #include "shared/ConsolePrinter.h"
 #include "shared/Flags.h"
+#include "support/CaughtStreams.h"
 
 namespace venlo::test
 {

@@ -15,6 +15,7 @@
 #include "mainwin/WindowFrontEnd.h"
 #include "shared/ConsolePrinter.h"
 #include "shared/Flags.h"
+#include "support/CaughtStreams.h"
 #include "sync/Execution.h"
 #include "sync/windows/ReviewSort.h"
 #include "sync/windows/WindowReviewHost.h"

@@ -12,6 +12,7 @@
 #include "popup/RegistryFixture.h"
 #include "shared/ConsolePrinter.h"
 #include "shared/Flags.h"
+#include "support/CaughtStreams.h"
 
 namespace venlo::test
 {

@@ -1,27 +1,11 @@
-#include <array>
-#include <cstdio>
-#include <memory>
-
 #include <QTest>
 
 #include "shared/ConsolePrinter.h"
 #include "shared/FrontEnd.h"
+#include "support/CaughtStreams.h"
 
 namespace venlo::test
 {
-
-namespace
-{
-using File = std::unique_ptr<std::FILE, int (*)(std::FILE *)>;
-
-QString contents(std::FILE *file)
-{
-    std::rewind(file);
-    std::array<char, 1024> bytes{};
-    const size_t count = std::fread(bytes.data(), 1, bytes.size(), file);
-    return QString::fromLocal8Bit(bytes.data(), static_cast<qsizetype>(count));
-}
-} // namespace
 
 class tst_ConsolePrinter : public QObject
 {
@@ -74,23 +58,22 @@ void tst_ConsolePrinter::outcomes()
     QFETCH(QString, to);
     QFETCH(QString, why);
     QFETCH(QString, line);
-    const File results(std::tmpfile(), &std::fclose);
-    ConsolePrinter printer(results.get(), stderr);
+    const CaughtStreams caught;
+    ConsolePrinter printer(caught.results(), caught.messages());
     printer.printOutcome({kind, from, to, why});
     // What the system's encoding lacks is replaced there.
     const QString shown = QString::fromLocal8Bit(line.toLocal8Bit());
-    QCOMPARE(contents(results.get()), shown + QLatin1Char('\n'));
+    QCOMPARE(caught.resultText(), shown + QLatin1Char('\n'));
 }
 
 void tst_ConsolePrinter::streams()
 {
-    const File results(std::tmpfile(), &std::fclose);
-    const File messages(std::tmpfile(), &std::fclose);
-    ConsolePrinter printer(results.get(), messages.get());
+    const CaughtStreams caught;
+    ConsolePrinter printer(caught.results(), caught.messages());
     printer.printError(QStringLiteral("一\r二\r\n三\n"));
     printer.printResult(QStringLiteral("結果"));
-    QCOMPARE(contents(messages.get()), QStringLiteral("一\n二\n三\n"));
-    QCOMPARE(contents(results.get()), QStringLiteral("結果\n"));
+    QCOMPARE(caught.messageText(), QStringLiteral("一\n二\n三\n"));
+    QCOMPARE(caught.resultText(), QStringLiteral("結果\n"));
 }
 
 } // namespace venlo::test

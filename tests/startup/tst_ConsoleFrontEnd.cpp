@@ -1,26 +1,13 @@
-#include <array>
-#include <cstdio>
 #include <memory>
+#include <optional>
 
 #include <QTest>
 
 #include "startup/ConsoleFrontEnd.h"
+#include "support/CaughtStreams.h"
 
 namespace venlo
 {
-
-namespace
-{
-using File = std::unique_ptr<std::FILE, int (*)(std::FILE *)>;
-
-QString contents(std::FILE *file)
-{
-    std::rewind(file);
-    std::array<char, 1024> bytes{};
-    const size_t count = std::fread(bytes.data(), 1, bytes.size(), file);
-    return QString::fromLocal8Bit(bytes.data(), static_cast<qsizetype>(count));
-}
-} // namespace
 
 class tst_ConsoleFrontEnd : public QObject
 {
@@ -38,8 +25,7 @@ private Q_SLOTS:
 
 private:
     Flags m_flags;
-    File m_results{nullptr, &std::fclose};
-    File m_messages{nullptr, &std::fclose};
+    std::optional<test::CaughtStreams> m_caught;
     std::unique_ptr<ConsolePrinter> m_printer;
     std::unique_ptr<ConsoleFrontEnd> m_frontEnd;
 };
@@ -47,9 +33,8 @@ private:
 void tst_ConsoleFrontEnd::init()
 {
     m_flags = {};
-    m_results.reset(std::tmpfile());
-    m_messages.reset(std::tmpfile());
-    m_printer = std::make_unique<ConsolePrinter>(m_results.get(), m_messages.get());
+    m_caught.emplace();
+    m_printer = std::make_unique<ConsolePrinter>(m_caught->results(), m_caught->messages());
     m_frontEnd = std::make_unique<ConsoleFrontEnd>(*m_printer, m_flags);
 }
 
@@ -65,8 +50,8 @@ void tst_ConsoleFrontEnd::questions()
     QFETCH(bool, batch);
     m_flags.batch = batch;
     QCOMPARE(m_frontEnd->question(QStringLiteral("a を削除します")), batch);
-    QCOMPARE(contents(m_messages.get()), batch ? QStringLiteral("a を削除します [OK]\n")
-                                               : QStringLiteral("a を削除します [ｷｬﾝｾﾙ]\n"));
+    QCOMPARE(m_caught->messageText(), batch ? QStringLiteral("a を削除します [OK]\n")
+                                            : QStringLiteral("a を削除します [ｷｬﾝｾﾙ]\n"));
 }
 
 void tst_ConsoleFrontEnd::neverRetries()
@@ -74,7 +59,7 @@ void tst_ConsoleFrontEnd::neverRetries()
     QFETCH(bool, batch);
     m_flags.batch = batch;
     QVERIFY(!m_frontEnd->retryOrCancel(QStringLiteral("a Put File Err")));
-    QCOMPARE(contents(m_messages.get()), QStringLiteral("a Put File Err [ｷｬﾝｾﾙ]\n"));
+    QCOMPARE(m_caught->messageText(), QStringLiteral("a Put File Err [ｷｬﾝｾﾙ]\n"));
 }
 
 void tst_ConsoleFrontEnd::overwrite()
@@ -86,8 +71,8 @@ void tst_ConsoleFrontEnd::overwrite()
     const OverwriteAnswer answer = m_frontEnd->askOverwrite(question);
     QCOMPARE(answer.overwrite, batch);
     QVERIFY(answer.mode == (batch ? OverwriteMode::Ask : OverwriteMode::CancelAll));
-    QVERIFY(contents(m_messages.get())
-                .startsWith(QStringLiteral("このﾌｫﾙﾀﾞには既に 'a.txt' ﾌｧｲﾙが存在します｡")));
+    QVERIFY(m_caught->messageText().startsWith(
+        QStringLiteral("このﾌｫﾙﾀﾞには既に 'a.txt' ﾌｧｲﾙが存在します｡")));
 }
 
 void tst_ConsoleFrontEnd::streams()
@@ -97,8 +82,8 @@ void tst_ConsoleFrontEnd::streams()
     m_frontEnd->addStatus(QStringLiteral("status"));
     m_frontEnd->setMessageLine(QStringLiteral("line"));
     m_frontEnd->printResult(QStringLiteral("result"));
-    QCOMPARE(contents(m_messages.get()), QStringLiteral("message\nwarning\n"));
-    QCOMPARE(contents(m_results.get()), QStringLiteral("result\n"));
+    QCOMPARE(m_caught->messageText(), QStringLiteral("message\nwarning\n"));
+    QCOMPARE(m_caught->resultText(), QStringLiteral("result\n"));
 }
 
 } // namespace venlo
