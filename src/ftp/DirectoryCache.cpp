@@ -5,6 +5,7 @@
 #include "db/JetCatalogue.h"
 #include "db/Recordset.h"
 #include "db/Store.h"
+#include "ftp/DirectoryCacheStat.h"
 #include "shared/NameList.h"
 
 namespace venlo
@@ -23,9 +24,12 @@ DirectoryCache::CachedFile fileOf(const Rows &rows, int row)
 DirectoryCache::DirectoryCache(Session &session, Database &database, FrontEnd &frontEnd,
                                Flags &flags)
     : m_session(session), m_database(database), m_frontEnd(frontEnd), m_flags(flags),
-      m_current(session, *this, frontEnd, flags), m_marks(database), m_unfinished(database)
+      m_current(session, *this, frontEnd, flags), m_marks(database), m_unfinished(database),
+      m_stat(std::make_unique<StatLister>(*this))
 {
 }
+
+DirectoryCache::~DirectoryCache() = default;
 
 bool DirectoryCache::isLoaded(const QString &dir)
 {

@@ -4,7 +4,6 @@
 #include "ftp/CurrentDirectory.h"
 #include "ftp/IncompleteMarks.h"
 #include "ftp/Session.h"
-#include "ftp/StatTrust.h"
 #include "ftp/UnfinishedUploads.h"
 #include "ftp/protocol/Listing.h"
 
@@ -15,6 +14,7 @@
 #include <QStringList>
 
 #include <functional>
+#include <memory>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -33,6 +33,9 @@ public:
     enum LoadMode { IfAbsent = 0, Replace = 1, WithSubFolders = 2 };
 
     DirectoryCache(Session &session, Database &database, FrontEnd &frontEnd, Flags &flags);
+    ~DirectoryCache();
+    DirectoryCache(const DirectoryCache &) = delete;
+    DirectoryCache &operator=(const DirectoryCache &) = delete;
 
     void sjNormDir(QString &dir) const;
     [[nodiscard]] QString normalised(const QString &dir) const;
@@ -142,6 +145,7 @@ private:
     class Gathering;
     class Walk;
     class LookAhead;
+    class StatLister;
     struct Folder {
         QString name;
         QByteArray rawName;
@@ -170,27 +174,6 @@ private:
     /// come in their place.
     void listSome(std::vector<Pending> &pending);
     void listOne(const Pending &one, std::vector<Pending> &pending);
-    /// Finds out at a directory that was just listed whether STAT shows the same, or has shown.
-    void tryStat(const QString &dir, const Listing &ordinary);
-    /// Takes as many of the pending as STAT can tell at a time; hands back those it could not.
-    [[nodiscard]] std::vector<Pending> listByStat(std::vector<Pending> &pending);
-    /// Takes from the pending what STAT can be asked for at a time; others come to left.
-    [[nodiscard]] std::vector<Pending> askable(std::vector<Pending> &pending,
-                                               std::vector<Pending> &left);
-    /// Fewer than were asked for where they are large, none after an error.
-    [[nodiscard]] std::vector<std::optional<Listing>> askByStat(const std::vector<Pending> &asked);
-    /// A lost connection may be the server's answer to what STAT asks of it.
-    void noteStatError(const Error &error);
-    /// What to go on with below.
-    [[nodiscard]] std::vector<Pending> takeFromStat(const Pending &one, Listing listing);
-    /// Lists the largest of them in the ordinary way, too, if nothing as large has been compared;
-    /// below: what to go on with.
-    void proveSize(std::vector<Pending> &asked, std::vector<std::optional<Listing>> &shown,
-                   std::vector<Pending> &below);
-    /// Drops listings whose times cannot be told in UTC.
-    void proveClock(const std::vector<Pending> &asked, std::vector<std::optional<Listing>> &shown);
-    /// False when the server's clock cannot be relied on. entry: with its path for a raw name.
-    [[nodiscard]] bool sampleClock(const ListedEntry &entry);
     void mark(const QString &dir, const QString &why, bool refused);
     /// Forgets the rows and marks of every directory whose path begins with prefix.
     void dropPrefix(const QString &prefix);
@@ -237,10 +220,8 @@ private:
     int m_lostGroups = 0;                  ///< of the store, up to now
     QSet<QString> m_madeHere;              ///< directories that the running operation made
     int m_offsetSamples = 0;
-    StatTrust m_stat;
-    int m_statLosses = 0;
-    const Listing *m_toProve = nullptr; ///< what STAT showed of the directory that is listed now
-    Gathering *m_gathering = nullptr;   ///< the one in hand
+    std::unique_ptr<StatLister> m_stat;
+    Gathering *m_gathering = nullptr; ///< the one in hand
     std::function<void(int)> m_refreshReport;
 };
 

@@ -1,5 +1,6 @@
 // How the folders of an expanded node are looked into, many at a time.
 #include "ftp/DirectoryCacheGathering.h"
+#include "ftp/DirectoryCacheStat.h"
 #include "shared/FrontEnd.h"
 
 #include <algorithm>
@@ -74,9 +75,9 @@ DirectoryCache::caHasSubs(const QStringList &dirs, const std::function<void(qsiz
     misfits.clear();
     noticeSite();
     std::vector<std::optional<bool>> has(static_cast<size_t>(dirs.size()));
-    if (m_stat.trust() == StatTrust::Trust::No || !m_session.connected() || m_frontEnd.cancelled())
+    if (m_stat->trust() == StatTrust::Trust::No || !m_session.connected() || m_frontEnd.cancelled())
         return has;
-    const bool trusted = m_stat.trust() == StatTrust::Trust::Yes;
+    const bool trusted = m_stat->trust() == StatTrust::Trust::Yes;
     has.resize(std::min(has.size(), trusted ? directoriesAhead : enoughToTry));
     std::vector<Pending> pending; // the first uppermost
     for (size_t i = has.size(); i-- > 0;) {
@@ -90,7 +91,7 @@ DirectoryCache::caHasSubs(const QStringList &dirs, const std::function<void(qsiz
         return has;
     LookAhead ahead(*this, heard);
     if (trusted) {
-        (void)listByStat(pending);
+        (void)m_stat->list(pending);
     } else {
         const Pending first = std::move(pending.back());
         pending.pop_back();

@@ -4,6 +4,7 @@
 #include "db/Store.h"
 #include "ftp/DirectoryCache.h"
 #include "ftp/DirectoryCacheGathering.h"
+#include "ftp/DirectoryCacheStat.h"
 #include "ftp/ErrorLog.h"
 #include "ftp/ListingTime.h"
 #include "shared/Flags.h"
@@ -127,7 +128,7 @@ DirectoryCache::Loaded DirectoryCache::load(const QString &path, LoadMode mode,
     if (m_gathering != nullptr) {
         const bool heard = listing.has_value();
         if (heard)
-            tryStat(dir, *listing);
+            m_stat->tryAt(dir, *listing);
         for (const Folder &folder : m_gathering->take(dir, std::move(listing), why, refused))
             subFolders.append(folder.name);
         return heard ? Loaded::Yes : Loaded::No;

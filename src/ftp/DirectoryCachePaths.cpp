@@ -1,6 +1,7 @@
 // What a path means to the server: its normal form, and the bytes that address it.
 #include "db/Recordset.h"
 #include "db/Store.h"
+#include "ftp/DirectoryCacheStat.h"
 #include "ftp/DirectoryCacheWalk.h"
 #include "ftp/ErrorLog.h"
 #include "shared/RemotePath.h"
@@ -55,8 +56,7 @@ void DirectoryCache::noticeSite()
     m_connects = m_session.connects();
     forgetPaths();
     m_offsetSamples = 0;
-    m_stat = StatTrust();
-    m_statLosses = 0;
+    m_stat->forget();
     m_site.clear();
     if (!m_session.currentSite().isEmpty())
         Walk::dropUnfinished(*this);

@@ -1,4 +1,5 @@
 // How a whole subtree is listed anew.
+#include "ftp/DirectoryCacheStat.h"
 #include "ftp/DirectoryCacheWalk.h"
 #include "ftp/ErrorLog.h"
 #include "shared/Flags.h"
@@ -74,9 +75,9 @@ void DirectoryCache::caRefresh(const QString &path)
 void DirectoryCache::listSome(std::vector<Pending> &pending)
 {
     std::vector<Pending> oneByOne;
-    if (m_stat.trust() == StatTrust::Trust::Yes && m_session.connected() &&
+    if (m_stat->trust() == StatTrust::Trust::Yes && m_session.connected() &&
         !m_frontEnd.cancelled()) {
-        oneByOne = listByStat(pending);
+        oneByOne = m_stat->list(pending);
         m_frontEnd.yield();
     } else {
         oneByOne.push_back(std::move(pending.back()));

@@ -1,4 +1,5 @@
-// How a refresh lists many directories at a time.
+#include "ftp/DirectoryCacheStat.h"
+
 #include "ftp/DirectoryCacheGathering.h"
 #include "ftp/ErrorLog.h"
 #include "ftp/ListingTime.h"
@@ -34,14 +35,20 @@ void putOnTop(std::vector<Pending> &pending, std::vector<Pending> &&more)
 }
 } // namespace
 
-void DirectoryCache::tryStat(const QString &dir, const Listing &ordinary)
+void DirectoryCache::StatLister::forget()
+{
+    m_trust = StatTrust();
+    m_losses = 0;
+}
+
+void DirectoryCache::StatLister::tryAt(const QString &dir, const Listing &ordinary)
 {
     if (m_toProve != nullptr) {
-        m_stat.compare(ordinary, *m_toProve);
+        m_trust.compare(ordinary, *m_toProve);
         return;
     }
-    const QByteArray path = rawPath(dir);
-    if (m_stat.trust() != StatTrust::Trust::Unknown || ordinary.entries.empty() ||
+    const QByteArray path = m_cache.rawPath(dir);
+    if (m_trust.trust() != StatTrust::Trust::Unknown || ordinary.entries.empty() ||
         ordinary.entries.size() > mostCompared || !FtpClient::mayBeAskedByStat(path))
         return;
     // The server stands in dir: one that takes no path, or makes do with another, would show it
@@ -51,46 +58,46 @@ void DirectoryCache::tryStat(const QString &dir, const Listing &ordinary)
         m_session.client().askStatForAll(all);
         const auto asked = m_session.client().listByStat({path, withSlash(path) + notThere}, shown);
         if (!asked) {
-            noteStatError(asked.error());
+            noteError(asked.error());
             return;
         }
         if (shown.front() || !m_session.client().knowsStat())
             break;
     }
-    m_stat.compare(ordinary, shown.front());
+    m_trust.compare(ordinary, shown.front());
     if (!m_session.client().knowsStat() || shown.back())
-        m_stat.giveUp();
-    if (m_stat.trust() == StatTrust::Trust::Yes)
+        m_trust.giveUp();
+    if (m_trust.trust() == StatTrust::Trust::Yes)
         m_session.eventLog().note(QStringLiteral("STAT shows what a listing shows: used from now"));
 }
 
-std::vector<DirectoryCache::Pending> DirectoryCache::listByStat(std::vector<Pending> &pending)
+std::vector<DirectoryCache::Pending> DirectoryCache::StatLister::list(std::vector<Pending> &pending)
 {
     std::vector<Pending> left;
     std::vector<Pending> asked = askable(pending, left);
     if (asked.empty())
         return left;
-    auto shown = askByStat(asked);
-    if (shown.empty() && !m_frontEnd.cancelled())
+    auto shown = ask(asked);
+    if (shown.empty() && !m_cache.m_frontEnd.cancelled())
         shown.resize(1); // listed in the ordinary way, it brings the connection back
     std::vector<Pending> below;
     proveSize(asked, shown, below);
     const bool mlsd = m_session.client().listsByMlsd();
     for (auto &listing : shown) {
         if (listing)
-            listing = m_stat.asOrdinary(*std::move(listing), mlsd);
+            listing = m_trust.asOrdinary(*std::move(listing), mlsd);
     }
     proveClock(asked, shown);
     const bool useless = std::none_of(shown.begin(), shown.end(),
                                       [](const auto &listing) { return listing.has_value(); });
     if (useless && shown.size() >= enoughToTell)
-        m_stat.giveUp();
+        m_trust.giveUp();
     for (size_t i = 0; i < shown.size(); ++i) {
         if (!shown[i]) {
             left.push_back(std::move(asked[i]));
             continue;
         }
-        auto folders = takeFromStat(asked[i], *std::move(shown[i]));
+        auto folders = takeIn(asked[i], *std::move(shown[i]));
         std::move(folders.begin(), folders.end(), std::back_inserter(below));
     }
     asked.erase(asked.begin(), asked.begin() + static_cast<std::ptrdiff_t>(shown.size()));
@@ -99,77 +106,78 @@ std::vector<DirectoryCache::Pending> DirectoryCache::listByStat(std::vector<Pend
     return left;
 }
 
-std::vector<DirectoryCache::Pending> DirectoryCache::askable(std::vector<Pending> &pending,
-                                                             std::vector<Pending> &left)
+std::vector<DirectoryCache::Pending>
+DirectoryCache::StatLister::askable(std::vector<Pending> &pending, std::vector<Pending> &left)
 {
     std::vector<Pending> asked;
     while (!pending.empty() && asked.size() + left.size() < directoriesAtATime) {
         Pending next = std::move(pending.back());
         pending.pop_back();
         if (next.raw.isEmpty())
-            next.raw = rawPath(next.dir);
-        const bool plain = FtpClient::mayBeAskedByStat(next.raw) && !refusesPath(next.dir);
+            next.raw = m_cache.rawPath(next.dir);
+        const bool plain = FtpClient::mayBeAskedByStat(next.raw) && !m_cache.refusesPath(next.dir);
         (plain ? asked : left).push_back(std::move(next));
     }
     return asked;
 }
 
-std::vector<std::optional<Listing>> DirectoryCache::askByStat(const std::vector<Pending> &asked)
+std::vector<std::optional<Listing>>
+DirectoryCache::StatLister::ask(const std::vector<Pending> &asked)
 {
     QList<QByteArray> paths;
     for (const Pending &one : asked)
         paths.append(one.raw);
     std::vector<std::optional<Listing>> shown;
-    const auto heard = [&] { m_gathering->heard(static_cast<qsizetype>(shown.size())); };
+    const auto heard = [&] { m_cache.m_gathering->heard(static_cast<qsizetype>(shown.size())); };
     if (auto all = m_session.client().listByStat(paths, shown, heard); !all)
-        noteStatError(all.error());
+        noteError(all.error());
     return shown;
 }
 
-void DirectoryCache::proveSize(std::vector<Pending> &asked,
-                               std::vector<std::optional<Listing>> &shown,
-                               std::vector<Pending> &below)
+void DirectoryCache::StatLister::proveSize(std::vector<Pending> &asked,
+                                           std::vector<std::optional<Listing>> &shown,
+                                           std::vector<Pending> &below)
 {
     const bool mlsd = m_session.client().listsByMlsd();
-    size_t most = m_stat.proven();
+    size_t most = m_trust.proven();
     auto largest = shown.end();
     for (auto listing = shown.begin(); listing != shown.end(); ++listing) {
         if (!*listing || (*listing)->entries.size() <= most ||
-            !m_stat.canBeOrdinary(**listing, mlsd))
+            !m_trust.canBeOrdinary(**listing, mlsd))
             continue;
         most = (*listing)->entries.size();
         largest = listing;
     }
-    if (largest == shown.end() || m_frontEnd.cancelled())
+    if (largest == shown.end() || m_cache.m_frontEnd.cancelled())
         return;
     const Pending one = asked.at(static_cast<size_t>(largest - shown.begin()));
     asked.erase(asked.begin() + (largest - shown.begin()));
     const Listing byStat = **largest;
     shown.erase(largest);
     const QScopedValueRollback<const Listing *> proving(m_toProve, &byStat);
-    listOne(one, below);
+    m_cache.listOne(one, below);
     std::reverse(below.begin(), below.end()); // it is in the order of a stack
-    if (m_stat.trust() == StatTrust::Trust::No)
+    if (m_trust.trust() == StatTrust::Trust::No)
         std::fill(shown.begin(), shown.end(), std::nullopt);
 }
 
-std::vector<DirectoryCache::Pending> DirectoryCache::takeFromStat(const Pending &one,
-                                                                  Listing listing)
+std::vector<DirectoryCache::Pending> DirectoryCache::StatLister::takeIn(const Pending &one,
+                                                                        Listing listing)
 {
-    if (!m_gathering->mayList(one))
+    if (!m_cache.m_gathering->mayList(one))
         return {};
-    m_gathering->tell(one.dir);
+    m_cache.m_gathering->tell(one.dir);
     const QByteArray below = withSlash(one.raw);
-    learnOffset(one.dir, below, listing);
+    m_cache.learnOffset(one.dir, below, listing);
     std::vector<Pending> folders;
-    for (const Folder &folder : m_gathering->take(one.dir, std::move(listing), {}, false))
+    for (const Folder &folder : m_cache.m_gathering->take(one.dir, std::move(listing), {}, false))
         folders.push_back(
             {remoteChild(one.dir, folder.name), below + folder.rawName, one.depth + 1});
     return folders;
 }
 
-void DirectoryCache::proveClock(const std::vector<Pending> &asked,
-                                std::vector<std::optional<Listing>> &shown)
+void DirectoryCache::StatLister::proveClock(const std::vector<Pending> &asked,
+                                            std::vector<std::optional<Listing>> &shown)
 {
     if (!m_session.client().listsByMlsd())
         return;
@@ -178,7 +186,7 @@ void DirectoryCache::proveClock(const std::vector<Pending> &asked,
         if (!shown[i])
             continue;
         for (const ListedEntry &entry : shown[i]->entries) {
-            if (m_stat.covers(entry.time))
+            if (m_trust.covers(entry.time))
                 continue;
             unknown.push_back(entry);
             unknown.back().rawName = withSlash(asked[i].raw) + entry.rawName;
@@ -192,15 +200,15 @@ void DirectoryCache::proveClock(const std::vector<Pending> &asked,
         const bool covered =
             listing &&
             std::all_of(listing->entries.begin(), listing->entries.end(),
-                        [this](const ListedEntry &entry) { return m_stat.covers(entry.time); });
+                        [this](const ListedEntry &entry) { return m_trust.covers(entry.time); });
         if (!covered)
             listing.reset();
     }
 }
 
-bool DirectoryCache::sampleClock(const ListedEntry &entry)
+bool DirectoryCache::StatLister::sampleClock(const ListedEntry &entry)
 {
-    if (m_stat.covers(entry.time))
+    if (m_trust.covers(entry.time))
         return true;
     FtpClient &client = m_session.client();
     const auto utc = entry.kind == ListedEntry::Kind::Folder
@@ -210,21 +218,21 @@ bool DirectoryCache::sampleClock(const ListedEntry &entry)
     if (!m_session.listOffset)
         m_session.listOffset = offset;
     if (offset && offset == m_session.listOffset) {
-        m_stat.addSample(entry.time);
+        m_trust.addSample(entry.time);
         return true;
     }
     if (utc || utc.error().kind == ErrorClass::Refused || utc.error().kind == ErrorClass::Retry)
-        m_stat.giveUp();
+        m_trust.giveUp();
     else
-        noteStatError(utc.error());
+        noteError(utc.error());
     return false;
 }
 
-void DirectoryCache::noteStatError(const Error &error)
+void DirectoryCache::StatLister::noteError(const Error &error)
 {
     m_session.eventLog().note(QStringLiteral("STAT: ") + error.words);
-    if (error.kind == ErrorClass::Lost && ++m_statLosses >= mostLosses)
-        m_stat.giveUp();
+    if (error.kind == ErrorClass::Lost && ++m_losses >= mostLosses)
+        m_trust.giveUp();
 }
 
 } // namespace venlo
