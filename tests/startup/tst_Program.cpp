@@ -18,7 +18,7 @@
 #include "startup/Program.h"
 #include "startup/RunLock.h"
 #include "support/ScriptedPerson.h"
-#include "sync/PatternHost.h"
+#include "sync/StandInHost.h"
 #include "sync/WindowHost.h"
 
 namespace venlo::test
@@ -26,21 +26,6 @@ namespace venlo::test
 
 namespace
 {
-/// Where a command's work would begin.
-class StandIn : public PatternHost
-{
-public:
-    explicit StandIn(std::function<void()> action) : m_action(std::move(action)) {}
-    [[nodiscard]] ShownPattern SyncPtn(const QString & /*sSync*/) override
-    {
-        m_action();
-        return {};
-    }
-
-private:
-    std::function<void()> m_action;
-};
-
 class NoWindow : public WindowHost
 {
 public:
@@ -106,7 +91,7 @@ void tst_Program::init()
 
 int tst_Program::run(const QString &line, std::function<void()> action)
 {
-    StandIn host(std::move(action));
+    StandInHost host(std::move(action));
     m_program =
         std::make_unique<Program>(Program::Faces{*m_person, nullptr, m_person.get(),
                                                  [&host](const MainRooms &, const LaunchLayout &) {

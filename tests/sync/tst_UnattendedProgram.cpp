@@ -10,28 +10,10 @@
 #include "startup/CommandLine.h"
 #include "startup/Program.h"
 #include "support/ScriptedPerson.h"
-#include "sync/PatternHost.h"
+#include "sync/StandInHost.h"
 
 using namespace venlo;
 using namespace venlo::test;
-
-namespace
-{
-/// Where a command's work would begin.
-class StandIn : public PatternHost
-{
-public:
-    explicit StandIn(std::function<void()> action) : m_action(std::move(action)) {}
-    [[nodiscard]] ShownPattern SyncPtn(const QString & /*sSync*/) override
-    {
-        m_action();
-        return {};
-    }
-
-private:
-    std::function<void()> m_action;
-};
-} // namespace
 
 /// How a whole command line run begins and ends around its work.
 class tst_UnattendedProgram : public QObject
@@ -63,7 +45,7 @@ void tst_UnattendedProgram::init()
 
 int tst_UnattendedProgram::run(const QString &line, std::function<void()> action)
 {
-    StandIn host(std::move(action));
+    StandInHost host(std::move(action));
     Program program(
         {*m_person, nullptr, m_person.get(),
          [&host](const MainRooms &, const LaunchLayout &) { return Program::MainWindow{&host}; }},
