@@ -1,5 +1,6 @@
 // How the local pane is put together.
 #include <algorithm>
+#include <cmath>
 
 #include <QComboBox>
 #include <QDir>
@@ -208,9 +209,10 @@ void uFile::Parts::setColumnWidths(const QString &texts)
     const int narrowest = listView->header()->minimumSectionSize();
     for (int column = 0; column < count; ++column) {
         bool number = false;
-        const int width = parts.at(column).trimmed().toInt(&number);
-        if (number)
-            listView->setColumnWidth(column, std::clamp(width, narrowest, widest));
+        const double width = parts.at(column).trimmed().toDouble(&number);
+        if (number && !std::isnan(width))
+            listView->setColumnWidth(
+                column, static_cast<int>(std::clamp<double>(width, narrowest, widest)));
     }
 }
 

@@ -111,10 +111,10 @@ void MainTransfers::synchronise(bool down)
         {m_panes.file->NodePath(), m_panes.ftp->FsFllPh(), down, QString(), false});
     m_rooms.desk.setMessageLine({});
     forgetDeleted();
+    if (report.result == 1 && m_rooms.session.connected())
+        m_panes.ftp->ReFresh(); // the comparison has listed the server anew, in both directions
     if (down)
         m_panes.file->ReFresh();
-    else if (report.result == 1 && m_rooms.session.connected())
-        m_panes.ftp->ReFresh();
 }
 
 } // namespace venlo

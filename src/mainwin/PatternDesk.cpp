@@ -64,15 +64,16 @@ ShownPattern PatternDesk::SyncPtn(const QString &sSync)
         m_rooms.desk.message(checkRegistration());
         return shown;
     }
+    // A missing folder is said there; the pattern is none the less the one that is worked on.
+    (void)m_panes.file->SetSync(shown.localFolder);
+    m_panes.ftp->lookAtSession();
+    // Without its site nothing stays connected: the folder shown now is no other server's.
+    (void)m_panes.ftp->SetSync(shown.site, shown.remoteFolder);
     if (!siteExists(shown.site)) {
         m_rooms.desk.warn(shown.site + QStringLiteral("からは接続先の登録情報が取得できません"));
         shown.state = ShownPattern::State::NoSuchSite;
         return shown;
     }
-    // A missing folder is said there; the pattern is none the less the one that is worked on.
-    (void)m_panes.file->SetSync(shown.localFolder);
-    m_panes.ftp->lookAtSession();
-    (void)m_panes.ftp->SetSync(shown.site, shown.remoteFolder);
     shown.state =
         m_rooms.session.connected() ? ShownPattern::State::Shown : ShownPattern::State::Failed;
     return shown;

@@ -13,6 +13,19 @@
 namespace venlo::test
 {
 
+namespace
+{
+/// What a list shows in its first column, sorted.
+QStringList namesIn(const QAbstractItemView *list)
+{
+    QStringList names;
+    for (int row = 0; row < list->model()->rowCount(); ++row)
+        names += list->model()->index(row, 0).data().toString();
+    names.sort();
+    return names;
+}
+} // namespace
+
 /// What passes between the panes: confirmations, drops, synchronisations.
 class tst_MainTransfers : public QObject
 {
@@ -32,6 +45,7 @@ private Q_SLOTS:
     void synchronisingUnconnected();
     void synchronisesUp();
     void synchronisesDown();
+    void synchronisesDownForReal();
     void nothingRunsBesideAnOperation();
 
 private:
@@ -182,12 +196,8 @@ void tst_MainTransfers::synchronisesUp()
     QVERIFY(!m_server->exists("/pub/r.txt"));
     QVERIFY(!m_server->exists("/pub/deep"));
     // The pane shows what the server has now, without another listing.
-    const auto *list = ftp().findChild<QAbstractItemView *>(QStringLiteral("LsView"))->model();
-    QStringList names;
-    for (int row = 0; row < list->rowCount(); ++row)
-        names += list->index(row, 0).data().toString();
-    names.sort();
-    QCOMPARE(names, (QStringList{QStringLiteral("l.txt"), QStringLiteral("sub")}));
+    QCOMPARE(namesIn(ftp().findChild<QAbstractItemView *>(QStringLiteral("LsView"))),
+             (QStringList{QStringLiteral("l.txt"), QStringLiteral("sub")}));
 }
 
 void tst_MainTransfers::synchronisesDown()
@@ -199,6 +209,21 @@ void tst_MainTransfers::synchronisesDown()
                                    false);
     Q_EMIT ftp().eAct(QStringLiteral("同期"));
     QVERIFY(QFile::exists(at(QStringLiteral("l.txt"))));
+}
+
+/// Both panes show what the synchronisation has seen and done.
+void tst_MainTransfers::synchronisesDownForReal()
+{
+    start();
+    m_server->put("/pub/new.txt", "came later");
+    m_world->flags.batch = true;
+    Q_EMIT ftp().eAct(QStringLiteral("同期"));
+    QVERIFY(!QFile::exists(at(QStringLiteral("l.txt"))));
+    QVERIFY(QFile::exists(at(QStringLiteral("new.txt"))));
+    const QStringList both{QStringLiteral("deep"), QStringLiteral("new.txt"),
+                           QStringLiteral("r.txt")};
+    QCOMPARE(namesIn(ftp().findChild<QAbstractItemView *>(QStringLiteral("LsView"))), both);
+    QCOMPARE(namesIn(file().findChild<QAbstractItemView *>(QStringLiteral("LsView"))), both);
 }
 
 void tst_MainTransfers::nothingRunsBesideAnOperation()

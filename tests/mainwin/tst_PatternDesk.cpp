@@ -26,6 +26,7 @@ private Q_SLOTS:
     void unknownPattern();
     void patternWithoutASite();
     void siteThatIsNotRegistered();
+    void noOtherSiteStaysConnected();
     void showsBothSides();
     void missingFoldersAreSaid();
     void unattendedOnlyConnects();
@@ -124,6 +125,22 @@ void tst_PatternDesk::siteThatIsNotRegistered()
     QCOMPARE(m_world->window->SyncPtn(QStringLiteral("p")).state, ShownPattern::State::NoSuchSite);
     QVERIFY(m_world->warned(QStringLiteral("siteからは接続先の登録情報が取得できません")));
     QVERIFY(!ftp().cOn());
+    QCOMPARE(file().NodePath(), QDir::toNativeSeparators(m_world->local()));
+}
+
+/// What is shown on the left must never face another pattern's server.
+void tst_PatternDesk::noOtherSiteStaysConnected()
+{
+    start();
+    m_world->registerPattern(QStringLiteral("p"), QStringLiteral("/pub"));
+    m_world->database.run(QStringLiteral("Update msSync Set sName='gone' Where sSync='p'"));
+    file().cOn(QDir::tempPath());
+    QVERIFY(ftp().cOn());
+    QCOMPARE(m_world->window->SyncPtn(QStringLiteral("p")).state, ShownPattern::State::NoSuchSite);
+    QVERIFY(m_world->warned(QStringLiteral("goneからは接続先の登録情報が取得できません")));
+    QCOMPARE(file().NodePath(), QDir::toNativeSeparators(m_world->local()));
+    QVERIFY(!ftp().cOn());
+    QVERIFY(!m_world->session.connected());
 }
 
 void tst_PatternDesk::showsBothSides()
@@ -185,6 +202,8 @@ void tst_PatternDesk::knownPairIsSaid()
 {
     start();
     m_world->registerPattern(QStringLiteral("known"), QStringLiteral("/pub"));
+    m_world->database.run(QStringLiteral("Update msSync Set sLph='?'"), // as the pane says it
+                          {QDir::toNativeSeparators(m_world->local())});
     Q_EMIT ftp().eAct(QStringLiteral("登録"));
     QCOMPARE(m_world->person.messages().last(), QStringLiteral("knownで登録されています"));
     QCOMPARE(patterns().size(), 1);
