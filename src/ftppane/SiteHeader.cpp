@@ -10,6 +10,8 @@
 #include <QStyle>
 #include <QTimer>
 
+#include "shared/PlainToolTip.h"
+
 namespace venlo
 {
 
@@ -118,7 +120,7 @@ QString SiteHeader::site() const
 void SiteHeader::setCaption(const QString &text)
 {
     m_caption->setText(text);
-    m_caption->setToolTip(text.toHtmlEscaped());
+    setPlainToolTip(*m_caption, text);
 }
 
 void SiteHeader::setSecurity(const QString &protocol)

@@ -8,6 +8,8 @@
 #include <QScreen>
 #include <QVBoxLayout>
 
+#include "shared/PlainToolTip.h"
+
 namespace venlo
 {
 
@@ -125,11 +127,11 @@ void sfOwt::showTexts(const OverwriteQuestion &question)
                                             changed + question.newDate};
     for (int i = 0; i < labels; ++i)
         lbMsg(i)->setText(texts.at(static_cast<size_t>(i)));
-    lbMsg(0)->setToolTip(QString());
+    setPlainToolTip(*lbMsg(0), QString());
     // A name without a place to break at would push the window off the screen.
     const int widest = widestInCharacters * fontMetrics().averageCharWidth();
     if (lbMsg(0)->minimumSizeHint().width() > widest) {
-        lbMsg(0)->setToolTip(question.fileName.toHtmlEscaped());
+        setPlainToolTip(*lbMsg(0), question.fileName);
         lbMsg(0)->setText(
             exists(fontMetrics().elidedText(question.fileName, Qt::ElideMiddle, widest * 3 / 4)));
     }

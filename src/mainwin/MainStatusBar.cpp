@@ -8,6 +8,7 @@
 #include <QResizeEvent>
 
 #include "shared/OperationGate.h"
+#include "shared/PlainToolTip.h"
 
 namespace venlo
 {
@@ -87,7 +88,7 @@ void MainStatusBar::showElided()
 {
     m_textLater.stop();
     m_sinceText.start();
-    m_label->setToolTip(m_text);
+    setPlainToolTip(*m_label, m_text);
     m_label->setText(m_label->fontMetrics().elidedText(
         m_text, Qt::ElideMiddle, std::max(m_label->width(), m_label->minimumWidth())));
 }
@@ -109,7 +110,7 @@ void MainStatusBar::showProgress(const TransferProgress &progress)
             std::clamp(double(progress.done) / double(progress.total), 0.0, 1.0) * barSteps));
     // Without a known size the bar only shows that something moves.
     m_bar->setMaximum(progress.total > 0 ? barSteps : 0);
-    m_bar->setToolTip(progress.name);
+    setPlainToolTip(*m_bar, progress.name);
     m_bar->setVisible(true);
 }
 

@@ -1,5 +1,6 @@
 #include "mainwin/StatusList.h"
 
+#include "shared/PlainToolTip.h"
 #include "shared/StatusTail.h"
 
 namespace venlo
@@ -20,7 +21,7 @@ void StatusList::addLines(const QStringList &lines)
         clear();
     for (const QString &line : lines.mid(tail.first)) {
         auto *shown = new QListWidgetItem(line);
-        shown->setToolTip(line);
+        shown->setToolTip(plainToolTip(line));
         addItem(shown);
     }
     setCurrentRow(count() - 1);

@@ -4,6 +4,7 @@
 #include <QTest>
 
 #include "gui/ReviewFixture.h"
+#include "support/ShownToolTip.h"
 #include "sync/windows/SyncReviewModel.h"
 
 namespace venlo::test
@@ -18,6 +19,7 @@ private Q_SLOTS:
     void keepsTheModelRules();
     void cells_data();
     void cells();
+    void toolTipsShowPathsAsTheyAre();
     void headings();
     void ticks();
     void coveredRowsFollow();
@@ -104,6 +106,14 @@ void tst_SyncReviewModel::cells()
     QFETCH(int, column);
     QFETCH(QString, text);
     QCOMPARE(cell(path, column).data().toString(), text);
+}
+
+void tst_SyncReviewModel::toolTipsShowPathsAsTheyAre()
+{
+    const int row = m_model->reviewRow(0);
+    QVERIFY(shownToolTip(m_model->index(0, NameColumn).data(Qt::ToolTipRole).toString())
+                .endsWith(QStringLiteral("ﾏｲｺﾝﾋﾟｭｰﾀｰ: ") + m_review->localPath(row) +
+                          QStringLiteral("\nFTP: ") + m_review->remotePath(row)));
 }
 
 void tst_SyncReviewModel::headings()

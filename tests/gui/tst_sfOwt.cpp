@@ -4,6 +4,7 @@
 
 #include "gui/WindowDriver.h"
 #include "localpane/sfOwt.h"
+#include "support/ShownToolTip.h"
 
 namespace venlo::test
 {
@@ -14,6 +15,7 @@ class tst_sfOwt : public QObject
 
 private Q_SLOTS:
     void labels();
+    void longNameIsInTheToolTip();
     void answers_data();
     void answers();
     void keys_data();
@@ -58,6 +60,20 @@ void tst_sfOwt::labels()
                           QStringLiteral("更新日時 24/05/01 10:00:00"),
                           QStringLiteral("に次の新しいﾌｧｲﾙを上書きしますか ?"),
                           QStringLiteral("13KB"), QStringLiteral("更新日時 24/05/02 11:00:00")}));
+}
+
+void tst_sfOwt::longNameIsInTheToolTip()
+{
+    OverwriteQuestion asked = question();
+    asked.fileName = QStringLiteral("R&D<b>") + QString(300, u'x') + QStringLiteral(".html");
+    QString toolTip;
+    sfOwt window;
+    whenShown(QStringLiteral("sfOwt"), [&](QWidget &shown) {
+        toolTip = shown.findChild<QLabel *>(QStringLiteral("lbMsg0"))->toolTip();
+        shown.close();
+    });
+    (void)window.cMsg(asked);
+    QCOMPARE(shownToolTip(toolTip), asked.fileName);
 }
 
 void tst_sfOwt::answers_data()

@@ -2,9 +2,11 @@
 
 #include <QApplication>
 #include <QElapsedTimer>
+#include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
 #include <QMenuBar>
+#include <QProgressBar>
 #include <QScreen>
 #include <QSignalSpy>
 #include <QSplitter>
@@ -20,6 +22,7 @@
 #include "mainwin/StatusList.h"
 #include "mainwin/popup/pfFtp.h"
 #include "support/ScriptedServer.h"
+#include "support/ShownToolTip.h"
 
 namespace venlo::test
 {
@@ -43,6 +46,7 @@ private Q_SLOTS:
     void messageLineJoinsLines();
     void messageLineEndsWithTheOperation();
     void statusListIsClearedBeyondFifty();
+    void toolTipsShowNamesAsTheyAre();
     void menuDisconnectsFirst_data();
     void menuDisconnectsFirst();
     void disconnectingIsATurnOfItsOwn();
@@ -225,6 +229,21 @@ void tst_ffMain::statusListIsClearedBeyondFifty()
     m_world->person.addStatus(QStringLiteral("next"));
     QCOMPARE(list->count(), 1);
     QCOMPARE(list->item(0)->text(), QStringLiteral("next"));
+}
+
+void tst_ffMain::toolTipsShowNamesAsTheyAre()
+{
+    const QString name = QStringLiteral("<img src=\"a\"> R&D > &amp;");
+    const ffMain &window = m_world->open();
+    m_world->person.addStatus(name);
+    QCOMPARE(shownToolTip(window.findChild<StatusList *>()->item(0)->toolTip()), name);
+    m_world->person.setMessageLine(name);
+    const auto *line = window.findChild<QLabel *>(QStringLiteral("stText"));
+    QTRY_COMPARE(shownToolTip(line->toolTip()), name);
+    QCOMPARE(line->accessibleDescription(), name);
+    m_world->person.progress({name, 1, 2});
+    const auto *bar = window.findChild<QProgressBar *>(QStringLiteral("stProgress"));
+    QCOMPARE(shownToolTip(bar->toolTip()), name);
 }
 
 void tst_ffMain::menuDisconnectsFirst_data()

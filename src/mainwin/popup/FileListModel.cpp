@@ -4,6 +4,7 @@
 #include <numeric>
 
 #include "db/DisplayFormat.h"
+#include "shared/PlainToolTip.h"
 
 namespace venlo
 {
@@ -65,7 +66,7 @@ QVariant FileListModel::data(const QModelIndex &index, int role) const
         return {};
     if (role == Qt::DisplayRole || role == Qt::ToolTipRole) {
         const QString cell = text(file(index.row()), index.column());
-        return role == Qt::DisplayRole ? cell : cell.toHtmlEscaped();
+        return role == Qt::DisplayRole ? cell : plainToolTip(cell);
     }
     if (role == Qt::TextAlignmentRole && index.column() == Size)
         return QVariant::fromValue(Qt::AlignRight | Qt::AlignVCenter);

@@ -7,6 +7,7 @@
 #include <QProgressBar>
 
 #include "db/DisplayFormat.h"
+#include "shared/PlainToolTip.h"
 
 namespace venlo
 {
@@ -143,7 +144,7 @@ void TransferGauge::drawFile()
     const int room = width() - m_fileLine.pace->sizeHint().width() -
                      metrics.horizontalAdvance(bytes) - metrics.averageCharWidth() * 2;
     m_fileLine.what->setText(metrics.elidedText(m_progress.name, Qt::ElideMiddle, room) + bytes);
-    m_fileLine.what->setToolTip(m_progress.name.toHtmlEscaped());
+    setPlainToolTip(*m_fileLine.what, m_progress.name);
     setBar(*m_fileLine.bar, m_inFile ? m_file.permille() : 0, knowsEnd, m_inFile);
 }
 

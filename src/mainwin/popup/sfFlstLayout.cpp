@@ -12,6 +12,7 @@
 #include "mainwin/popup/EnterPresses.h"
 #include "mainwin/popup/FileListModel.h"
 #include "mainwin/popup/sfFlstParts.h"
+#include "shared/PlainToolTip.h"
 
 namespace venlo
 {
@@ -136,7 +137,7 @@ void sfFlst::showPath()
 {
     QLabel &label = *m_parts->shown;
     label.setText(label.fontMetrics().elidedText(m_parts->path, Qt::ElideMiddle, label.width()));
-    label.setToolTip(m_parts->path.toHtmlEscaped());
+    setPlainToolTip(label, m_parts->path);
 }
 
 void sfFlst::resizeEvent(QResizeEvent *event)

@@ -5,13 +5,13 @@
 #include <QLabel>
 #include <QListWidget>
 #include <QPushButton>
-#include <QRegularExpression>
 #include <QScreen>
 #include <QTimer>
 #include <QVBoxLayout>
 
 #include "mainwin/popup/EnterPresses.h"
 #include "mainwin/popup/TransferGauge.h"
+#include "shared/PlainToolTip.h"
 #include "shared/StatusTail.h"
 
 namespace venlo
@@ -24,16 +24,12 @@ constexpr int designedWidth = 560;
 constexpr int designedHeight = 340;
 constexpr int longestTitle = 400; // characters
 
-/// A text that a label can wrap however long its words are: a path may be one word, and a label
-/// makes its window as wide as its longest word.
+/// A text that a label can wrap without growing.
 QString wrappable(const QString &text)
 {
-    static const QRegularExpression longWord(QStringLiteral("(\\S{40})(?=\\S)"));
     constexpr int half = longestTitle / 2;
-    QString title = text;
-    if (text.size() > longestTitle)
-        title = text.left(half) + QChar(u'…') + text.right(half);
-    return title.replace(longWord, QStringLiteral("\\1\u200b"));
+    return breakable(text.size() > longestTitle ? text.left(half) + QChar(u'…') + text.right(half)
+                                                : text);
 }
 } // namespace
 
@@ -127,7 +123,7 @@ void sfMsg::cOff()
 void sfMsg::setTitleLine(const QString &text)
 {
     m_parts->title->setText(wrappable(text));
-    m_parts->title->setToolTip(text.toHtmlEscaped());
+    setPlainToolTip(*m_parts->title, text);
 }
 
 void sfMsg::setTotal(qint64 bytes)
@@ -142,7 +138,7 @@ void sfMsg::addLines(const QStringList &lines)
         m_list->clear();
     for (const QString &line : lines.mid(tail.first)) {
         auto *shown = new QListWidgetItem(line);
-        shown->setToolTip(line.toHtmlEscaped());
+        shown->setToolTip(plainToolTip(line));
         m_list->addItem(shown);
     }
     m_list->setCurrentRow(m_list->count() - 1);

@@ -5,6 +5,7 @@
 #include <QProgressBar>
 
 #include "db/DisplayFormat.h"
+#include "shared/PlainToolTip.h"
 #include "sync/SyncReview.h"
 
 namespace venlo
@@ -120,7 +121,7 @@ void ReviewProgress::show(bool atOnce)
     m_shownAt = now;
     m_bar->setValue(m_meter.permille());
     m_fileLabel->setText(fileText());
-    m_fileLabel->setToolTip(m_file.name.toHtmlEscaped());
+    setPlainToolTip(*m_fileLabel, m_file.name);
     m_paceLabel->setText(paceText());
 }
 

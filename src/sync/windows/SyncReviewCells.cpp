@@ -1,5 +1,6 @@
 // What the cells and headings of the review show.
 #include "db/DisplayFormat.h"
+#include "shared/PlainToolTip.h"
 #include "sync/SyncReview.h"
 #include "sync/windows/SyncReviewModel.h"
 
@@ -96,11 +97,7 @@ QString SyncReviewModel::toolTip(int reviewRow) const
     const QString why = m_review.row(reviewRow).why;
     const QString paths = QStringLiteral("ﾏｲｺﾝﾋﾟｭｰﾀｰ: ") + m_review.localPath(reviewRow) +
                           QStringLiteral("\nFTP: ") + m_review.remotePath(reviewRow);
-    const QString text = why.isEmpty() ? paths : why + QLatin1Char('\n') + paths;
-    // Marked as rich text, for a name may look like it.
-    return QStringLiteral("<qt>") +
-           text.toHtmlEscaped().replace(QLatin1Char('\n'), QLatin1String("<br>")) +
-           QStringLiteral("</qt>");
+    return plainToolTip(why.isEmpty() ? paths : why + QLatin1Char('\n') + paths);
 }
 
 QString SyncReviewModel::accessibleText(int reviewRow, int column) const
