@@ -12,9 +12,15 @@ namespace venlo
 /// anything else reads text from outside.
 void useSystemEncoding();
 
+/// Where an unattended run says what it does. They stay open to its end.
+struct ConsoleStreams {
+    std::FILE *results = stdout;
+    std::FILE *messages = stderr;
+};
+
 /// Joins the console of whoever started the program, so that an unattended run says there what it
 /// does: on Windows a program with windows comes without one. What was redirected stays so.
-void joinConsole();
+[[nodiscard]] ConsoleStreams joinConsole();
 
 /// A line in the encoding of whoever reads the stream: a console's own on Windows, otherwise the
 /// system's.

@@ -10,7 +10,10 @@ void useSystemEncoding()
     std::setlocale(LC_CTYPE, "");
 }
 
-void joinConsole() {}
+ConsoleStreams joinConsole()
+{
+    return {};
+}
 
 QByteArray consoleText(std::FILE * /*stream*/, const QString &line)
 {

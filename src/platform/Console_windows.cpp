@@ -16,6 +16,20 @@ bool leadsSomewhere(DWORD stream)
            GetFileType(handle) != FILE_TYPE_UNKNOWN;
 }
 
+/// A stream to the console that was joined. The standard ones are not opened anew: not every C
+/// library does that with one that was never open.
+std::FILE *consoleStream(std::FILE *otherwise)
+{
+    // Without the right to read, a console does not even tell that it is one. Binary: its code page
+    // is the line's already, and a line feed alone begins a new line there.
+    std::FILE *stream = std::fopen("CONOUT$", "w+b");
+    if (stream == nullptr)
+        return otherwise;
+    // A line goes there as a whole: the bytes of one character in two pieces are none.
+    (void)std::setvbuf(stream, nullptr, _IOFBF, BUFSIZ);
+    return stream;
+}
+
 bool isConsole(std::FILE *stream)
 {
     DWORD mode = 0;
@@ -30,18 +44,19 @@ void useSystemEncoding()
     // The C library keeps its own: it would convert once more what a console gets in its code page.
 }
 
-void joinConsole()
+ConsoleStreams joinConsole()
 {
+    ConsoleStreams streams;
     const bool results = leadsSomewhere(STD_OUTPUT_HANDLE);
     const bool messages = leadsSomewhere(STD_ERROR_HANDLE);
     // Joined for one of them or for Ctrl+C alone; started from no console there is none to join.
     if (AttachConsole(ATTACH_PARENT_PROCESS) == FALSE)
-        return;
-    // Without the right to read, a console does not even tell that it is one.
+        return streams;
     if (!results)
-        (void)std::freopen("CONOUT$", "w+", stdout);
+        streams.results = consoleStream(stdout);
     if (!messages)
-        (void)std::freopen("CONOUT$", "w+", stderr);
+        streams.messages = consoleStream(stderr);
+    return streams;
 }
 
 QByteArray consoleText(std::FILE *stream, const QString &line)

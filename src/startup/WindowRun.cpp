@@ -70,17 +70,18 @@ bool WindowApplication::notify(QObject *receiver, QEvent *event)
     }
 }
 
-int runWithWindows(const CommandLine &commandLine, Flags &flags, WindowApplication &application)
+int runWithWindows(const CommandLine &commandLine, Flags &flags, WindowApplication &application,
+                   const ConsoleStreams &streams)
 {
     const ToolkitTexts texts;
     // The windows of an operation come and go; only the main window's end is the program's.
     QApplication::setQuitOnLastWindowClosed(false);
     if (darkDesktop() && !styleFollowsDarkDesktop())
         QApplication::setStyle(QStringLiteral("Fusion"));
-    ConsolePrinter printer(stdout, stderr, consoleText);
+    ConsolePrinter printer(streams.results, streams.messages, consoleText);
     WindowFrontEnd frontEnd(printer, flags);
     application.setFrontEnd(&frontEnd);
-    WindowReviewHost reviewHost(frontEnd);
+    WindowReviewHost reviewHost(frontEnd, [&frontEnd] { return frontEnd.windowInFront(); });
     std::optional<BusyPointer> busy(std::in_place);
     std::unique_ptr<ffMain> window;
     const auto makeWindow = [&window](const MainRooms &rooms, const LaunchLayout &launch) {

@@ -2,6 +2,8 @@
 
 #include <QApplication>
 
+#include "platform/Console.h"
+
 namespace venlo
 {
 
@@ -26,6 +28,7 @@ private:
 /// Runs a command line with windows, until the main window is closed where it opened one. The exit
 /// status.
 [[nodiscard]] int runWithWindows(const CommandLine &commandLine, Flags &flags,
-                                 WindowApplication &application);
+                                 WindowApplication &application,
+                                 const ConsoleStreams &streams = {});
 
 } // namespace venlo

@@ -18,7 +18,8 @@ namespace
 
 using namespace venlo;
 
-int runWithoutWindows(const CommandLine &commandLine, Flags &flags, int &argc, char **argv)
+int runWithoutWindows(const CommandLine &commandLine, Flags &flags, const ConsoleStreams &streams,
+                      int &argc, char **argv)
 {
     // Without windows nothing needs GLib's event loop, which wakes itself up several times a file.
     const char *const setting = "QT_NO_GLIB";
@@ -28,7 +29,7 @@ int runWithoutWindows(const CommandLine &commandLine, Flags &flags, int &argc, c
     const QCoreApplication application(argc, argv);
     if (!asSet)
         qunsetenv(setting); // programs that are started from here
-    ConsolePrinter printer(stdout, stderr, consoleText);
+    ConsolePrinter printer(streams.results, streams.messages, consoleText);
     ConsoleFrontEnd frontEnd(printer, flags);
     Program program({frontEnd}, flags);
     return program.Main(commandLine);
@@ -43,11 +44,10 @@ int main(int argc, char **argv)
     const CommandLine commandLine = CommandLine::parse(rawCommandLine(argc, argv));
     Flags flags;
     flags.batch = commandLine.batch;
-    if (commandLine.batch)
-        joinConsole();
+    const ConsoleStreams streams = commandLine.batch ? joinConsole() : ConsoleStreams();
     noteInterrupts();
     if (!hasDisplay())
-        return runWithoutWindows(commandLine, flags, argc, argv);
+        return runWithoutWindows(commandLine, flags, streams, argc, argv);
     WindowApplication application(argc, argv);
-    return runWithWindows(commandLine, flags, application);
+    return runWithWindows(commandLine, flags, application, streams);
 }
