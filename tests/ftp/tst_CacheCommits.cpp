@@ -4,6 +4,7 @@
 #include "ftp/CacheFixture.h"
 #include "ftp/OperationsFixture.h"
 
+#include <QElapsedTimer>
 #include <QFile>
 #include <QTest>
 
@@ -75,15 +76,21 @@ void tst_CacheCommits::loadedRowsShareACommit()
 {
     CommitsFixture f;
     QVERIFY(f.start());
+    QElapsedTimer clock;
+    clock.start();
     QVERIFY(f.load(slash()));
     QVERIFY(f.load(docs));
+    const bool inTime = clock.elapsed() < Store::groupLife.count();
+    const qint64 atOnce = f.rowsAfterAKill();
     // There at once for this process, together on the disk a little later.
     QCOMPARE(f.cacheRows(web()).size(), 4);
     QCOMPARE(f.cache.caSubFolds(docs), QStringLiteral("deep"));
-    QCOMPARE(f.rowsAfterAKill(), 0);
     QTRY_COMPARE(f.rowsAfterAKill(), 4);
     QCOMPARE(f.listings(), 2);
     QVERIFY(!f.events().contains(QLatin1String("not in step")));
+    if (!inTime)
+        QSKIP("two listings take longer here than rows wait for each other");
+    QCOMPARE(atOnce, 0);
 }
 
 void tst_CacheCommits::anotherChangeKeepsLoadedRows()

@@ -3,6 +3,7 @@
 #include "ftp/ClientTransfers.h"
 #include "ftp/protocol/FtpClient.h"
 #include "ftp/protocol/Waiter.h"
+#include "platform/Wine.h"
 #include "support/ConnectProxy.h"
 #include "support/ScriptedServer.h"
 
@@ -302,9 +303,7 @@ void tst_FtpClientFaults::movedBytesAreNotMovedAgain_data()
 {
     QTest::addColumn<QByteArray>("verb");
     QTest::addColumn<bool>("portWorks");
-#ifdef Q_OS_UNIX // elsewhere the reply may be seen before the connection is
     QTest::newRow("download, 425 behind bytes") << QByteArray("RETR") << true;
-#endif
     QTest::newRow("upload, 425 behind bytes") << QByteArray("STOR") << true;
     QTest::newRow("download, passive already") << QByteArray("RETR") << false;
     QTest::newRow("upload, passive already") << QByteArray("STOR") << false;
@@ -314,6 +313,8 @@ void tst_FtpClientFaults::movedBytesAreNotMovedAgain()
 {
     QFETCH(QByteArray, verb);
     QFETCH(bool, portWorks);
+    if (venlo::test::underWine() && verb == "RETR" && portWorks)
+        QSKIP("whose a connection was that is closed already, Wine does not tell");
     Fixture f;
     if (!portWorks)
         f.server.on("PORT").reply(500, "no");

@@ -5,6 +5,7 @@
 #include "mainwin/popup/pfFtp.h"
 #include "mainwin/popup/sfMsg.h"
 #include "shared/OperationGate.h"
+#include "support/OnWindows.h"
 #include "views/FolderTree.h"
 #include "views/PaneView.h"
 #include "views/RowList.h"
@@ -79,11 +80,13 @@ struct PaneFixture : OperationsFixture {
         return rows().text(rowOf(name), column);
     }
     [[nodiscard]] QString rowKey(const QString &name) const { return rows().row(rowOf(name)).key; }
+    /// What everything here lies below, a drive on Windows.
+    [[nodiscard]] static QString top() { return QDir::toNativeSeparators(QDir::rootPath()); }
     /// The node of a path, by what is in the tree now.
     [[nodiscard]] QModelIndex node(const QString &path) const
     {
         QModelIndex at = tree().root();
-        const QString inside = path.mid(tree().text(at).size());
+        const QString inside = QDir::fromNativeSeparators(path.mid(tree().text(at).size()));
         for (const QString &name : inside.split(QLatin1Char('/'), Qt::SkipEmptyParts))
             at = tree().child(at, name, Qt::CaseSensitive);
         return at;

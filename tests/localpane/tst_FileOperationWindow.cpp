@@ -112,6 +112,8 @@ void tst_FileOperationWindow::overwriteQuestion_data()
 
 void tst_FileOperationWindow::overwriteQuestion()
 {
+    if (venlo::test::onWindows)
+        QSKIP(venlo::test::shellsOwn);
     QFETCH(const QString, button);
     QFETCH(const QByteArray, a);
     QFETCH(const QByteArray, b);
@@ -161,6 +163,8 @@ void tst_FileOperationWindow::escapeCancelsEverything()
 
 void tst_FileOperationWindow::mergeQuestion()
 {
+    if (venlo::test::onWindows)
+        QSKIP(venlo::test::shellsOwn);
     CommandsFixture f;
     f.show({{"to/d/old.txt", "old"}, {"d/new.txt", "new"}});
     putFilesOnClipboard({f.at(QStringLiteral("d"))}, copyEffect);

@@ -1,5 +1,6 @@
 // New folders and renames, typed into the tree and the list.
 #include "localpane/CommandsFixture.h"
+#include "platform/Wine.h"
 
 namespace venlo
 {
@@ -161,6 +162,8 @@ void tst_LocalNames::rowsAreNotOfTheFolderBeingNamed()
     QVERIFY(f.editor() != nullptr);
     QCOMPARE(f.NodePath(), f.here());
     f.choose({QStringLiteral("a.txt")});
+    if (venlo::test::onWindows)
+        QSKIP(venlo::test::shellsOwn);
     f.person.expectQuestion(QStringLiteral("'a.txt' をごみ箱に移動します"), true);
     f.menu(12, false);
     QVERIFY(!f.has(QStringLiteral("a.txt")));
@@ -258,7 +261,11 @@ void tst_LocalNames::renamesRows()
     const QString key = f.rows().row(f.rowOf(before)).key;
     QTest::keyClick(&f.lsView, Qt::Key_F2);
     f.type(after);
-    QVERIFY(f.has(after) && !f.has(before));
+    if (venlo::test::underWine() && before.compare(after, Qt::CaseInsensitive) == 0)
+        QSKIP("Wine leaves the letter case of a name as it is, and says that it changed it");
+    // As it is written: where letter case does not count, the file has the old name too.
+    const QStringList there = QDir(f.here()).entryList(QDir::NoDotAndDotDot | QDir::AllEntries);
+    QVERIFY(there.contains(after) && !there.contains(before));
     QTRY_VERIFY(f.editor() == nullptr);
     QTRY_COMPARE(f.node(after).isValid(), sortKey.startsWith(QLatin1Char('D')));
     const int row = f.rowOf(after);

@@ -135,7 +135,7 @@ void tst_Upload::uploadsInTheOrderOfTheList()
     for (const QString &line : f.status()) {
         for (const char *name : {"a.txt", "b.txt", "not chosen.txt"}) {
             const QString known = QLatin1String(name);
-            if (line.contains(QLatin1Char('/') + known) && !sent.contains(known))
+            if (line.contains(QDir::separator() + known) && !sent.contains(known))
                 sent << known;
         }
     }
@@ -184,6 +184,8 @@ void tst_Upload::asksNothingWithoutASelection()
 
 void tst_Upload::leavesOutWhatMustNotGo()
 {
+    if (venlo::test::onWindows)
+        QSKIP("no names of that kind there, and no links of the tests' own");
     Fixture f;
     QVERIFY(f.made);
     QVERIFY(makeTree(f.here(), {{"x\ty.txt", "1"}}));
@@ -246,16 +248,16 @@ void tst_Upload::groupsByFolder()
     Upload upload(f.operations, f.window, [&](const QString &text) { texts << text; });
     const QString sub = f.at(QStringLiteral("sub"));
     f.window.cOn();
-    QVERIFY(upload.run({f.at(QStringLiteral("a.txt")), sub + QStringLiteral("/inner.txt"),
-                        f.at(QStringLiteral("b.txt")), sub + QStringLiteral("/deep"),
-                        QStringLiteral("/"), f.at(QStringLiteral("missing"))},
+    QVERIFY(upload.run({f.at(QStringLiteral("a.txt")), f.at(QStringLiteral("sub/inner.txt")),
+                        f.at(QStringLiteral("b.txt")), f.at(QStringLiteral("sub/deep")),
+                        Fixture::top(), f.at(QStringLiteral("missing"))},
                        QStringLiteral("/in")));
     const auto lines = f.window.findChild<QListWidget *>(QStringLiteral("ltMsg"));
     QVERIFY(lines != nullptr);
     QStringList shown;
     for (int i = 0; i < lines->count(); ++i)
         shown << lines->item(i)->text();
-    QVERIFY(shown.contains(QStringLiteral("/ : ﾄﾞﾗｲﾌﾞ全体は転送しません")));
+    QVERIFY(shown.contains(Fixture::top() + QStringLiteral(" : ﾄﾞﾗｲﾌﾞ全体は転送しません")));
     QVERIFY(shown.contains(f.at(QStringLiteral("missing")) + QStringLiteral(" : 存在しません")));
     f.window.cOff();
     QCOMPARE(texts, (QStringList{f.here() + QStringLiteral(" > /in Up Loading････"),

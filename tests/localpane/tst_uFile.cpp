@@ -1,5 +1,6 @@
 // What the local pane shows: the tree, the list, their keys, texts and order.
 #include "localpane/PaneFixture.h"
+#include "platform/Wine.h"
 
 #include <QDate>
 #include <QElapsedTimer>
@@ -77,7 +78,8 @@ void tst_uFile::fillsTheColumnsOfAFile()
     QCOMPARE(f.cell(name, 2), QStringLiteral("2KB"));
     QCOMPARE(f.cell(name, 3), QStringLiteral("txt"));
     QVERIFY(!f.cell(name, 4).isEmpty());
-    QCOMPARE(f.cell(name, 5), QStringLiteral("R"));
+    // Every new file is one to archive there.
+    QCOMPARE(f.cell(name, 5), QLatin1String(venlo::test::onWindows ? "RA" : "R"));
 }
 
 void tst_uFile::fillsTheColumnsOfAFolder()
@@ -125,6 +127,8 @@ void tst_uFile::pairsTheDatesOfTheTooltipTheOtherWayRound()
     const auto tip = [&](const char *name) {
         return f.rows().row(f.rowOf(QLatin1String(name))).toolTip;
     };
+    if (venlo::test::underWine())
+        QSKIP("a file was made there when it was changed last");
     QCOMPARE(tip("old.txt"), QStringLiteral("更新:%1 作成:2001/02/03 ｻｲｽﾞ:5B").arg(today));
     QCOMPARE(tip("sub"), QStringLiteral("更新:%1 作成:%1").arg(today));
 }
@@ -164,8 +168,9 @@ void tst_uFile::readsSubFoldersWhenTheyAreWanted()
     QTest::keyClick(&f.treeView(), Qt::Key_Right);
     QVERIFY(f.treeView().isExpanded(f.node(deep)));
     QCOMPARE(f.childrenOf(deep), QStringList{QStringLiteral("er")});
-    QCOMPARE(f.childrenOf(deep + QStringLiteral("/er")), QStringList{QStringLiteral("?")});
-    QCOMPARE(f.tree().path(f.node(deep + QStringLiteral("/er"))), deep + QStringLiteral("/er"));
+    const QString inside = f.at(QStringLiteral("deep/er"));
+    QCOMPARE(f.childrenOf(inside), QStringList{QStringLiteral("?")});
+    QCOMPARE(f.tree().path(f.node(inside)), inside);
 }
 
 void tst_uFile::saysThatAnExpandedFolderIsGone()
@@ -195,9 +200,9 @@ void tst_uFile::walksToAFolder()
     QVERIFY(QDir(f.here()).mkpath(QStringLiteral("a/new/one")));
     f.pane->SetRr(f.at(QStringLiteral("a/new/one")), {}, 0);
     QCOMPARE(f.pane->NodePath(), f.at(QStringLiteral("a/new/one")));
-    // Letter case counts here.
     f.pane->SetRr(f.at(QStringLiteral("A/b")), {}, 0);
-    QCOMPARE(f.pane->NodePath(), f.at(QStringLiteral("a/new/one")));
+    // Letter case counts, but on Windows.
+    QCOMPARE(f.pane->NodePath(), venlo::test::onWindows ? path : f.at(QStringLiteral("a/new/one")));
 }
 
 void tst_uFile::filtersByExtension()
@@ -261,6 +266,8 @@ void tst_uFile::drawsHiddenEntriesPaler()
 
 void tst_uFile::showsOddNamesForLookingOnly()
 {
+    if (venlo::test::onWindows)
+        QSKIP("every name that Windows holds is shown as it is");
     Fixture f;
     f.show({{"a\tb", "1"}, {"\x83\x65", "1"}, {"x\ny/", ""}, {"good", "1"}});
     QCOMPARE(f.names().size(), 4);
@@ -280,14 +287,18 @@ void tst_uFile::measuresFoldersAfterwards()
 {
     Fixture f;
     f.show({{"full/in/file", QByteArray(3000, 'x')}, {"real/", ""}});
+#ifdef Q_OS_UNIX
     QVERIFY(QFile::link(f.at(QStringLiteral("full")), f.at(QStringLiteral("link"))));
+#endif
     QFile huge(f.at(QStringLiteral("real/huge")));
     QVERIFY(huge.open(QIODevice::WriteOnly) && huge.resize(5'000'000'000LL));
     f.pane->ReFresh();
     QTRY_COMPARE(f.cell(QStringLiteral("full"), 2), QStringLiteral("3KB"));
     QTRY_COMPARE(f.cell(QStringLiteral("real"), 2), QStringLiteral("B"));
+#ifdef Q_OS_UNIX
     QCOMPARE(f.cell(QStringLiteral("link"), 2), QStringLiteral("B"));
     QCOMPARE(f.rows().row(f.rowOf(QStringLiteral("link"))).tag, EntryTag::FD);
+#endif
 }
 
 void tst_uFile::endsAnOlderFill()
@@ -344,6 +355,8 @@ void tst_uFile::saysWhenAFolderCannotBeRead()
     Fixture f;
     f.show({{"shut/file", "1"}, {"shut/sub/", ""}, {"open", "1"}});
     const QString shut = f.at(QStringLiteral("shut"));
+    if (venlo::test::onWindows)
+        QSKIP("who may read a folder is no matter of a mark there");
     QVERIFY(QFile::setPermissions(shut, {}));
     const auto restore = qScopeGuard([&] {
         QFile::setPermissions(shut, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
@@ -373,7 +386,7 @@ void tst_uFile::sharesIcons()
 
 void tst_uFile::showsManyFiles()
 {
-    constexpr int many = 30'000;
+    constexpr int many = venlo::test::onWindows ? 5'000 : 30'000; // Wine writes them for minutes
     Fixture f;
     QVERIFY(QDir(f.here()).mkpath(QStringLiteral("many")));
     for (int i = 0; i < many; ++i) {
@@ -393,7 +406,8 @@ void tst_uFile::showsManyFiles()
     f.pane->SetRr(f.at(QStringLiteral("many")), {}, 0);
     qInfo("%d rows: %lld ms", many, clock.elapsed());
     QCOMPARE(f.rows().count(), many);
-    QCOMPARE(f.rows().text(many - 1, 0), QStringLiteral("file29999.txt"));
+    QCOMPARE(f.rows().text(many - 1, 0),
+             QStringLiteral("file%1.txt").arg(many - 1, 5, 10, QLatin1Char('0')));
     QVERIFY2(yields > 2, "events run while a folder is read");
     QCOMPARE(early, 0); // no rows of a folder that is no longer the selected one
     // Who goes elsewhere meanwhile need not wait for the end.

@@ -77,9 +77,9 @@ void tst_uFileState::showsATypedRoot()
     QTest::keyClicks(f.cbRoot().lineEdit(), QStringLiteral("xyz"));
     QTest::keyClick(f.cbRoot().lineEdit(), Qt::Key_Escape);
     QCOMPARE(f.cbRoot().currentText(), f.sub());
-    f.typeInto(f.cbRoot(), QStringLiteral("/"));
-    QCOMPARE(f.pane->Root(), QStringLiteral("/"));
-    QCOMPARE(f.pane->NodePath(), QStringLiteral("/"));
+    f.typeInto(f.cbRoot(), Fixture::top());
+    QCOMPARE(f.pane->Root(), Fixture::top());
+    QCOMPARE(f.pane->NodePath(), Fixture::top());
     QVERIFY(f.person.verify());
 }
 
@@ -150,7 +150,7 @@ void tst_uFileState::showsAPattern()
     QCOMPARE(f.pane->syncMark(), f.sub());
     f.pane->cOn(f.at(QStringLiteral("sub/deep")));
     QVERIFY(f.pane->SetSync(f.sub()));
-    QCOMPARE(f.pane->Root(), QStringLiteral("/"));
+    QCOMPARE(f.pane->Root(), Fixture::top());
     QCOMPARE(f.pane->NodePath(), f.sub());
     QCOMPARE(f.names(), (QStringList{QStringLiteral("deep"), QStringLiteral("in.txt")}));
 }

@@ -85,7 +85,7 @@ void tst_uFileWatch::leavesAloneWhatDidNotChange()
 void tst_uFileWatch::readsABareDriveOnceMore()
 {
     Fixture f;
-    f.pane->cOn(QStringLiteral("/"));
+    f.pane->cOn(Fixture::top());
     const int rows = f.rows().count();
     const QString first = f.rows().row(0).key;
     f.tick();
@@ -325,6 +325,8 @@ void tst_uFileWatch::keepsWhatIsSelectedInOnePiece()
 
 void tst_uFileWatch::tellsNamesApartThatLookTheSame()
 {
+    if (venlo::test::onWindows)
+        QSKIP("every name that Windows holds is text");
     const Fixture f;
     RowList rows(LocalListFill::layout());
     PaneView view(PaneView::Kind::List);

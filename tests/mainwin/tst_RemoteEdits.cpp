@@ -14,6 +14,18 @@
 namespace venlo::test
 {
 
+namespace
+{
+// An editor that ends at once and changes nothing.
+#ifdef Q_OS_WIN
+constexpr const char *tempVariable = "TMP";
+constexpr const char *editor = "attrib.exe";
+#else
+constexpr const char *tempVariable = "TMPDIR";
+constexpr const char *editor = "true";
+#endif
+} // namespace
+
 /// Remote files that are opened for editing: their copies, and the way back.
 class tst_RemoteEdits : public QObject
 {
@@ -49,16 +61,16 @@ private:
     std::unique_ptr<ScriptedServer> m_server;
     std::unique_ptr<MainWorld> m_world;
     std::unique_ptr<MainRooms> m_rooms;
-    FileOpener m_opener{QStringLiteral("true")};
+    FileOpener m_opener{QString::fromLatin1(editor)};
     std::unique_ptr<RemoteEdits> m_edits;
 };
 
 void tst_RemoteEdits::init()
 {
     m_temp.reset();
-    qunsetenv("TMPDIR");
+    qunsetenv(tempVariable);
     m_temp = std::make_unique<QTemporaryDir>();
-    qputenv("TMPDIR", QFile::encodeName(m_temp->path()));
+    qputenv(tempVariable, QFile::encodeName(m_temp->path()));
     m_server = std::make_unique<ScriptedServer>();
     m_server->put("/pub/a.txt", "before");
     QVERIFY(m_server->start());
@@ -113,9 +125,11 @@ void tst_RemoteEdits::fetchesAndOpens()
     QFile file(copy());
     QVERIFY(file.open(QIODevice::ReadOnly));
     QCOMPARE(file.readAll(), QByteArray("before"));
+#ifdef Q_OS_UNIX // elsewhere the folder for temporary files is the user's own
     QCOMPARE(QFileInfo(QFileInfo(copy()).path()).permissions() &
                  (QFile::ReadGroup | QFile::ReadOther | QFile::ExeOther),
              QFile::Permissions());
+#endif
     QVERIFY(m_world->person.messages().isEmpty());
     lookTwice();
 }

@@ -2,6 +2,7 @@
 
 #include <QCheckBox>
 #include <QCompleter>
+#include <QDir>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
@@ -12,6 +13,15 @@
 
 namespace venlo::test
 {
+
+namespace
+{
+/// As the system writes it.
+QString native(const char *path)
+{
+    return QDir::toNativeSeparators(QString::fromUtf8(path));
+}
+} // namespace
 
 /// The registry of sync patterns.
 class tst_sfSPtn : public QObject
@@ -57,9 +67,9 @@ private:
 void tst_sfSPtn::init()
 {
     m_store = std::make_unique<RegistryFixture>();
-    m_store->addPattern(QStringLiteral("b"), QStringLiteral("/home/b"), QStringLiteral("site2"),
+    m_store->addPattern(QStringLiteral("b"), native("/home/b"), QStringLiteral("site2"),
                         QStringLiteral("/pub/b"));
-    m_store->addPattern(QStringLiteral("a"), QStringLiteral("/home/a"), QStringLiteral("site1"),
+    m_store->addPattern(QStringLiteral("a"), native("/home/a"), QStringLiteral("site1"),
                         QStringLiteral("/pub/a"));
 }
 
@@ -93,7 +103,8 @@ void tst_sfSPtn::opensOnThePattern()
         QStringList texts;
         for (int i = 0; i < 5; ++i)
             texts.append(box(window, i).text());
-        QCOMPARE(texts.join(QLatin1Char('|')), QStringLiteral("b|/home/b|site2|/pub/b|memo"));
+        QCOMPARE(texts.join(QLatin1Char('|')),
+                 QStringLiteral("b|%1|site2|/pub/b|memo").arg(native("/home/b")));
         QVERIFY(part<QCheckBox>(window, "chCmp0").isChecked());
         QVERIFY(!part<QCheckBox>(window, "chCmp1").isChecked());
         QVERIFY(button(window, 1).isEnabled());
@@ -136,7 +147,7 @@ void tst_sfSPtn::registeringIsRefusedByTheStore()
     m_store->person.allowMessages();
     const bool changed = act({}, [](QWidget &window) {
         type(window, 0, QStringLiteral("new"));
-        type(window, 1, QStringLiteral("/home/new"));
+        type(window, 1, native("/home/new"));
         type(window, 2, QStringLiteral("site1"));
         type(window, 3, QStringLiteral("/pub/new"));
         press(window, 0);
@@ -168,7 +179,8 @@ void tst_sfSPtn::registerRefusesATakenName()
 void tst_sfSPtn::registerRefusesATakenPair()
 {
     m_store->person.expectMessage(
-        QStringLiteral("指定されたﾊﾟｽ指定(/home/a ⇔ /pub/a で既に登録があります"));
+        QStringLiteral("指定されたﾊﾟｽ指定(%1 ⇔ /pub/a で既に登録があります")
+            .arg(native("/home/a")));
     QVERIFY(!act(QStringLiteral("a"), [](QWidget &window) {
         type(window, 0, QStringLiteral("other"));
         type(window, 1, QStringLiteral("/home/a/"));
@@ -180,7 +192,7 @@ void tst_sfSPtn::updateStores()
 {
     const bool changed = act(QStringLiteral("a"), [](QWidget &window) {
         type(window, 0, QStringLiteral("甲"));
-        type(window, 1, QStringLiteral("/home/甲"));
+        type(window, 1, native("/home/甲"));
         type(window, 4, QStringLiteral("覚書"));
         QTest::mouseClick(&part<QCheckBox>(window, "chCmp1"), Qt::LeftButton, {}, QPoint(5, 8));
         press(window, 1);
@@ -188,18 +200,19 @@ void tst_sfSPtn::updateStores()
     QVERIFY(changed);
     QCOMPARE(m_store->stored(QStringLiteral("Select sSync, sLph, sName, sFph, bCfl, bCfd, sMemo"
                                             " From msSync Where sSync='甲'")),
-             QStringLiteral("甲|/home/甲|site1|/pub/a|-1|-1|覚書"));
+             QStringLiteral("甲|%1|site1|/pub/a|-1|-1|覚書").arg(native("/home/甲")));
 }
 
 void tst_sfSPtn::updateToATakenPairIsNotRefused()
 {
     QVERIFY(act(QStringLiteral("a"), [](QWidget &window) {
-        type(window, 1, QStringLiteral("/home/b"));
+        type(window, 1, native("/home/b"));
         type(window, 3, QStringLiteral("/pub/b"));
         press(window, 1);
     }));
-    QCOMPARE(m_store->stored(QStringLiteral("Select Count(*) From msSync Where sLph='/home/b'"
-                                            " And sFph='/pub/b'")),
+    QCOMPARE(m_store->stored(QStringLiteral("Select Count(*) From msSync Where sLph='%1'"
+                                            " And sFph='/pub/b'")
+                                 .arg(native("/home/b"))),
              QStringLiteral("2"));
 }
 
@@ -268,13 +281,13 @@ void tst_sfSPtn::withoutSelection()
 void tst_sfSPtn::quotesInValues()
 {
     QVERIFY(act(QStringLiteral("a"), [](QWidget &window) {
-        type(window, 1, QStringLiteral("/home/it's"));
+        type(window, 1, native("/home/it's"));
         type(window, 3, QStringLiteral("/pub/o'clock"));
         type(window, 4, QStringLiteral("don''t"));
         press(window, 1);
         pick(window, 1);
         pick(window, 0);
-        QCOMPARE(box(window, 1).text(), QStringLiteral("/home/it's"));
+        QCOMPARE(box(window, 1).text(), native("/home/it's"));
         QCOMPARE(box(window, 3).text(), QStringLiteral("/pub/o'clock"));
         QCOMPARE(box(window, 4).text(), QStringLiteral("don''t"));
     }));
@@ -317,10 +330,9 @@ void tst_sfSPtn::leavingAPathBoxNormalises_data()
     QTest::addColumn<int>("index");
     QTest::addColumn<QString>("typed");
     QTest::addColumn<QString>("kept");
-    QTest::newRow("local") << 1 << QStringLiteral("/home/a/") << QStringLiteral("/home/a");
-    QTest::newRow("local, several")
-        << 1 << QStringLiteral("/home/a//") << QStringLiteral("/home/a");
-    QTest::newRow("local root") << 1 << QStringLiteral("/") << QStringLiteral("/");
+    QTest::newRow("local") << 1 << QStringLiteral("/home/a/") << native("/home/a");
+    QTest::newRow("local, several") << 1 << QStringLiteral("/home/a//") << native("/home/a");
+    QTest::newRow("local root") << 1 << QStringLiteral("/") << native("/");
 #ifdef Q_OS_WIN
     QTest::newRow("bare drive") << 1 << QStringLiteral("C:") << QStringLiteral("C:\\");
 #endif
