@@ -67,11 +67,14 @@ public:
     [[nodiscard]] bool mustEnd() const override { return m_options.interrupted(); }
     [[nodiscard]] QStringList takeWarnings() override;
 
+    /// The window that a box or a dialog belongs to; the main window while the person works in
+    /// another program. Null where none shows.
+    [[nodiscard]] QWidget *windowInFront() const;
+
 private:
     using Button = QMessageBox::StandardButton;
     [[nodiscard]] Button ask(const QString &text, QMessageBox::Icon icon,
                              QMessageBox::StandardButtons buttons, Button byItself);
-    [[nodiscard]] QWidget *windowInFront() const;
     [[nodiscard]] std::chrono::milliseconds boxLimit() const;
 
     ConsolePrinter &m_printer;

@@ -2,6 +2,7 @@
 
 #include <QCheckBox>
 #include <QLabel>
+#include <QMainWindow>
 #include <QMessageBox>
 #include <QPlainTextEdit>
 #include <QProgressBar>
@@ -33,6 +34,7 @@ private Q_SLOTS:
     void cleanup();
     void executesAndCloses();
     void sortingDoesNotChangeTheOrder();
+    void standsBeforeTheMainWindow();
     void closedUnexecuted();
     void nothingTicked();
     void unattendedClosesByItself();
@@ -109,7 +111,7 @@ void tst_sfSyncRun::cleanup()
 int tst_sfSyncRun::act(bool unattended)
 {
     Execution execution(*m_worker, *m_desk, m_flags);
-    WindowReviewHost host(*m_desk);
+    WindowReviewHost host(*m_desk, [this] { return m_desk->windowInFront(); });
     return host.act(*m_review, execution, unattended);
 }
 
@@ -142,6 +144,27 @@ void tst_sfSyncRun::sortingDoesNotChangeTheOrder()
     });
     QCOMPARE(act(), 1);
     QCOMPARE(m_worker->worked, everyStep());
+}
+
+/// The wait window of the comparison, which was the active one, has just gone.
+void tst_sfSyncRun::standsBeforeTheMainWindow()
+{
+    QMainWindow main;
+    main.show();
+    QVERIFY(QTest::qWaitForWindowActive(&main));
+    m_desk->showWait(QStringLiteral("比較しています"));
+    for (QWidget *window : QApplication::topLevelWidgets()) {
+        if (window->objectName() == QLatin1String("sfWait"))
+            QVERIFY(QTest::qWaitForWindowActive(window));
+    }
+    m_desk->closeWait();
+    const QWidget *owner = nullptr;
+    inWindow([&owner](QWidget &window) {
+        owner = window.parentWidget();
+        QTest::keyClick(&window, Qt::Key_Escape);
+    });
+    QCOMPARE(act(), -1);
+    QCOMPARE(owner, &main);
 }
 
 void tst_sfSyncRun::closedUnexecuted()

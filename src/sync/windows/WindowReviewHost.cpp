@@ -1,7 +1,5 @@
 #include "sync/windows/WindowReviewHost.h"
 
-#include <QApplication>
-
 #include "sync/windows/sfSync.h"
 
 namespace venlo
@@ -9,7 +7,7 @@ namespace venlo
 
 int WindowReviewHost::act(SyncReview &review, Execution &execution, bool runsUnattended)
 {
-    sfSync window(review, execution, m_desk, QApplication::activeWindow());
+    sfSync window(review, execution, m_desk, m_owner());
     return runsUnattended ? window.runUnattended() : window.Act();
 }
 
