@@ -90,7 +90,7 @@ bool Upload::mayGo(const QString &path)
     else if (!info.isDir() && !info.isFile())
         why = QStringLiteral("通常のﾌｧｲﾙではないため､転送しません");
     if (!why.isEmpty())
-        m_window.addLine(path + QStringLiteral(" : ") + why);
+        m_window.addLastingLine(path + QStringLiteral(" : ") + why);
     return why.isEmpty();
 }
 

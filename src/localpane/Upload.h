@@ -16,7 +16,8 @@ class sfMsg;
 
 /// Uploads local files and folders into a remote directory, grouped by the folder they lie in: the
 /// folders of a folder one by one, then its files in one go. Links to folders and names that no
-/// operation may touch are left out with a status line. Runs within its caller's turn.
+/// operation may touch are left out with a status line, which stays to be read behind the upload.
+/// Runs within its caller's turn.
 class Upload
 {
 public:

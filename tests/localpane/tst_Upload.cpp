@@ -1,6 +1,7 @@
 // Uploads that the local pane starts, and those of drops.
 #include "localpane/PaneFixture.h"
 #include "localpane/Upload.h"
+#include "support/MainList.h"
 
 #include <QFile>
 #include <QListWidget>
@@ -8,6 +9,7 @@
 #include <QSignalSpy>
 
 using namespace venlo;
+using venlo::test::MainList;
 using venlo::test::makeTree;
 using venlo::test::PaneFixture;
 using venlo::test::ScriptedPerson;
@@ -193,6 +195,7 @@ void tst_Upload::leavesOutWhatMustNotGo()
     f.pane->ReFresh();
     f.listView().setFocus();
     QTest::keyClick(&f.listView(), Qt::Key_A, Qt::ControlModifier);
+    const MainList behind(f.person);
     f.pickUpload(f.listView());
     QCOMPARE(f.ended, 1);
     QCOMPARE(f.remote("/in/a.txt"), QByteArray("one"));
@@ -200,6 +203,13 @@ void tst_Upload::leavesOutWhatMustNotGo()
     QVERIFY(!f.isThere("/in/link"));
     QVERIFY(!f.isThere("/in/x\ty.txt"));
     QCOMPARE(f.operations.counts().givenUp, 0);
+    // Where it is still to be read when the message window has gone.
+    QVERIFY(!f.window.isVisible());
+    const QStringList reasons{
+        f.at(QStringLiteral("link")) + QStringLiteral(" : ﾌｫﾙﾀﾞへのﾘﾝｸは転送しません"),
+        f.at(QStringLiteral("x\ty.txt")) +
+            QStringLiteral(" : 名前に使用できない文字があるため､転送しません")};
+    QCOMPARE(behind.lines.filter(QStringLiteral(" : ")), reasons);
 }
 
 void tst_Upload::saysThatTheSourceIsGone()

@@ -13,6 +13,7 @@
 #include "shared/ConsolePrinter.h"
 #include "shared/Flags.h"
 #include "support/CaughtStreams.h"
+#include "support/MainList.h"
 #include "support/ShownToolTip.h"
 
 namespace venlo::test
@@ -49,6 +50,7 @@ private Q_SLOTS:
     void toolTipsShowNamesAsTheyAre();
     void statusLinesComeHere();
     void listIsClearedAboveFifty();
+    void lastingLinesStayBehind();
     void onTwiceIsHarmless();
     void offClearsAndCloses();
     void closingByHandOnlyHides_data();
@@ -169,6 +171,32 @@ void tst_sfMsg::listIsClearedAboveFifty()
     m_desk->addStatus(QStringLiteral("52"));
     QTRY_COMPARE(list().count(), 1);
     QCOMPARE(list().item(0)->text(), QStringLiteral("52"));
+}
+
+void tst_sfMsg::lastingLinesStayBehind()
+{
+    MainList behind(*m_desk);
+    m_window->cOn();
+    m_window->addLastingLine(QStringLiteral("left out"));
+    m_desk->addStatus(QStringLiteral("sent"));
+    QTRY_COMPARE(list().count(), 2);
+    QCOMPARE(list().item(0)->text(), QStringLiteral("left out"));
+    QCOMPARE(behind.lines, QStringList());
+    m_window->cOff();
+    QTRY_COMPARE(behind.lines, QStringList{QStringLiteral("left out")});
+    // Once the window was closed by hand there is only the list behind.
+    m_window->cOn();
+    m_window->addLastingLine(QStringLiteral("before"));
+    QTest::keyClick(m_window, Qt::Key_Escape);
+    m_window->addLastingLine(QStringLiteral("after"));
+    m_window->cOff();
+    QTRY_COMPARE(behind.lines.size(), 3);
+    QVERIFY(behind.lines.contains(QStringLiteral("before")));
+    QVERIFY(behind.lines.contains(QStringLiteral("after")));
+    m_window->cOn();
+    m_window->cOff();
+    QTest::qWait(50);
+    QCOMPARE(behind.lines.size(), 3);
 }
 
 void tst_sfMsg::onTwiceIsHarmless()

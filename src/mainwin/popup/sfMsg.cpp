@@ -1,5 +1,7 @@
 #include "mainwin/popup/sfMsg.h"
 
+#include <utility>
+
 #include <QCloseEvent>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -43,6 +45,7 @@ struct sfMsg::Parts {
     TransferGauge *gauge;
     QPushButton *cancel;
     QTimer *drawing;
+    QStringList lasting;
 };
 
 sfMsg::sfMsg(WindowDesk &desk, QWidget *parent)
@@ -118,6 +121,16 @@ void sfMsg::cOff()
     m_shown = false;
     m_parts->drawing->stop();
     hide();
+    const QStringList lasting = std::exchange(m_parts->lasting, {});
+    for (const QString &line : lasting)
+        m_desk.addStatus(line);
+}
+
+void sfMsg::addLastingLine(const QString &line)
+{
+    if (m_shown)
+        m_parts->lasting += line;
+    m_desk.addStatus(line);
 }
 
 void sfMsg::setTitleLine(const QString &text)

@@ -32,6 +32,9 @@ public:
     /// Bytes of the whole operation, -1 when unknown: gives the total's bar a length.
     void setTotal(qint64 bytes);
 
+    /// A status line to be read afterwards too: when the window goes, it stands in the list behind.
+    void addLastingLine(const QString &line);
+
     [[nodiscard]] bool isShowing() const override { return m_shown; }
     void addLines(const QStringList &lines) override;
     void showProgress(const TransferProgress &progress) override;
