@@ -49,6 +49,9 @@ public:
     /// Reads the sub-folders of a node that was not read yet. False when they could not be listed:
     /// the node stays unread.
     [[nodiscard]] bool readNode(const QModelIndex &node);
+    /// Says that a folder could not be listed, unless the person knows: the connection has gone, or
+    /// Cancel was pressed.
+    void sayUnlisted(const QString &path);
     /// Selects a node and fills the list for it.
     void show(const QModelIndex &node);
     /// Enters a folder of the list.

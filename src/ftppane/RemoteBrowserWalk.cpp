@@ -37,9 +37,15 @@ bool RemoteBrowser::goTo(const QString &path)
     show(at);
     if (!found && known)
         m_rooms.desk.message(path + QStringLiteral("  が存在しません"));
-    else if (!found && m_rooms.session.connected() && !m_rooms.desk.cancelled())
-        m_rooms.desk.message(path + QStringLiteral(" の一覧を取得できませんでした"));
+    else if (!found)
+        sayUnlisted(path);
     return found;
+}
+
+void RemoteBrowser::sayUnlisted(const QString &path)
+{
+    if (m_rooms.session.connected() && !m_rooms.desk.cancelled())
+        m_rooms.desk.message(path + QStringLiteral(" の一覧を取得できませんでした"));
 }
 
 void RemoteBrowser::enter(const QString &name)

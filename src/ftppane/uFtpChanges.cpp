@@ -51,8 +51,13 @@ void uFtp::Parts::newNode()
 {
     const QPersistentModelIndex parent = browser->shown();
     bool read = parent.isValid();
-    if (read && nodes->isUnread(parent))
-        run([&] { read = browser->readNode(parent); });
+    if (read && nodes->isUnread(parent)) {
+        run([&] {
+            read = browser->readNode(parent);
+            if (!read && parent.isValid())
+                browser->sayUnlisted(browser->dirOf(parent));
+        });
+    }
     if (!read || !parent.isValid() || nodes->isUnread(parent))
         return;
     const FlagScope busy(browser->busy());

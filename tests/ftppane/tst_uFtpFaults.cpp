@@ -29,6 +29,7 @@ private Q_SLOTS:
     }
     void failedListingIsUnread();
     void failedListOfTheShownFolder();
+    void newFolderWhereNothingCanBeListed();
     void brokenOffListing();
     void cancelledExpand();
     void cancelledRefresh();
@@ -86,6 +87,19 @@ void tst_uFtpFaults::failedListOfTheShownFolder()
     m->clickNode({});
     QTRY_COMPARE(m->rows().count(), 4);
     QCOMPARE(m->note(), QString());
+}
+
+void tst_uFtpFaults::newFolderWhereNothingCanBeListed()
+{
+    QVERIFY(m->open());
+    m->server.on("CWD", "/docs/deep").reply(550, "keep out");
+    QVERIFY(m->pane->SetSync(QStringLiteral("web"), QStringLiteral("/docs/deep")));
+    m->treeView().setFocus();
+    m->person.expectMessage(QStringLiteral("/docs/deep の一覧を取得できませんでした"));
+    QTest::keyClick(&m->treeView(), Qt::Key_Delete);
+    QVERIFY(m->person.verify());
+    QVERIFY(m->editor(m->treeView()) == nullptr);
+    QCOMPARE(m->childrenOf(QStringLiteral("docs/deep")), words("?"));
 }
 
 void tst_uFtpFaults::brokenOffListing()
