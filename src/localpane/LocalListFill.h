@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QDeadlineTimer>
 #include <QObject>
 #include <QSet>
 
@@ -33,6 +34,9 @@ public:
     void refill();
     /// Brings the list up to date without clearing it.
     void UpdateList();
+    /// The same for a look in the middle of an operation: it says nothing, measures nothing, and
+    /// leaves the list as it is when the folder cannot be read by then.
+    void updateQuietly(QDeadlineTimer limit);
     /// "" or "*.*" shows every file.
     void setFilter(const QString &filter) { m_filter = filter; }
     /// Folder sizes are measured unless something of the disk is being moved or deleted.
@@ -73,6 +77,8 @@ private:
     [[nodiscard]] bool appendAndYield(Rows rows, int fill);
     [[nodiscard]] Kept keep() const;
     void restore();
+    /// False when the keys ran out.
+    [[nodiscard]] bool update(const std::vector<DiskEntry> &entries);
     void updateRow(int row, const DiskEntry &entry);
     void measure(const std::vector<DiskEntry> &entries);
     void showSize(const QString &key, qint64 bytes);

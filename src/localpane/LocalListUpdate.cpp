@@ -5,6 +5,7 @@
 #include "localpane/FolderPaths.h"
 #include "localpane/FolderReader.h"
 #include "localpane/LocalListFill.h"
+#include "platform/TemporaryName.h"
 #include "shared/FrontEnd.h"
 #include "views/PaneView.h"
 
@@ -30,6 +31,29 @@ void LocalListFill::UpdateList()
         m_frontEnd.message(entries.error().words);
         return;
     }
+    const bool atOnce = m_rows.keys().exhausted();
+    const bool fits = update(entries.value());
+    measure(entries.value());
+    tellOdd(entries.value());
+    if (!fits)
+        Q_EMIT ranOut(atOnce);
+}
+
+void LocalListFill::updateQuietly(QDeadlineTimer limit)
+{
+    const FolderStamp stamp = FolderStamp::of(m_folder);
+    auto entries = readFolder(m_folder, [limit] { return !limit.hasExpired(); });
+    if (!entries || limit.hasExpired())
+        return;
+    m_stamp = stamp;
+    // What is still arriving comes and goes with every look.
+    std::erase_if(entries.value(),
+                  [](const DiskEntry &entry) { return isTemporaryName(entry.name); });
+    static_cast<void>(update(entries.value())); // the keys that are missing are missed again
+}
+
+bool LocalListFill::update(const std::vector<DiskEntry> &entries)
+{
     ++m_fill; // a fill that waits would add every row once more
     m_view.setUpdatesEnabled(true);
     // Kind and name to the row's key; names that are no text may look the same.
@@ -40,7 +64,7 @@ void LocalListFill::UpdateList()
             left.insert(keyOf(row.tag == EntryTag::FD, row.texts.value(Name)), row.key);
     }
     Rows added;
-    for (const DiskEntry &entry : entries.value()) {
+    for (const DiskEntry &entry : entries) {
         if (!entry.folder && !passesFilter(entry.name, m_filter))
             continue;
         const QString known = left.take(keyOf(entry.folder, entry.name));
@@ -55,14 +79,10 @@ void LocalListFill::UpdateList()
     for (const QString &key : left)
         gone.push_back(m_rows.rowOfKey(key));
     m_rows.remove(std::move(gone));
-    const bool atOnce = m_rows.keys().exhausted();
     const bool fits = m_rows.append(std::move(added));
     if (m_unrestored)
         restore();
-    measure(entries.value());
-    tellOdd(entries.value());
-    if (!fits)
-        Q_EMIT ranOut(atOnce);
+    return fits;
 }
 
 void LocalListFill::updateRow(int row, const DiskEntry &entry)

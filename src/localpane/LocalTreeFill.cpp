@@ -5,6 +5,7 @@
 #include <QFileInfo>
 #include <QScopedValueRollback>
 #include <QScrollBar>
+#include <QSet>
 
 #include "localpane/FolderPaths.h"
 #include "localpane/FolderReader.h"
@@ -13,6 +14,14 @@
 
 namespace venlo
 {
+
+namespace
+{
+FolderTree::Entry entryOf(const SubFolder &folder)
+{
+    return {folder.name, folder.hasSubFolders, folder.hidden, EntryTag::FD};
+}
+} // namespace
 
 LocalTreeFill::LocalTreeFill(FolderTree &tree, PaneView &view, FrontEnd &frontEnd)
     : m_tree(tree), m_view(view), m_frontEnd(frontEnd)
@@ -72,6 +81,24 @@ void LocalTreeFill::refill()
     restore(kept);
 }
 
+bool LocalTreeFill::addNewFolders()
+{
+    const QPersistentModelIndex top = m_tree.root();
+    m_stamp = FolderStamp::of(root());
+    const auto folders = readSubFolders(root());
+    if (!folders || m_tree.isUnread(top))
+        return false;
+    QSet<QString> left;
+    for (int row = 0; row < m_tree.rowCount(top); ++row)
+        left.insert(m_tree.text(m_tree.index(row, 0, top)));
+    std::vector<FolderTree::Entry> added;
+    for (const SubFolder &folder : folders.value()) {
+        if (!left.remove(folder.name))
+            added.push_back(entryOf(folder));
+    }
+    return m_tree.addChildren(top, added) && added.empty() && left.isEmpty();
+}
+
 void LocalTreeFill::ExpandNode(const QModelIndex &node)
 {
     if (!m_tree.isUnread(node))
@@ -110,7 +137,7 @@ void LocalTreeFill::addSubFolders(const QModelIndex &node)
     std::vector<FolderTree::Entry> entries;
     entries.reserve(folders.value().size());
     for (const SubFolder &folder : folders.value())
-        entries.push_back({folder.name, folder.hasSubFolders, folder.hidden, EntryTag::FD});
+        entries.push_back(entryOf(folder));
     if (!m_tree.addChildren(node, entries))
         Q_EMIT ranOut();
 }

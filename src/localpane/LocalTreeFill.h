@@ -27,6 +27,9 @@ public:
     void showRoot(const QString &root);
     /// Rebuilds the tree from its root.
     void refill();
+    /// Adds the folders that are new in the root behind the others, and nothing else; says nothing.
+    /// True when there is nothing left for refill to do.
+    [[nodiscard]] bool addNewFolders();
     /// Replaces the placeholder of an unread node by its sub-folders.
     void ExpandNode(const QModelIndex &node);
     /// Reads a node's sub-folders again.

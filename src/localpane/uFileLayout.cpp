@@ -64,6 +64,10 @@ uFile::Parts::~Parts()
 {
     treeView->setDragPartner(nullptr);
     listView->setDragPartner(nullptr);
+    // The views may lay themselves out once more on their way out.
+    nodes->setIconSource({});
+    list->setIconSource({});
+    list->setLateSource({});
 }
 
 void uFile::Parts::build()

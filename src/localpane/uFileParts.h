@@ -2,6 +2,7 @@
 
 #include <memory>
 
+#include <QDeadlineTimer>
 #include <QObject>
 
 #include "localpane/IconList.h"
@@ -77,6 +78,9 @@ struct uFile::Parts final : public QObject, public LocalViews {
     void tick();
     void expandHovered();
     void look();
+    /// A look in the middle of somebody else's operation: it asks nothing, takes nothing from under
+    /// a person and little of the operation's time. What it leaves out the next look makes good.
+    void lookMeanwhile();
     /// Says that a folder is gone and shows the nearest one above it.
     void vanished(const QString &folder);
     void keysOut(bool quietly);
@@ -105,9 +109,12 @@ struct uFile::Parts final : public QObject, public LocalViews {
     int treeHeight = -1; ///< not placed yet; -1: the default
     int busyCount = 0;
     bool placed = false;
-    bool looking = false; ///< the watch is at work or a message about a lost folder shows
-    bool settled = false; ///< someone has gone about since the pane was built
-    bool ranOut = false;  ///< keysRanOut was raised
+    bool looking = false;   ///< the watch is at work or a message about a lost folder shows
+    bool owesTree = false;  ///< a look in the middle of an operation left something out
+    bool owesList = false;  ///< a look in the middle of an operation left something out
+    QDeadlineTimer rest{0}; ///< until which no look is taken in the middle of one
+    bool settled = false;   ///< someone has gone about since the pane was built
+    bool ranOut = false;    ///< keysRanOut was raised
 };
 
 } // namespace venlo

@@ -2,6 +2,7 @@
 #include <utility>
 
 #include <QApplication>
+#include <QElapsedTimer>
 #include <QScopedValueRollback>
 #include <QTimer>
 
@@ -31,10 +32,14 @@ void uFile::Parts::tick()
         return;
     // What a drag hovers over opens while the drag is on.
     expandHovered();
-    if (busy() || listFill->filling())
+    if (treeView->inHand() || listView->inHand() || listFill->filling())
         return;
-    settled = true;
     const QScopedValueRollback<bool> scope(looking, true);
+    if (rooms.gate.busy()) {
+        lookMeanwhile();
+        return;
+    }
+    settled = true;
     look();
 }
 
@@ -53,20 +58,42 @@ void uFile::Parts::look()
             vanished(root);
             return;
         }
-        if (treeFill->changed() || treeFill->differs())
+        const bool owed = std::exchange(owesTree, false);
+        if (owed || treeFill->changed() || treeFill->differs())
             treeFill->refill();
     }
     const QString folder = listFill->folder();
     if (folder.isEmpty())
         return;
+    const bool again = std::exchange(owesList, false) || listFill->unsure();
     if (!folderExists(folder))
         vanished(folder);
     else if (const QString chosen = NodePath(); !isSameFolder(chosen, folder))
         listFill->FillList(chosen); // reading the tree anew may have moved the selection
     else if (listFill->changed())
         listFill->refill();
-    else if (listFill->unsure())
+    else if (again)
         listFill->UpdateList();
+}
+
+void uFile::Parts::lookMeanwhile()
+{
+    constexpr int longestLook = 100; // milliseconds, in which Cancel is not heard
+    constexpr int share = 50;        // of the time, one part is for looks
+    if (!rest.hasExpired())
+        return;
+    QElapsedTimer clock;
+    clock.start();
+    // What is gone is said and left once the operation is through.
+    const QString folder = listFill->folder();
+    if (folderExists(treeFill->root()) && (treeFill->changed() || treeFill->differs()))
+        owesTree = !treeFill->addNewFolders() || owesTree;
+    if (folderExists(folder) && isSameFolder(NodePath(), folder) &&
+        (listFill->changed() || listFill->unsure())) {
+        owesList = true; // the sizes at least
+        listFill->updateQuietly(QDeadlineTimer(longestLook));
+    }
+    rest.setRemainingTime(clock.elapsed() * share);
 }
 
 void uFile::Parts::vanished(const QString &folder)

@@ -84,6 +84,7 @@ private Q_SLOTS:
     void uploadsNothingUnconfirmed();
     void asksNothingWithoutASelection();
     void leavesOutWhatMustNotGo();
+    void theWatchRests();
     void saysThatTheSourceIsGone();
     void sendsWhatTheDiskHoldsNow();
     void takesATurn();
@@ -210,6 +211,23 @@ void tst_Upload::leavesOutWhatMustNotGo()
         f.at(QStringLiteral("x\ty.txt")) +
             QStringLiteral(" : 名前に使用できない文字があるため､転送しません")};
     QCOMPARE(behind.lines.filter(QStringLiteral(" : ")), reasons);
+}
+
+void tst_Upload::theWatchRests()
+{
+    Fixture f;
+    QVERIFY(f.made);
+    bool shown = true;
+    QObject::connect(f.pane.get(), &uFile::eMsg, f.pane.get(), [&] {
+        QVERIFY(makeTree(f.here(), {{"new.txt", "1"}}));
+        f.tick();
+        shown = f.names().contains(QStringLiteral("new.txt"));
+    });
+    f.click(QStringLiteral("a.txt"));
+    f.pickUpload(f.listView());
+    QVERIFY(!shown);
+    f.tick();
+    QVERIFY(f.names().contains(QStringLiteral("new.txt")));
 }
 
 void tst_Upload::saysThatTheSourceIsGone()

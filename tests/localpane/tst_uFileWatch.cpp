@@ -42,7 +42,12 @@ private Q_SLOTS:
     void readsABareDriveOnceMore();
     void keepsSelectionAndScrollPosition();
     void keepsExpandedNodes();
-    void waitsWhileBusy();
+    void showsWhatArrivesDuringAnOperation();
+    void asksNothingDuringAnOperation();
+    void makesGoodWhatItLeftOutDuringAnOperation();
+    void beginsAnewOnlyBehindAnOperation();
+    void takesLittleOfAnOperationsTime();
+    void leavesAFolderThatTakesTooLong();
     void waitsWhileANameIsEdited();
     void waitsWhileAMenuIsOpen();
     void goesUpFromAFolderThatVanished();
@@ -136,17 +141,113 @@ void tst_uFileWatch::keepsExpandedNodes()
     QCOMPARE(f.pane->NodePath(), f.here());
 }
 
-void tst_uFileWatch::waitsWhileBusy()
+void tst_uFileWatch::showsWhatArrivesDuringAnOperation()
 {
     Fixture f;
+    f.click(QStringLiteral("a.txt"));
+    f.listView().setFocus();
+    const QString key = f.rowKey(QStringLiteral("a.txt"));
+    const auto turn = f.gate.begin();
     f.add("new.txt");
+    f.add("newer/");
+    f.add(".venlo-0123abcd.part");
+    f.tick();
+    QCOMPARE(f.names(), (QStringList{QStringLiteral("newer"), QStringLiteral("sub"),
+                                     QStringLiteral("a.txt"), QStringLiteral("new.txt")}));
+    QVERIFY(f.childrenOf(f.here()).contains(QStringLiteral("newer")));
+    QCOMPARE(f.rowKey(QStringLiteral("a.txt")), key);
+    QVERIFY(f.listView().selectionModel()->isRowSelected(f.rowOf(QStringLiteral("a.txt")), {}));
+    QCOMPARE(f.listView().selectionModel()->selectedRows().size(), 1);
+    QCOMPARE(f.pane->NodePath(), f.here());
+    QVERIFY(f.listView().hasFocus());
+}
+
+void tst_uFileWatch::asksNothingDuringAnOperation()
+{
+    Fixture f;
+    const QString deep = f.at(QStringLiteral("sub/deep/er"));
+    f.pane->SetRr(deep, {}, 0);
+    QVERIFY(QDir(f.at(QStringLiteral("sub/deep"))).removeRecursively());
     {
         const auto turn = f.gate.begin();
         f.tick();
-        QVERIFY(!f.names().contains(QStringLiteral("new.txt")));
+        QVERIFY(f.person.messages().isEmpty());
+        QCOMPARE(f.pane->NodePath(), deep);
+    }
+    f.person.expectMessage(deep + gone);
+    f.tick();
+    QCOMPARE(f.pane->NodePath(), f.sub());
+    QVERIFY(f.person.verify());
+}
+
+void tst_uFileWatch::makesGoodWhatItLeftOutDuringAnOperation()
+{
+    Fixture f;
+    {
+        const auto turn = f.gate.begin();
+        f.add("aa/in.txt");
+        QVERIFY(QDir(f.sub()).removeRecursively());
+        f.tick();
+        QCOMPARE(f.names(), (QStringList{QStringLiteral("aa"), QStringLiteral("a.txt")}));
+        QCOMPARE(f.childrenOf(f.here()),
+                 (QStringList{QStringLiteral("sub"), QStringLiteral("aa")}));
+        QCOMPARE(f.cell(QStringLiteral("aa"), LocalListFill::Size), QString());
     }
     f.tick();
-    QVERIFY(f.names().contains(QStringLiteral("new.txt")));
+    QCOMPARE(f.childrenOf(f.here()), QStringList{QStringLiteral("aa")});
+    QTRY_COMPARE(f.cell(QStringLiteral("aa"), LocalListFill::Size), QStringLiteral("1B"));
+}
+
+void tst_uFileWatch::beginsAnewOnlyBehindAnOperation()
+{
+    Fixture f;
+    f.tick();
+    f.rows().keys().restart(KeyCounter::last);
+    QSignalSpy out(f.pane.get(), &uFile::keysRanOut);
+    {
+        const auto turn = f.gate.begin();
+        f.add("new1");
+        f.add("new2");
+        f.tick();
+        QCOMPARE(f.rows().count(), 3);
+        QTest::qWait(0);
+        QVERIFY(out.isEmpty());
+        QVERIFY(f.person.messages().isEmpty());
+    }
+    f.tick();
+    QTRY_COMPARE(out.size(), 1);
+    QVERIFY(f.person.verify());
+}
+
+void tst_uFileWatch::takesLittleOfAnOperationsTime()
+{
+    Fixture f;
+    for (int i = 0; i < 400; ++i)
+        QVERIFY(makeTree(f.here(), {{QByteArray("f") + QByteArray::number(i), "1"}}));
+    const auto turn = f.gate.begin();
+    f.tick();
+    f.add("new.txt");
+    f.tick();
+    QVERIFY2(!f.names().contains(QStringLiteral("new.txt")), "right behind a look");
+    f.timer()->setInterval(20);
+    QTRY_VERIFY(f.names().contains(QStringLiteral("new.txt")));
+}
+
+void tst_uFileWatch::leavesAFolderThatTakesTooLong()
+{
+    Fixture f;
+    RowList rows(LocalListFill::layout());
+    PaneView view(PaneView::Kind::List);
+    view.setModel(&rows);
+    LocalListFill fill(rows, view, f.person);
+    fill.FillList(f.here());
+    f.add("new.txt");
+    fill.updateQuietly(QDeadlineTimer(0));
+    QCOMPARE(rows.count(), 2);
+    QVERIFY2(fill.changed(), "the next look reads it");
+    fill.updateQuietly(QDeadlineTimer(QDeadlineTimer::Forever));
+    QCOMPARE(rows.count(), 3);
+    QVERIFY(!fill.changed());
 }
 
 void tst_uFileWatch::waitsWhileANameIsEdited()
