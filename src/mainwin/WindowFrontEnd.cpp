@@ -44,6 +44,24 @@ public:
 private:
     bool m_overridden;
 };
+
+/// The window the person is at, other than besides; null while that is another program's.
+QWidget *activeWindow(const QWidget *besides)
+{
+    if (QWidget *modal = QApplication::activeModalWidget())
+        return modal;
+    QWidget *active = QApplication::activeWindow();
+    return active != besides ? active : nullptr;
+}
+
+QWidget *shownMainWindow()
+{
+    for (QWidget *window : QApplication::topLevelWidgets()) {
+        if (window->isVisible() && qobject_cast<QMainWindow *>(window) != nullptr)
+            return window;
+    }
+    return nullptr;
+}
 } // namespace
 
 WindowFrontEnd::WindowFrontEnd(ConsolePrinter &printer, const Flags &flags)
@@ -60,18 +78,9 @@ WindowFrontEnd::~WindowFrontEnd() = default;
 
 QWidget *WindowFrontEnd::windowInFront() const
 {
-    if (QWidget *modal = QApplication::activeModalWidget())
-        return modal;
-    if (QWidget *active = QApplication::activeWindow())
+    if (QWidget *active = activeWindow(nullptr))
         return active;
-    if (m_wait && m_wait->isVisible())
-        return m_wait.get();
-    // The person works in another program meanwhile: the box belongs to the main window even so.
-    for (QWidget *window : QApplication::topLevelWidgets()) {
-        if (window->isVisible() && qobject_cast<QMainWindow *>(window) != nullptr)
-            return window;
-    }
-    return nullptr;
+    return m_wait && m_wait->isVisible() ? m_wait.get() : shownMainWindow();
 }
 
 std::chrono::milliseconds WindowFrontEnd::boxLimit() const
@@ -181,6 +190,8 @@ void WindowFrontEnd::showWait(const QString &text)
         QObject::connect(m_wait.get(), &sfWait::cancelWanted, m_wait.get(),
                          [this] { requestCancel(); });
     }
+    const QWidget *active = activeWindow(m_wait.get());
+    m_wait->standBefore(active != nullptr ? active : shownMainWindow());
     m_wait->cMsg(text);
     yield();
 }

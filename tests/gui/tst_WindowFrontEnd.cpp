@@ -1,10 +1,15 @@
 #include <QApplication>
+#include <QDir>
 #include <QElapsedTimer>
+#include <QFile>
 #include <QLabel>
 #include <QMainWindow>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QScreen>
+#include <QTemporaryDir>
 #include <QTest>
+#include <QWindow>
 
 #include "gui/WindowDriver.h"
 #include "localpane/sfOwt.h"
@@ -38,11 +43,20 @@ public:
     int shows = 0;
     QStringList lines;
 };
+
+QRect secondScreen()
+{
+    return {800, 0, 1000, 900};
+}
 } // namespace
 
 class tst_WindowFrontEnd : public QObject
 {
     Q_OBJECT
+
+public:
+    /// Two screens side by side.
+    static void initMain();
 
 private Q_SLOTS:
     void init();
@@ -55,6 +69,7 @@ private Q_SLOTS:
     void anInterruptIsCancel();
     void overwriteUnderTheFlag();
     void waitWindow();
+    void waitingBelongsToTheMainWindow();
     void closingTheWaitWindowCancels();
     void statusGoesToTheFirstShowingWindow();
     void fastStatusLinesAreShownTogether();
@@ -73,6 +88,28 @@ private:
     bool m_interrupted = false;
     std::unique_ptr<WindowFrontEnd> m_desk;
 };
+
+void tst_WindowFrontEnd::initMain()
+{
+    static const QTemporaryDir folder;
+    const auto screen = [](const QRect &at) {
+        return QStringLiteral(R"({"name": "%1", "x": %1, "y": %2, "width": %3, "height": %4,)"
+                              R"( "logicalDpi": 96, "logicalBaseDpi": 96, "dpr": 1})")
+            .arg(at.x())
+            .arg(at.y())
+            .arg(at.width())
+            .arg(at.height())
+            .toLatin1();
+    };
+    // Named without its folder, whose path may hold the colon that parts the options.
+    QFile file(folder.filePath(QStringLiteral("screens")));
+    const QByteArray screens =
+        R"({"screens": [)" + screen({0, 0, 800, 800}) + ", " + screen(secondScreen()) + "]}";
+    if (!file.open(QIODevice::WriteOnly) || file.write(screens) != screens.size() ||
+        !QDir::setCurrent(folder.path()))
+        qFatal("the screens cannot be described");
+    qputenv("QT_QPA_PLATFORM", "offscreen:configfile=screens");
+}
 
 void tst_WindowFrontEnd::init()
 {
@@ -207,6 +244,37 @@ void tst_WindowFrontEnd::waitWindow()
     QVERIFY(QApplication::overrideCursor() == nullptr);
     m_desk->closeWait();
     QVERIFY(QApplication::overrideCursor() == nullptr);
+}
+
+void tst_WindowFrontEnd::waitingBelongsToTheMainWindow()
+{
+    const auto waiting = [] {
+        for (QWidget *window : QApplication::topLevelWidgets()) {
+            if (window->objectName() == QLatin1String("sfWait") && window->isVisible())
+                return window;
+        }
+        qFatal("no wait window shows");
+    };
+    m_desk->showWait(QStringLiteral("起動中です"));
+    QVERIFY2(waiting()->windowHandle()->transientParent() == nullptr, "nothing else shows yet");
+    m_desk->closeWait();
+    {
+        QMainWindow main;
+        main.setGeometry({secondScreen().center(), QSize(300, 200)});
+        main.show();
+        QVERIFY(QTest::qWaitForWindowActive(&main));
+        QCOMPARE(main.screen()->geometry(), secondScreen());
+        m_desk->showWait(QStringLiteral("比較しています"));
+        QVERIFY(QTest::qWaitForWindowActive(waiting()));
+        m_desk->showWait(QStringLiteral("更新しています"));
+        QCOMPARE(waiting()->windowHandle()->transientParent(), main.windowHandle());
+        QVERIFY(secondScreen().contains(waiting()->geometry()));
+        m_desk->closeWait();
+    }
+    // Its owner has gone, the window has not.
+    m_desk->showWait(QStringLiteral("終了中です"));
+    QVERIFY(waiting()->windowHandle()->transientParent() == nullptr);
+    m_desk->closeWait();
 }
 
 void tst_WindowFrontEnd::closingTheWaitWindowCancels()

@@ -6,6 +6,7 @@
 #include <QLabel>
 #include <QScreen>
 #include <QVBoxLayout>
+#include <QWindow>
 
 namespace venlo
 {
@@ -16,8 +17,8 @@ constexpr int narrowest = 32; // characters of average width
 constexpr int widest = 60;
 } // namespace
 
-sfWait::sfWait(QWidget *parent)
-    : QDialog(parent, Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint),
+sfWait::sfWait()
+    : QDialog(nullptr, Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint),
       m_panel(new QLabel(this))
 {
     setObjectName(QStringLiteral("sfWait"));
@@ -64,6 +65,13 @@ void sfWait::cEnd()
     hide();
 }
 
+void sfWait::standBefore(const QWidget *owner)
+{
+    (void)winId(); // makes the window that can have an owner
+    windowHandle()->setTransientParent(owner != nullptr ? owner->window()->windowHandle()
+                                                        : nullptr);
+}
+
 void sfWait::reject()
 {
     Q_EMIT cancelWanted();
@@ -77,7 +85,8 @@ void sfWait::closeEvent(QCloseEvent *event)
 
 void sfWait::centre()
 {
-    const QScreen *onto = parentWidget() != nullptr ? parentWidget()->screen() : screen();
+    const QWindow *owner = windowHandle() != nullptr ? windowHandle()->transientParent() : nullptr;
+    const QScreen *onto = owner != nullptr ? owner->screen() : screen();
     adjustSize();
     move(onto->availableGeometry().center() - rect().center());
 }

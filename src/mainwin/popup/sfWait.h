@@ -16,13 +16,17 @@ class sfWait : public QDialog
     Q_OBJECT
 
 public:
-    explicit sfWait(QWidget *parent = nullptr);
+    sfWait();
     ~sfWait() override;
 
     /// Shows the text at once, or puts it into the window that shows already; an empty one is
     /// replaced by a plain request to wait.
     void cMsg(const QString &text);
     void cEnd();
+
+    /// Stands before that window and on its screen from the next cMsg on; null for none. It does
+    /// not become the other one's child: whoever made it owns it.
+    void standBefore(const QWidget *owner);
 
     void reject() override;
 
