@@ -263,7 +263,9 @@ void tst_sfSite::newKeepsProxyAndTicks()
         QCOMPARE(part<QLineEdit>(window, "txPxy").text(), QStringLiteral("proxy:8080"));
         QVERIFY(part<QCheckBox>(window, "chPsv").isChecked());
         QVERIFY(part<QListWidget>(window, "lsSite").selectedItems().isEmpty());
-        QVERIFY(!button(window, 0).isEnabled());
+        QCOMPARE(enabledButtons(window), QStringLiteral("2,3,4"));
+        type(window, 0, QStringLiteral("nara"));
+        QCOMPARE(enabledButtons(window), QStringLiteral("0,2,3,4"));
     });
 }
 
@@ -275,8 +277,12 @@ void tst_sfSite::withoutSelection()
     act([](QWidget &window) {
         pick(window, 0);
         press(window, 3);
-        press(window, 1);
+        QVERIFY(!button(window, 1).isEnabled());
         press(window, 2);
+        pick(window, 0);
+        QVERIFY(button(window, 1).isEnabled());
+        unpick(window, 0);
+        press(window, 1);
         QCOMPARE(listed(window), QStringLiteral("Kyoto,tokyo"));
     });
 }

@@ -51,11 +51,29 @@ inline void press(QWidget &window, int index)
     return part<QListWidget>(window, "lsSite");
 }
 
-inline void pick(QWidget &window, int row)
+inline void pick(QWidget &window, int row, Qt::KeyboardModifiers keys = {})
 {
     QListWidget &names = list(window);
-    QTest::mouseClick(names.viewport(), Qt::LeftButton, {},
+    QTest::mouseClick(names.viewport(), Qt::LeftButton, keys,
                       names.visualItemRect(names.item(row)).center());
+}
+
+/// Takes the selection of that entry back.
+inline void unpick(QWidget &window, int row)
+{
+    pick(window, row, Qt::ControlModifier);
+    QVERIFY(list(window).selectedItems().isEmpty());
+}
+
+/// Their numbers, joined with commas.
+[[nodiscard]] inline QString enabledButtons(QWidget &window)
+{
+    QStringList numbers;
+    for (int i = 0; i < 5; ++i) {
+        if (button(window, i).isEnabled())
+            numbers.append(QString::number(i));
+    }
+    return numbers.join(QLatin1Char(','));
 }
 
 [[nodiscard]] inline QString listed(QWidget &window)

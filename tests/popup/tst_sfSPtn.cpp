@@ -261,7 +261,9 @@ void tst_sfSPtn::newEmptiesEverything()
             QVERIFY(box(window, i).text().isEmpty());
         QVERIFY(!part<QCheckBox>(window, "chCmp0").isChecked());
         QVERIFY(list(window).selectedItems().isEmpty());
-        QVERIFY(!button(window, 0).isEnabled());
+        QCOMPARE(enabledButtons(window), QStringLiteral("2,3,4"));
+        type(window, 0, QStringLiteral("c"));
+        QCOMPARE(enabledButtons(window), QStringLiteral("0,2,3,4"));
     }));
 }
 
@@ -272,8 +274,12 @@ void tst_sfSPtn::withoutSelection()
     m_store->person.expectMessage(words);
     QVERIFY(!act(QStringLiteral("a"), [](QWidget &window) {
         press(window, 3);
-        press(window, 1);
+        QVERIFY(!button(window, 1).isEnabled());
         press(window, 2);
+        pick(window, 0);
+        QVERIFY(button(window, 1).isEnabled());
+        unpick(window, 0);
+        press(window, 1);
     }));
     QCOMPARE(m_store->stored(QStringLiteral("Select Count(*) From msSync")), QStringLiteral("2"));
 }

@@ -46,9 +46,10 @@ void RegistryForm::picked()
 
 void RegistryForm::startNew()
 {
+    // The entry is still selected while its boxes are emptied: there is nothing left to update.
+    clearBoxes();
     m_list->clearSelection();
     m_list->setCurrentRow(-1);
-    clearBoxes();
     setButtons();
 }
 
