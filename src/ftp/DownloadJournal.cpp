@@ -8,6 +8,8 @@
 #include <QLockFile>
 #include <QUuid>
 
+#include <algorithm>
+
 namespace venlo
 {
 
@@ -125,18 +127,19 @@ bool DownloadJournal::open()
 
 void DownloadJournal::begin(const QString &temporaryPath)
 {
-    if (temporaryPath == m_noted || !open())
+    if (!open())
         return;
-    end();
-    if (m_file.write(temporaryPath.toUtf8()) > 0)
-        m_noted = temporaryPath;
+    const QByteArray note = temporaryPath.toUtf8();
+    if (note.size() < m_length)
+        end();
+    if (m_file.seek(0))
+        m_length = std::max(m_length, m_file.write(note));
 }
 
 void DownloadJournal::end()
 {
-    m_noted.clear();
-    if (m_file.isOpen() && m_file.resize(0))
-        m_file.seek(0);
+    if (m_length > 0 && m_file.resize(0))
+        m_length = 0;
 }
 
 } // namespace venlo

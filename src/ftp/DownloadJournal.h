@@ -23,12 +23,12 @@ public:
     DownloadJournal(const DownloadJournal &) = delete;
     DownloadJournal &operator=(const DownloadJournal &) = delete;
 
-    /// Notes the one file in progress. A journal that cannot be written is no reason not to
-    /// download.
+    /// Notes the one file in progress in the place of the one before. A journal that cannot be
+    /// written is no reason not to download.
     void begin(const QString &temporaryPath);
+    /// Nothing is in progress any more. Once for many files that follow each other is enough: a
+    /// note of a file that is not there does no harm while the process lives.
     void end();
-    /// The path that begin() was told and end() has not taken back.
-    [[nodiscard]] const QString &noted() const { return m_noted; }
     /// What the downloads of all living processes write at present, absolute paths.
     [[nodiscard]] QStringList live() const;
 
@@ -38,8 +38,8 @@ private:
     void sweepLocks();
 
     QString m_folder;
-    QString m_noted;
     QFile m_file;
+    qint64 m_length = 0; ///< bytes of the note
     std::unique_ptr<QLockFile> m_lock;
 };
 

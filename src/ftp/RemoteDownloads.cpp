@@ -9,6 +9,7 @@
 #include "platform/TemporaryName.h"
 #include "shared/RemotePath.h"
 
+#include <QDir>
 #include <QFileInfo>
 #include <QScopeGuard>
 
@@ -17,7 +18,6 @@ namespace venlo
 
 namespace
 {
-constexpr qsizetype fewestReadTogether = 4; ///< names for which a whole directory's rows are read
 constexpr double year1970 = 25569; // day count; an entry without a time has a far earlier one
 
 /// A cached wall clock as a time of this machine.
@@ -51,11 +51,11 @@ bool RemoteDownloads::getFiles(const QString &path, const QStringList &names,
     // A folder that cannot be made is what each of its files then fails with.
     if (const auto made = sjLocFold(folder); !made)
         m_context.note(QStringLiteral("%1: %2").arg(folder, made.error().words));
-    return getInto(SteadyFolder(folder), path, names);
+    return getInto(SteadyFolder(folder), path, names, {});
 }
 
 bool RemoteDownloads::getInto(const SteadyFolder &local, const QString &path,
-                              const QStringList &names)
+                              const QStringList &names, const CachedFiles &known)
 {
     const QString &folder = local.path();
     if (!m_context.enter(path, false))
@@ -65,10 +65,12 @@ bool RemoteDownloads::getInto(const SteadyFolder &local, const QString &path,
         m_swept.insert(folder);
         sweepTemporaryNames(folder, m_start, m_journal.live());
     }
-    const auto flush = qScopeGuard([&folder] { flushFolder(folder); });
-    // A query of its own costs more than the rest of a small file's bookkeeping.
-    const CachedFiles known =
-        names.size() >= fewestReadTogether ? m_context.cache.cachedFiles(dir) : CachedFiles();
+    const int before = m_replaced;
+    const auto settle = qScopeGuard([this, before, &folder] {
+        m_journal.end();
+        if (m_replaced != before)
+            flushFolder(folder.isEmpty() ? QDir::rootPath() : folder);
+    });
     for (const QString &name : names) {
         if (name.isEmpty())
             continue;
@@ -184,6 +186,8 @@ Result<void> RemoteDownloads::fetch(const SteadyFolder &folder, const Item &item
     auto replaced = temporary.replace(item.target, received.value(), timeFor(item, raw), timeSet);
     if (!timeSet)
         m_context.note(QStringLiteral("time not set: ") + item.target);
+    if (replaced)
+        ++m_replaced;
     return replaced;
 }
 

@@ -44,12 +44,12 @@ private:
     enum class Decision { Fetch, Skip, Cancel };
 
     [[nodiscard]] bool getTree(const QString &local, const QString &remote, int depth);
+    using CachedFiles = QHash<QString, DirectoryCache::CachedFile>;
+    /// known: rows of the directory that were read together; those of other names are asked for.
     [[nodiscard]] bool getInto(const SteadyFolder &folder, const QString &dir,
-                               const QStringList &names);
+                               const QStringList &names, const CachedFiles &known);
     /// Sub-folder and file names; says what the listing did not show.
     void namesOf(const QString &local, const QString &remote, QString &folders, QString &files);
-    using CachedFiles = QHash<QString, DirectoryCache::CachedFile>;
-    /// known: what was read of the directory's rows together.
     [[nodiscard]] Item itemOf(const QString &dir, const QString &name, const QString &folder,
                               const CachedFiles &known);
     [[nodiscard]] Decision decide(const Item &item);
@@ -63,6 +63,7 @@ private:
     DownloadJournal m_journal;
     QDateTime m_start;
     int m_folders = 0;     ///< of the tree in hand
+    int m_replaced = 0;    ///< files that took their places
     QSet<QString> m_swept; ///< folders that hold no leftover of an earlier run any more
 };
 

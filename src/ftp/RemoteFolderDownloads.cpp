@@ -64,7 +64,8 @@ bool RemoteDownloads::getTree(const QString &local, const QString &remote, int d
     QString files;
     namesOf(local, remote, folders, files);
     m_context.status(remote + QStringLiteral(" > ") + local + QStringLiteral(" Down Loading････"));
-    if (!getInto(steady, remote, splitNames(files)))
+    // A query for each file costs more than the rest of a small one's bookkeeping.
+    if (!getInto(steady, remote, splitNames(files), m_context.cache.cachedFiles(remote)))
         return false;
     for (const QString &folder : splitNames(folders)) {
         if (steady.leadsAway()) {

@@ -17,7 +17,7 @@ constexpr auto freshness = 20s;
 
 Result<bool> RemoteLook::shows(const QString &dir, const QString &name)
 {
-    if (dir != m_dir || m_fresh.hasExpired()) {
+    if (dir != m_dir || m_fresh.hasExpired() || m_connects != m_context.session.connects()) {
         m_fresh = QDeadlineTimer(0);
         const auto looked =
             m_context.fiveAttempts(dir, [this, &dir]() -> Result<void> { return look(dir); });
@@ -26,6 +26,7 @@ Result<bool> RemoteLook::shows(const QString &dir, const QString &name)
         if (looked.end != OperationContext::End::Done)
             return looked.error;
         m_dir = dir;
+        m_connects = m_context.session.connects();
         m_fresh = QDeadlineTimer(freshness);
     }
     return m_names.contains(name.toCaseFolded());

@@ -115,6 +115,11 @@ Result<bool> RemoteOperations::shows(const QString &dir, const QString &name)
     return m->look.shows(dir, name);
 }
 
+void RemoteOperations::lookAnew()
+{
+    m->look.forget();
+}
+
 void RemoteOperations::ftRename(const QString &dir, const QString &oldName, QString newName,
                                 bool folder, bool &ok)
 {

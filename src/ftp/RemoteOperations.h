@@ -53,6 +53,8 @@ public:
 
     /// Whether the server shows an entry right now, see RemoteLook; an error when it does not say.
     [[nodiscard]] Result<bool> shows(const QString &dir, const QString &name);
+    /// What shows() has seen up to now does not count any more.
+    void lookAnew();
 
     [[nodiscard]] const OperationCounts &counts() const { return m_counts; }
     void resetCounts() { m_counts = {}; }

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QByteArray>
 #include <QString>
 
 namespace venlo
@@ -22,8 +21,7 @@ public:
 
 private:
     QString m_path;
-    QString m_real;        ///< empty while there is no folder
-    QByteArray m_identity; ///< of the folder there was, where the system tells
+    QString m_real; ///< empty while there is no folder
 };
 
 } // namespace venlo

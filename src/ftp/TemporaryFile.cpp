@@ -12,21 +12,10 @@ namespace venlo
 namespace
 {
 constexpr qint64 longFlush = 8LL * 1024 * 1024; ///< bytes a disk takes longer for than an eye sees
-
-/// The journal's if it is one in this folder: a note is several calls of the system.
-QString temporaryPathIn(const QString &folder, const DownloadJournal &journal)
-{
-    const auto pathOf = [&folder](const QString &name) {
-        return QFileInfo(localChild(folder, name)).absoluteFilePath();
-    };
-    const QString &noted = journal.noted();
-    return !noted.isEmpty() && pathOf(localName(noted)) == noted ? noted
-                                                                 : pathOf(newTemporaryName());
 }
-} // namespace
 
 TemporaryFile::TemporaryFile(DownloadJournal &journal, const QString &folder)
-    : m_journal(journal), m_file(temporaryPathIn(folder, journal))
+    : m_journal(journal), m_file(localChild(folder, newTemporaryName()))
 {
 }
 
@@ -51,7 +40,7 @@ void TemporaryFile::close()
 
 Result<void> TemporaryFile::open()
 {
-    m_journal.begin(m_file.fileName());
+    m_journal.begin(QFileInfo(m_file.fileName()).absoluteFilePath());
     m_there = m_file.open(QIODevice::WriteOnly | QIODevice::NewOnly);
     if (m_there)
         return {};

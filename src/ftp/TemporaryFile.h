@@ -13,8 +13,7 @@ namespace venlo
 {
 
 /// A download in the making: a file under a temporary name beside its target, noted in the
-/// journal while it exists. Deleted with this object unless it took the target's place; then its
-/// name, and the note, serve the next one in the same folder.
+/// journal while it exists. Deleted with this object unless it took the target's place.
 class TemporaryFile
 {
 public:
@@ -31,7 +30,7 @@ public:
     [[nodiscard]] Result<void> flush(const Aside &aside);
     /// Sets the time where it is valid and replaces the target in one step. On failure the target
     /// is as it was. timeSet turns false when the file system does not take the time, which is no
-    /// failure. The caller flushes the folder (flushFolder) once it holds what is to come.
+    /// failure. What is left to do once for many: the journal's end(), and flushFolder().
     [[nodiscard]] Result<void> replace(const QString &target, qint64 size, const QDateTime &time,
                                        bool &timeSet);
 

@@ -25,10 +25,6 @@ bool makePrivateFile(const QString &path);
 /// than it was opened by. Empty when the system does not tell.
 [[nodiscard]] QString presentPath(const QFile &file);
 
-/// What tells a folder from every other one on this machine while it exists, links followed; the
-/// same whatever path leads to it. Empty when there is none, or when the system does not tell.
-[[nodiscard]] QByteArray folderIdentity(const QString &path);
-
 /// When a folder's new entry is forced to the disk: at once, or by flushFolder, once for many.
 enum class FolderFlush { Now, Later };
 

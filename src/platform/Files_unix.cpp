@@ -64,15 +64,6 @@ QString presentPath(const QFile &file)
     return length > 0 ? QFile::decodeName(QByteArray(path.data(), length)) : QString();
 }
 
-QByteArray folderIdentity(const QString &path)
-{
-    struct stat there = {};
-    if (stat(QFile::encodeName(path).constData(), &there) != 0 || !S_ISDIR(there.st_mode))
-        return {};
-    return QByteArray::number(static_cast<qulonglong>(there.st_dev)) + ' ' +
-           QByteArray::number(static_cast<qulonglong>(there.st_ino));
-}
-
 bool replaceFile(const QString &from, const QString &to, FolderFlush flush)
 {
     if (rename(QFile::encodeName(from).constData(), QFile::encodeName(to).constData()) != 0)

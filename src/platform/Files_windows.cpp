@@ -48,12 +48,6 @@ QString presentPath(const QFile &file)
     return QFileInfo(file).absoluteFilePath();
 }
 
-/// A look at a path costs less than opening what it leads to.
-QByteArray folderIdentity(const QString & /*path*/)
-{
-    return {};
-}
-
 void flushFolder(const QString & /*folder*/) {}
 
 bool replaceFile(const QString &from, const QString &to, FolderFlush /*flush*/)

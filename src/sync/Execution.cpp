@@ -23,6 +23,7 @@ int Execution::run(SyncReview &review, bool unattended)
     m_unattended = unattended;
     m_cancelled = false;
     m_flags.unattendedTransfer = true;
+    m_worker.begin();
     for (int number = 1; number <= maxPasses; ++number) {
         if (pendingRows(review) == 0)
             return number == 1 ? NothingToDo : Done;

@@ -71,6 +71,11 @@ PairWorker::PairWorker(Session &session, RemoteOperations &operations, FrontEnd 
 {
 }
 
+void PairWorker::begin()
+{
+    m_operations.lookAnew();
+}
+
 bool PairWorker::connected()
 {
     return m_session.connected();

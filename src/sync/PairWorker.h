@@ -16,6 +16,7 @@ class PairWorker : public RowWorker
 public:
     PairWorker(Session &session, RemoteOperations &operations, FrontEnd &frontEnd);
 
+    void begin() override;
     [[nodiscard]] bool connected() override;
     [[nodiscard]] bool reconnect() override;
     [[nodiscard]] RowEnd work(const SyncReview &review, int row) override;

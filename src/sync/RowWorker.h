@@ -19,6 +19,8 @@ class RowWorker
 {
 public:
     virtual ~RowWorker() = default;
+    /// An execution begins: what earlier ones saw of the server does not count any more.
+    virtual void begin() {}
     /// The session is connected (state 2).
     [[nodiscard]] virtual bool connected() = 0;
     /// The session's reconnect step.

@@ -1,5 +1,5 @@
-// The files and folders a download works with: temporary files that follow each other, and a
-// folder whose path leads somewhere else by now.
+// The files and folders a download works with: temporary files and their notes, and a folder whose
+// path leads somewhere else by now.
 #include "ftp/SteadyFolder.h"
 #include "ftp/TemporaryFile.h"
 #include "platform/TemporaryName.h"
@@ -16,16 +16,18 @@ class tst_DownloadFiles : public QObject
 
 private Q_SLOTS:
     void init();
-    void oneNameForAFolder();
-    void anotherFolderAnotherName();
-    void aFailedOneGivesItsNameBack();
+    void takesItsPlace();
+    void aFailedOneLeavesNothing();
     void theNoteFollowsTheFile();
     void steadyWhileNothingHappens();
     void steadyWhenMadeAnew();
+    void goneLeadsNowhere();
+#ifdef Q_OS_UNIX // links that a program without rights can make
+    void behindALink();
     void steadyThroughALink();
     void leadsAwayByALink();
     void leadsAwayByALinkAbove();
-    void goneLeadsNowhere();
+#endif
 
 private:
     struct Put {
@@ -33,8 +35,14 @@ private:
         bool done = false;
     };
     [[nodiscard]] Put put(const QString &folder, const QString &name);
-    [[nodiscard]] QString at(const QString &name) const { return m_folder->filePath(name); }
-    void makeFolder(const QString &name) const { QVERIFY(QDir(m_folder->path()).mkpath(name)); }
+    [[nodiscard]] QString at(const QString &name) const
+    {
+        return m_folder->filePath(name);
+    }
+    void makeFolder(const QString &name) const
+    {
+        QVERIFY(QDir(m_folder->path()).mkpath(name));
+    }
 
     std::unique_ptr<QTemporaryDir> m_folder;
     std::unique_ptr<QTemporaryDir> m_user;
@@ -69,52 +77,46 @@ tst_DownloadFiles::Put tst_DownloadFiles::put(const QString &folder, const QStri
     return result;
 }
 
-void tst_DownloadFiles::oneNameForAFolder()
+void tst_DownloadFiles::takesItsPlace()
 {
     const Put first = put(QStringLiteral("a"), QStringLiteral("1"));
-    QVERIFY(first.done);
     const Put second = put(QStringLiteral("a"), QStringLiteral("2"));
-    QVERIFY(second.done);
+    QVERIFY(first.done && second.done);
     QVERIFY(isTemporaryName(first.temporary));
-    QCOMPARE(second.temporary, first.temporary);
+    QVERIFY(isTemporaryName(second.temporary));
+    QVERIFY(second.temporary != first.temporary); // nobody else can be in its way
     QCOMPARE(QDir(at(QStringLiteral("a"))).entryList(QDir::Files | QDir::Hidden),
              QStringList({QStringLiteral("1"), QStringLiteral("2")}));
 }
 
-void tst_DownloadFiles::anotherFolderAnotherName()
-{
-    const Put first = put(QStringLiteral("a"), QStringLiteral("1"));
-    const Put second = put(QStringLiteral("b"), QStringLiteral("1"));
-    QVERIFY(first.done && second.done);
-    QVERIFY(isTemporaryName(second.temporary));
-    QVERIFY(second.temporary != first.temporary);
-}
-
-void tst_DownloadFiles::aFailedOneGivesItsNameBack()
+void tst_DownloadFiles::aFailedOneLeavesNothing()
 {
     makeFolder(QStringLiteral("a/taken"));
-    const Put first = put(QStringLiteral("a"), QStringLiteral("taken"));
-    QVERIFY(!first.done);
-    QVERIFY(isTemporaryName(first.temporary));
-    QVERIFY(!QFile::exists(at(QStringLiteral("a/") + first.temporary)));
-    QCOMPARE(m_journal->noted(), QString());
-    const Put second = put(QStringLiteral("a"), QStringLiteral("1"));
-    QVERIFY(second.done);
-    QVERIFY(second.temporary != first.temporary);
+    const Put failed = put(QStringLiteral("a"), QStringLiteral("taken"));
+    QVERIFY(!failed.done);
+    QVERIFY(isTemporaryName(failed.temporary));
+    QVERIFY(!QFile::exists(at(QStringLiteral("a/") + failed.temporary)));
+    QCOMPARE(DownloadJournal(m_user->path()).live(), QStringList());
 }
 
+/// Longer and shorter paths, one upon the other.
 void tst_DownloadFiles::theNoteFollowsTheFile()
 {
+    makeFolder(QStringLiteral("a/much longer than that"));
     const DownloadJournal neighbour(m_user->path());
-    for (const QString &folder : {QStringLiteral("a"), QStringLiteral("a"), QStringLiteral("b")}) {
+    for (const char *name : {"a", "a", "a/much longer than that", "b"}) {
+        const QString folder = QString::fromLatin1(name);
         TemporaryFile file(*m_journal, at(folder));
         QVERIFY(file.open());
         const QStringList live = neighbour.live();
         QCOMPARE(live.size(), 1);
         QVERIFY(QFile::exists(live.at(0)));
         QCOMPARE(QFileInfo(live.at(0)).path(), at(folder));
+        bool timeSet = true;
+        QVERIFY(file.replace(at(folder + QStringLiteral("/f")), 0, {}, timeSet));
     }
-    QCOMPARE(neighbour.live(), QStringList()); // none of them took a place
+    m_journal->end();
+    QCOMPARE(neighbour.live(), QStringList());
 }
 
 void tst_DownloadFiles::steadyWhileNothingHappens()
@@ -133,6 +135,24 @@ void tst_DownloadFiles::steadyWhenMadeAnew()
     QVERIFY(!folder.leadsAway());
 }
 
+void tst_DownloadFiles::goneLeadsNowhere()
+{
+    const SteadyFolder folder(at(QStringLiteral("a")));
+    QVERIFY(QDir(m_folder->path()).rmdir(QStringLiteral("a")));
+    QVERIFY(!folder.leadsAway());
+}
+
+#ifdef Q_OS_UNIX
+/// The path of a folder is the system's to follow: ".." behind a link is not what it reads like.
+void tst_DownloadFiles::behindALink()
+{
+    makeFolder(QStringLiteral("real/deep"));
+    makeFolder(QStringLiteral("real/data"));
+    QVERIFY(QFile::link(at(QStringLiteral("real/deep")), at(QStringLiteral("link"))));
+    QVERIFY(put(QStringLiteral("link/../data"), QStringLiteral("1")).done);
+    QVERIFY(QFile::exists(at(QStringLiteral("real/data/1"))));
+}
+
 void tst_DownloadFiles::steadyThroughALink()
 {
     QVERIFY(QFile::link(at(QStringLiteral("a")), at(QStringLiteral("link"))));
@@ -143,11 +163,13 @@ void tst_DownloadFiles::steadyThroughALink()
     QVERIFY(folder.leadsAway());
 }
 
+/// Also where the other folder has got the number that the first one had.
 void tst_DownloadFiles::leadsAwayByALink()
 {
     const SteadyFolder folder(at(QStringLiteral("a")));
     QVERIFY(QDir(m_folder->path()).rmdir(QStringLiteral("a")));
-    QVERIFY(QFile::link(at(QStringLiteral("b")), at(QStringLiteral("a"))));
+    makeFolder(QStringLiteral("new"));
+    QVERIFY(QFile::link(at(QStringLiteral("new")), at(QStringLiteral("a"))));
     QVERIFY(folder.leadsAway());
 }
 
@@ -160,13 +182,7 @@ void tst_DownloadFiles::leadsAwayByALinkAbove()
     QVERIFY(QFile::link(at(QStringLiteral("b")), at(QStringLiteral("a"))));
     QVERIFY(folder.leadsAway());
 }
-
-void tst_DownloadFiles::goneLeadsNowhere()
-{
-    const SteadyFolder folder(at(QStringLiteral("a")));
-    QVERIFY(QDir(m_folder->path()).rmdir(QStringLiteral("a")));
-    QVERIFY(!folder.leadsAway());
-}
+#endif
 
 QTEST_GUILESS_MAIN(tst_DownloadFiles)
 #include "tst_DownloadFiles.moc"

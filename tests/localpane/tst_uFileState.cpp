@@ -208,7 +208,7 @@ void tst_uFileState::leavesColumnsThatAreNotNamed()
 {
     Fixture f;
     f.pane->SetRr({}, QStringLiteral("101,102,103,104,105,106"), 0);
-    f.pane->SetRr({}, QStringLiteral("120,130"), 0);
+    f.pane->SetRr({}, QStringLiteral("120,130.5"), 0);
     QCOMPARE(f.listView().columnWidth(0), 120);
     QCOMPARE(f.listView().columnWidth(1), 130);
     QCOMPARE(f.listView().columnWidth(2), 103);

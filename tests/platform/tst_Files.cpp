@@ -27,7 +27,6 @@ private Q_SLOTS:
 #ifdef Q_OS_UNIX
     void presentPathAfterAMove();
 #endif
-    void folderIdentities();
     void movesAFolder();
     void moveRefusesWhatIsThere_data();
     void moveRefusesWhatIsThere();
@@ -155,24 +154,6 @@ void tst_Files::presentPathAfterAMove()
              QFileInfo(path("moved")).canonicalFilePath() + QStringLiteral("/f"));
 }
 #endif
-
-void tst_Files::folderIdentities()
-{
-    QVERIFY(QDir(m_folder->path()).mkdir(QStringLiteral("d")));
-    QCOMPARE(folderIdentity(path("none")), QByteArray());
-    QCOMPARE(folderIdentity(write("file", "x")), QByteArray());
-    const QByteArray identity = folderIdentity(path("d"));
-#ifdef Q_OS_UNIX
-    QVERIFY(!identity.isEmpty());
-    QVERIFY(identity != folderIdentity(m_folder->path()));
-    QVERIFY(QDir().rename(path("d"), path("e")));
-    QCOMPARE(folderIdentity(path("e")), identity);
-    QVERIFY(QFile::link(path("e"), path("d")));
-    QCOMPARE(folderIdentity(path("d")), identity);
-#else
-    QCOMPARE(identity, QByteArray());
-#endif
-}
 
 void tst_Files::movesAFolder()
 {

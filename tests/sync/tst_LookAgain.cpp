@@ -28,6 +28,7 @@ private Q_SLOTS:
     void newcomersInAWholeFolder();
     void aFolderThatAppeared();
     void temporaryFilesGoWithTheirFolder();
+    void everyExecutionLooksAnew();
     void madeAgainBeforeARemoteDeletion();
     void whatAnEarlierPassPutThere();
     void linksOnTheWayOfAnUpload_data();
@@ -155,6 +156,22 @@ void tst_LookAgain::temporaryFilesGoWithTheirFolder()
     compareAll(true);
     QCOMPARE(execute(), 1);
     QVERIFY(!QFile::exists(path("old")));
+}
+
+/// What an execution saw of the server a moment ago says nothing about now.
+void tst_LookAgain::everyExecutionLooksAnew()
+{
+    m_server->put("/pub/both", "theirs", noon);
+    write({{"both", "theirs", noon}, {"first", "mine"}});
+    compareAll(true);
+    QCOMPARE(execute(), 1);
+    QVERIFY(!QFile::exists(path("first")));
+    QVERIFY(m_server->tree().removeFile("/pub/both"));
+    m_review = std::make_unique<SyncReview>(m_world->compare(true, pub));
+    m_review->load(m_world->database);
+    QCOMPARE(execute(), 1);
+    QCOMPARE(reasons(), QStringList());
+    QVERIFY(!QFile::exists(path("both")));
 }
 
 void tst_LookAgain::madeAgainBeforeARemoteDeletion()
