@@ -226,8 +226,7 @@ int Program::dispatch(const CommandLine &commandLine)
         if (turn)
             status = runVerb(commandLine);
     }
-    const bool opens = verb == QLatin1String("open") || verb == QLatin1String("openp");
-    if (opens && status == BatchRunner::Ok)
+    if (m_rooms->batchRunner->opened())
         m_window.stay();
     return status;
 }

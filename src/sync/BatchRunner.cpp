@@ -95,6 +95,7 @@ int BatchRunner::OpenSite(const QString &site)
     if (!ok)
         return m_siteKnown ? NotCarriedOut : Unusable;
     m_rooms.window->showMainWindow(site);
+    m_opened = true;
     return Ok;
 }
 
@@ -105,9 +106,12 @@ int BatchRunner::OpenPattern(const QString &sSync)
         return Unusable;
     }
     const WaitScope wait(m_rooms.frontEnd, startingText());
-    (void)m_rooms.patternHost.SyncPtn(sSync);
+    const ShownPattern shown = m_rooms.patternHost.SyncPtn(sSync);
     m_rooms.window->showMainWindow({});
-    return Ok;
+    m_opened = true;
+    if (unknown(shown))
+        return Unusable;
+    return shown.state == ShownPattern::State::Shown ? Ok : NotCarriedOut;
 }
 
 } // namespace venlo

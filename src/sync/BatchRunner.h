@@ -16,8 +16,7 @@ class WindowHost;
 struct Flags;
 
 /// Runs the one operation that the command line names. Every runner returns the exit status and
-/// leaves ending the program to its caller; OpenSite and OpenPattern leave the main window open
-/// when theirs is 0.
+/// leaves ending the program to its caller.
 class BatchRunner
 {
 public:
@@ -44,8 +43,12 @@ public:
     /// names: file names separated by ",".
     [[nodiscard]] int RunTransfer(const QString &localFolder, const QString &site,
                                   const QString &remoteFolder, const QString &names, bool upload);
+    /// Shows the main window on a site, none where the site cannot be reached.
     [[nodiscard]] int OpenSite(const QString &site);
+    /// Shows the main window, also where the pattern cannot be shown in it.
     [[nodiscard]] int OpenPattern(const QString &sSync);
+    /// One of these two showed the main window, which stays until the person closes it.
+    [[nodiscard]] bool opened() const { return m_opened; }
 
     /// Connects to a registered site; false in ok when it is not registered or cannot be reached.
     void ConnectSite(const QString &site, bool &ok);
@@ -61,6 +64,7 @@ private:
 
     Rooms m_rooms;
     bool m_siteKnown = false;
+    bool m_opened = false;
 };
 
 } // namespace venlo

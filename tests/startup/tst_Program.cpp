@@ -29,7 +29,8 @@ namespace
 class NoWindow : public WindowHost
 {
 public:
-    void showMainWindow(const QString & /*site*/) override {}
+    void showMainWindow(const QString & /*site*/) override { ++shown; }
+    int shown = 0;
 };
 
 QByteArray record(int width, int height)
@@ -61,6 +62,7 @@ private Q_SLOTS:
     void windowsTakeTurns_data();
     void windowsTakeTurns();
     void theNextTurnSeesWhatWasDone();
+    void staysOnAPatternThatWasNotShown();
 
 private:
     [[nodiscard]] int run(
@@ -267,6 +269,26 @@ void tst_Program::theNextTurnSeesWhatWasDone()
                     m_flags);
     QCOMPARE(program.Main(CommandLine::parse(QString())), 0);
     QCOMPARE(seen, 1);
+}
+
+void tst_Program::staysOnAPatternThatWasNotShown()
+{
+    StandInHost patterns([this] { m_steps += QStringLiteral("command"); });
+    NoWindow window;
+    OperationGate *gate = nullptr;
+    Program program({*m_person, nullptr, m_person.get(),
+                     [&](const MainRooms &rooms, const LaunchLayout &) {
+                         gate = &rooms.gate;
+                         return Program::MainWindow{&patterns, &window, [this, &gate] {
+                                                        m_steps += gate->busy()
+                                                                       ? QStringLiteral("busy")
+                                                                       : QStringLiteral("stays");
+                                                    }};
+                     }},
+                    m_flags);
+    QCOMPARE(program.Main(CommandLine::parse(QStringLiteral("openp|pair"))), 1);
+    QCOMPARE(window.shown, 1);
+    QCOMPARE(m_steps, (QStringList{QStringLiteral("command"), QStringLiteral("stays")}));
 }
 
 } // namespace venlo::test

@@ -62,6 +62,8 @@ private Q_SLOTS:
     void transferWithoutASite();
     void openNeedsAWindow();
     void openShowsTheWindow();
+    void openOnAPatternThatCannotBeShown_data();
+    void openOnAPatternThatCannotBeShown();
     void transferShowsTheWindowOnNoSite();
 
 private:
@@ -415,6 +417,31 @@ void tst_BatchRunner::openShowsTheWindow()
     QCOMPARE(window.shown, 2);
     QCOMPARE(window.site, QString());
     QVERIFY(m_world->session.connected());
+}
+
+void tst_BatchRunner::openOnAPatternThatCannotBeShown_data()
+{
+    QTest::addColumn<QString>("change");
+    QTest::addColumn<int>("status");
+    QTest::newRow("unknown") << QStringLiteral("Delete From msSync") << 2;
+    QTest::newRow("its site is unknown") << QStringLiteral("Update msSync Set sName='other'") << 2;
+    QTest::newRow("without a local folder") << QStringLiteral("Update msSync Set sLph=''") << 1;
+    QTest::newRow("refused") << QStringLiteral("Update msSite Set sPwd='wrong'") << 1;
+}
+
+/// The window is there all the same; the status says later that it did not show the pattern.
+void tst_BatchRunner::openOnAPatternThatCannotBeShown()
+{
+    QFETCH(QString, change);
+    start();
+    m_world->database.run(change);
+    CountingWindow window;
+    BatchRunner runner = batch(&window);
+    QVERIFY(!runner.opened());
+    QTEST(runner.OpenPattern(pattern), "status");
+    QCOMPARE(window.shown, 1);
+    QVERIFY(runner.opened());
+    QVERIFY(!m_world->session.connected());
 }
 
 /// The window's listings would keep the transfer waiting.
