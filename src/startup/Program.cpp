@@ -1,6 +1,5 @@
 #include "startup/Program.h"
 
-#include <chrono>
 #include <exception>
 #include <optional>
 #include <utility>
@@ -41,9 +40,6 @@ namespace venlo
 
 namespace
 {
-/// How long a person waits for the turn of another process before being told.
-constexpr std::chrono::seconds windowPatience(10);
-
 UserDataFolder userDataFolder(const QString &baseName, FrontEnd &frontEnd)
 {
     UserDataFolder folder(ProgramPlaces::ofThisProgram(baseName), frontEnd);
@@ -64,11 +60,16 @@ bool works(const QString &verb)
            verb == QLatin1String("put") || verb == QLatin1String("get");
 }
 
+/// The verbs after which the program stays in its window.
+bool opens(const QString &verb)
+{
+    return verb == QLatin1String("open") || verb == QLatin1String("openp");
+}
+
 /// A part of a verb runs nothing, so nothing is made for it.
 bool usesWindow(const QString &verb)
 {
-    return works(verb) || verb.isEmpty() || verb == QLatin1String("open") ||
-           verb == QLatin1String("openp");
+    return works(verb) || verb.isEmpty() || opens(verb);
 }
 } // namespace
 
@@ -173,7 +174,7 @@ void Program::makeWindow()
         return;
     Rooms &rooms = *m_rooms;
     rooms.gate.setLock({[&rooms, this, held = rooms.turn.isHeld()] {
-                            if (held || rooms.turn.acquire(windowPatience))
+                            if (held || rooms.turn.acquire(m_faces.patience))
                                 return true;
                             if (!m_faces.frontEnd.cancelled())
                                 m_faces.frontEnd.message(QStringLiteral(
@@ -219,16 +220,27 @@ int Program::dispatch(const CommandLine &commandLine)
     const QString &verb = commandLine.verb;
     if (verb.isEmpty())
         return showWindow();
-    int status = BatchRunner::NotCarriedOut;
-    {
-        // So that closing a window that shows meanwhile cancels first.
-        const auto turn = m_rooms->gate.begin();
-        if (turn)
-            status = runVerb(commandLine);
-    }
+    if (opens(verb) && commandLine.arguments.value(1).isEmpty())
+        return missingArgument(commandLine);
+    // So that closing a window that shows meanwhile cancels first.
+    auto turn = std::make_optional(m_rooms->gate.begin());
+    if (!*turn)
+        return opens(verb) ? openWithoutTurn() : BatchRunner::NotCarriedOut;
+    const int status = runVerb(commandLine);
+    turn.reset();
     if (m_rooms->batchRunner->opened())
         m_window.stay();
     return status;
+}
+
+/// Another process works on the same data: the window may be used, it only connects to nothing by
+/// itself. An interrupt while that was waited for means the program.
+int Program::openWithoutTurn()
+{
+    if (m_faces.frontEnd.cancelled())
+        return BatchRunner::NotCarriedOut;
+    const int shown = showWindow();
+    return shown == BatchRunner::Ok ? BatchRunner::NotCarriedOut : shown;
 }
 
 int Program::runVerb(const CommandLine &commandLine)
@@ -247,10 +259,9 @@ int Program::runVerb(const CommandLine &commandLine)
                          : runner.RunTransfer(argument(1), argument(2), argument(3), argument(4),
                                               verb == QLatin1String("put"));
     if (verb == QLatin1String("open"))
-        return argument(1).isEmpty() ? missingArgument(commandLine) : runner.OpenSite(argument(1));
+        return runner.OpenSite(argument(1));
     if (verb == QLatin1String("openp"))
-        return argument(1).isEmpty() ? missingArgument(commandLine)
-                                     : runner.OpenPattern(argument(1));
+        return runner.OpenPattern(argument(1));
     // A part of a verb ("sync", "up") runs nothing and says nothing.
     return BatchRunner::Unusable;
 }

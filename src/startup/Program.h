@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <functional>
 #include <memory>
 
@@ -41,6 +42,8 @@ public:
         WindowDesk *desk = nullptr;       ///< the front end again, where makeWindow is given
         WindowMaker makeWindow = nullptr; ///< null where no window can be shown
         std::function<void()> prepared = nullptr;
+        /// How long a window waits for the turn of another process before it says so.
+        std::chrono::milliseconds patience = std::chrono::seconds(10);
     };
 
     Program(Faces faces, Flags &flags);
@@ -65,6 +68,7 @@ private:
     [[nodiscard]] int runVerb(const CommandLine &commandLine);
     /// Shows the main window and stays until it is closed.
     [[nodiscard]] int showWindow();
+    [[nodiscard]] int openWithoutTurn();
     [[nodiscard]] int missingArgument(const CommandLine &commandLine);
     /// The shut-down routine: settings saved, session and database closed.
     void EndProgram();

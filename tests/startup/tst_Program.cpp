@@ -1,3 +1,4 @@
+#include <chrono>
 #include <functional>
 #include <optional>
 #include <utility>
@@ -33,6 +34,8 @@ public:
     int shown = 0;
 };
 
+constexpr std::chrono::milliseconds shortPatience(300);
+
 QByteArray record(int width, int height)
 {
     QByteArray bytes;
@@ -62,6 +65,8 @@ private Q_SLOTS:
     void windowsTakeTurns_data();
     void windowsTakeTurns();
     void theNextTurnSeesWhatWasDone();
+    void opensWithoutItsTurn_data();
+    void opensWithoutItsTurn();
     void staysOnAPatternThatWasNotShown();
 
 private:
@@ -220,7 +225,8 @@ void tst_Program::windowsTakeTurns()
                      [&gate](const MainRooms &rooms, const LaunchLayout &) {
                          gate = &rooms.gate;
                          return Program::MainWindow{};
-                     }},
+                     },
+                     nullptr, shortPatience},
                     m_flags);
     QCOMPARE(program.Main(CommandLine::parse(QString())), 2); // there is no window to show
     QVERIFY(gate != nullptr);
@@ -269,6 +275,48 @@ void tst_Program::theNextTurnSeesWhatWasDone()
                     m_flags);
     QCOMPARE(program.Main(CommandLine::parse(QString())), 0);
     QCOMPARE(seen, 1);
+}
+
+void tst_Program::opensWithoutItsTurn_data()
+{
+    QTest::addColumn<QString>("line");
+    QTest::addColumn<bool>("interrupted");
+    QTest::addColumn<int>("status");
+    QTest::addColumn<int>("shown");
+    QTest::newRow("open") << QStringLiteral("open|site") << false << 1 << 1;
+    QTest::newRow("openp") << QStringLiteral("openp|pair") << false << 1 << 1;
+    QTest::newRow("an interrupt") << QStringLiteral("openp|pair") << true << 1 << 0;
+    QTest::newRow("no name") << QStringLiteral("openp|") << false << 2 << 0;
+}
+
+/// As after a plain start: a person may use the window while another process has the turn.
+void tst_Program::opensWithoutItsTurn()
+{
+    QFETCH(QString, line);
+    QFETCH(bool, interrupted);
+    QFETCH(int, shown);
+    QCOMPARE(run(QStringLiteral("up|")), 2); // the first start, which makes the database
+    QLockFile another(RunLock::path(userData()));
+    QVERIFY(another.tryLock(0));
+    m_person->clear();
+    if (interrupted)
+        m_person->cancelAfter(1);
+    StandInHost patterns([this] { m_steps += QStringLiteral("command"); });
+    NoWindow window;
+    int stays = 0;
+    Program program({*m_person, nullptr, m_person.get(),
+                     [&](const MainRooms &, const LaunchLayout &) {
+                         return Program::MainWindow{&patterns, &window, [&stays] { ++stays; }};
+                     },
+                     nullptr, shortPatience},
+                    m_flags);
+    m_steps.clear();
+    QTEST(program.Main(CommandLine::parse(line)), "status");
+    QCOMPARE(window.shown, shown);
+    QCOMPARE(stays, shown);
+    QVERIFY(m_steps.isEmpty());
+    const QStringList told{QStringLiteral("他の実行が終わるのを待って もう一度実行して下さい")};
+    QCOMPARE(m_person->messages(), shown > 0 ? told : QStringList());
 }
 
 void tst_Program::staysOnAPatternThatWasNotShown()
