@@ -18,6 +18,7 @@
 #include "startup/CommandLine.h"
 #include "startup/Program.h"
 #include "startup/RunLock.h"
+#include "startup/settings/SettingsFile.h"
 #include "support/ScriptedPerson.h"
 #include "sync/StandInHost.h"
 #include "sync/WindowHost.h"
@@ -68,6 +69,7 @@ private Q_SLOTS:
     void opensWithoutItsTurn_data();
     void opensWithoutItsTurn();
     void staysOnAPatternThatWasNotShown();
+    void whatAWindowSavedMeanwhileStays();
 
 private:
     [[nodiscard]] int run(
@@ -75,6 +77,12 @@ private:
     [[nodiscard]] QString userData() const
     {
         return m_home->filePath(QStringLiteral("data/Venlo/tst_Program/"));
+    }
+
+    [[nodiscard]] QByteArray settingsBytes() const
+    {
+        QFile file(userData() + QStringLiteral("User.xml"));
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
     }
 
     std::unique_ptr<QTemporaryDir> m_home;
@@ -337,6 +345,25 @@ void tst_Program::staysOnAPatternThatWasNotShown()
     QCOMPARE(program.Main(CommandLine::parse(QStringLiteral("openp|pair"))), 1);
     QCOMPARE(window.shown, 1);
     QCOMPARE(m_steps, (QStringList{QStringLiteral("command"), QStringLiteral("stays")}));
+}
+
+/// A run that changes no setting ends long after it read them.
+void tst_Program::whatAWindowSavedMeanwhileStays()
+{
+    QByteArray saved;
+    const auto save = [this, &saved] {
+        yIni settings(*m_person);
+        bool ok = false;
+        settings.GetTxt(userData() + QStringLiteral("User.xml"), ok);
+        settings.GetGtx(QStringLiteral("証明書"));
+        settings.SetVal(QStringLiteral("server"), QStringLiteral("pin"));
+        settings.SetGtx();
+        settings.SetTxt(ok);
+        saved = settingsBytes();
+    };
+    QCOMPARE(run(QStringLiteral("/b syncup|pair"), save), 1);
+    QVERIFY(saved.contains("<server>pin</server>"));
+    QCOMPARE(settingsBytes(), saved);
 }
 
 } // namespace venlo::test

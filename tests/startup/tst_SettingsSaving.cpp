@@ -32,6 +32,9 @@ private Q_SLOTS:
     void filesArePrivate();
     void nothingElseIsLeft();
     void oldLeftoversGo();
+    void anUnchangedDocumentLeavesTheFileAlone();
+    void theLastChangeWins();
+    void anUnchangedDocumentComesBack();
     void folderMissing();
     void folderInPlaceOfTheFile();
     void notLoadedIsNotSaved();
@@ -168,6 +171,57 @@ void tst_SettingsSaving::oldLeftoversGo()
     left.sort();
     QCOMPARE(left, (QStringList{QStringLiteral(".Other.xml.aBc123"),
                                 QStringLiteral(".User.xml.young1"), QStringLiteral("User.xml")}));
+}
+
+/// A run that changed nothing ends after a window has saved.
+void tst_SettingsSaving::anUnchangedDocumentLeavesTheFileAlone()
+{
+    ScriptedPerson person;
+    bool ok = false;
+    yIni run(person);
+    edit(run, QStringLiteral("first"));
+    run.SetTxt(ok);
+    QVERIFY(ok);
+    yIni reader(person);
+    reader.GetTxt(m_path, ok);
+
+    yIni window(person);
+    edit(window, QStringLiteral("window's"));
+    window.SetTxt(ok);
+    const QByteArray kept = content();
+    QVERIFY(kept.contains("<K>window's</K>"));
+    for (yIni *unchanged : {&run, &reader}) {
+        ok = false;
+        unchanged->SetTxt(ok);
+        QVERIFY(ok);
+        QCOMPARE(content(), kept);
+    }
+}
+
+void tst_SettingsSaving::theLastChangeWins()
+{
+    ScriptedPerson person;
+    bool ok = false;
+    yIni one(person);
+    yIni two(person);
+    edit(one, QStringLiteral("one"));
+    edit(two, QStringLiteral("two"));
+    two.SetTxt(ok);
+    one.SetTxt(ok);
+    QVERIFY(content().contains("<K>one</K>"));
+    QVERIFY(!content().contains("two"));
+}
+
+void tst_SettingsSaving::anUnchangedDocumentComesBack()
+{
+    ScriptedPerson person;
+    bool ok = false;
+    yIni settings(person);
+    edit(settings, QStringLiteral("v"));
+    settings.SetTxt(ok);
+    QVERIFY(QFile::remove(m_path));
+    settings.SetTxt(ok);
+    QVERIFY(content().contains("<K>v</K>"));
 }
 
 void tst_SettingsSaving::folderMissing()

@@ -52,6 +52,19 @@ bool createEmpty(const QString &path)
     return file.open(QIODevice::WriteOnly | QIODevice::NewOnly) && makePrivateFile(path);
 }
 
+/// A file that is empty at its first line end holds no document, whatever follows.
+bool holdsDocument(const QByteArray &bytes)
+{
+    return !bytes.isEmpty() && !bytes.startsWith('\r') && !bytes.startsWith('\n');
+}
+
+bool standsThere(const QString &path)
+{
+    QFile file(path);
+    return QFileInfo(path).isFile() && file.open(QIODevice::ReadOnly) &&
+           holdsDocument(file.read(1));
+}
+
 /// A file beside the target that holds the bytes and is no longer open; empty when that failed.
 /// Private from its first byte on: its class creates files for their owner only.
 QString writtenBeside(const QFileInfo &target, const QByteArray &bytes)
@@ -85,12 +98,14 @@ void yIni::GetTxt(const QString &path, bool &ok)
     if (at >= 0)
         m_path.replace(at, devName.size(), QStringLiteral(".xml"));
     m_document.clear();
+    m_known.clear();
     const bool loaded = load();
     m_unreadable = !loaded && QFileInfo::exists(m_path);
     if (!loaded)
         return;
     if (m_document.isEmpty())
         m_document = newDocument();
+    m_known = m_document;
     ok = true;
 }
 
@@ -104,7 +119,7 @@ bool yIni::load()
     const QByteArray bytes = file.readAll();
     if (file.error() != QFileDevice::NoError)
         return false;
-    if (!bytes.startsWith('\r') && !bytes.startsWith('\n'))
+    if (holdsDocument(bytes))
         m_document = fromSystemText(bytes);
     return true;
 }
@@ -202,8 +217,13 @@ void yIni::SetGtx()
 
 void yIni::SetTxt(bool &ok)
 {
-    if (!m_unreadable && !m_path.isEmpty() && writeWhole(m_path, toSystemText(m_document)))
-        ok = true;
+    if (m_unreadable || m_path.isEmpty())
+        return;
+    const bool unchanged = m_document == m_known && standsThere(m_path);
+    if (!unchanged && !writeWhole(m_path, toSystemText(m_document)))
+        return;
+    m_known = m_document;
+    ok = true;
 }
 
 } // namespace venlo

@@ -36,8 +36,9 @@ public:
     void SetVal(const QString &key, const QVariant &value);
     void SetGtx();
 
-    /// Writes the document as a whole: killed at any point, the old or the new file is there. ok
-    /// turns true on success and stays as it was otherwise.
+    /// Writes the document as a whole: killed at any point, the old or the new file is there. A
+    /// document that is as it was read or last written leaves the file alone, which another process
+    /// may have written since. ok turns true on success and stays as it was otherwise.
     void SetTxt(bool &ok);
 
     /// The file in use, after GetTxt.
@@ -52,6 +53,7 @@ private:
     FrontEnd &m_frontEnd;
     QString m_path;
     QString m_document;
+    QString m_known; ///< the document as it was read or last written
     QString m_groupText;
     QString m_groupName;
     bool m_unreadable = false; ///< a file that could not be read must not be replaced
