@@ -87,9 +87,15 @@ void tst_MainSettings::launchRecordKeepsThePlainKeys()
 {
     saveMainSettings(*m_settings, m_flags, some(), true);
     m_flags.launchLayout = true;
-    m_launch = {QRect(1, 2, 300, 200), some().Root, some().ActPh};
+    const QString launched = QStringLiteral("launched/at");
+    QVERIFY(QDir(m_folder.path()).mkpath(launched));
+    m_launch.window = QRect(1, 2, 300, 200);
+    m_launch.ActPh = QDir::toNativeSeparators(m_folder.filePath(launched));
+    m_launch.Root = QDir::toNativeSeparators(m_folder.filePath(QStringLiteral("launched")));
     MainSettings values = load();
     QCOMPARE(values.window, QRect(1, 2, 300, 200));
+    QCOMPARE(values.Root, m_launch.Root);
+    QCOMPARE(values.ActPh, m_launch.ActPh);
     QCOMPARE(values.panes.WdFL, 400); // the "_R" keys were written along
 
     values.panes.WdFL = 111;
@@ -100,6 +106,8 @@ void tst_MainSettings::launchRecordKeepsThePlainKeys()
     m_flags.launchLayout = false;
     QCOMPARE(load().panes.WdFL, 400);
     QCOMPARE(load().window, QRect(30, 40, 900, 600));
+    QCOMPARE(load().Root, some().Root);
+    QCOMPARE(load().ActPh, some().ActPh);
     QCOMPARE(load().CbSvr, 7);
     QCOMPARE(load().rootHistory, QStringLiteral(",/a,/b"));
 }

@@ -64,6 +64,7 @@ private Q_SLOTS:
     void openShowsTheWindow();
     void openOnAPatternThatCannotBeShown_data();
     void openOnAPatternThatCannotBeShown();
+    void aPatternIsWaitedForInAWindow();
     void transferShowsTheWindowOnNoSite();
 
 private:
@@ -442,6 +443,25 @@ void tst_BatchRunner::openOnAPatternThatCannotBeShown()
     QCOMPARE(window.shown, 1);
     QVERIFY(runner.opened());
     QVERIFY(!m_world->session.connected());
+}
+
+void tst_BatchRunner::aPatternIsWaitedForInAWindow()
+{
+    const QStringList words{QStringLiteral("同期ﾊﾟﾀｰﾝを指定して起動中です")};
+    const auto closed = [this] {
+        return m_world->person.texts(ScriptedPerson::What::CloseWait).size();
+    };
+    start();
+    CountingWindow window;
+    BatchRunner runner = batch(&window);
+    m_world->person.clear();
+    QCOMPARE(runner.OpenPattern(QStringLiteral("none")), 2);
+    QCOMPARE(m_world->person.texts(ScriptedPerson::What::ShowWait), words);
+    QCOMPARE(closed(), 1);
+    m_world->person.clear();
+    QCOMPARE(runner.RunSyncPattern(QStringLiteral("none"), true), 2);
+    QCOMPARE(m_world->person.texts(ScriptedPerson::What::ShowWait), words);
+    QCOMPARE(closed(), 1);
 }
 
 /// The window's listings would keep the transfer waiting.
