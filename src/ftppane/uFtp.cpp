@@ -135,6 +135,13 @@ void uFtp::setTrvHi(int height)
     m_parts->placeSplitter();
 }
 
+void uFtp::takeOver(const uFtp &earlier)
+{
+    m_parts->sort = earlier.m_parts->sort;
+    if (m_parts->sort.number() != 0)
+        m_parts->showSort();
+}
+
 QString uFtp::LsClsWd() const
 {
     QStringList texts;

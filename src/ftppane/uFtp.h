@@ -76,6 +76,9 @@ public:
     [[nodiscard]] QString LsClsWd() const;
     void setLsClsWd(const QString &widths);
 
+    /// Takes over what the saved layout does not hold from a pane that this one replaces: the sort.
+    void takeOver(const uFtp &earlier);
+
 Q_SIGNALS:
     void eBfrGet(QString &localFolder, bool &proceed);
     void eEndGet();

@@ -131,6 +131,11 @@ void uFtp::Parts::keyWanted(PaneKey key, bool forTree)
 void uFtp::Parts::sortBy(int column)
 {
     sort.click(column);
+    showSort();
+}
+
+void uFtp::Parts::showSort()
+{
     list->sort(sort.column(), sort.order());
     listView->showSort(sort.column(), sort.order());
 }

@@ -78,6 +78,7 @@ struct uFtp::Parts final : public QObject, public DragPartner {
     void rowEntered(const QModelIndex &index);
     void keyWanted(PaneKey key, bool forTree);
     void sortBy(int column);
+    void showSort();
     /// Lists the subtree of a directory anew and counts the folders below the list.
     void relist(const QString &dir);
     void reload();

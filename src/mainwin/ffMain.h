@@ -58,6 +58,8 @@ private:
     void buildMenus();
     void buildFilePane();
     void buildFtpPane();
+    /// A pane that was built anew comes last, wherever it stands.
+    void orderTabs();
     void wireFilePane();
     void wireFtpPane();
     /// The keys of a pane ran out: it is built anew and shows what it showed.

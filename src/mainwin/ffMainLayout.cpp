@@ -66,8 +66,7 @@ void ffMain::build()
     m_panes.window = new sfMsg(m_rooms.desk, this);
     buildFilePane();
     buildFtpPane();
-    setTabOrder(m_panes.file, m_panes.ftp);
-    setTabOrder(m_panes.ftp, m_status);
+    orderTabs();
     buildMenus();
     resize(QSize(designedWidth, designedHeight)
                .boundedTo(QGuiApplication::primaryScreen()->availableSize()));

@@ -10,6 +10,7 @@
 #include "localpane/uFile.h"
 #include "mainwin/MainTransfers.h"
 #include "mainwin/RemoteEdits.h"
+#include "mainwin/StatusList.h"
 #include "mainwin/ffMain.h"
 #include "mainwin/popup/pfFtp.h"
 #include "mainwin/popup/sfMsg.h"
@@ -22,6 +23,18 @@ namespace venlo
 namespace
 {
 constexpr std::chrono::milliseconds rebuildRetry(100);
+
+/// What Tab goes through inside a pane, in the pane's own order.
+QList<QWidget *> tabChain(const QWidget &pane)
+{
+    QList<QWidget *> chain;
+    for (QWidget *at = pane.nextInFocusChain(); at != &pane; at = at->nextInFocusChain()) {
+        if (pane.isAncestorOf(at) && at->focusProxy() == nullptr &&
+            (at->focusPolicy() & Qt::TabFocus) != 0)
+            chain << at;
+    }
+    return chain;
+}
 } // namespace
 
 void ffMain::buildFilePane()
@@ -105,6 +118,15 @@ void ffMain::wireFtpPane()
     connect(pane, &uFtp::keysRanOut, this, &ffMain::rebuildFtpPane, Qt::QueuedConnection);
 }
 
+/// One by one: a pane takes no focus itself, and what takes none has no place in the order.
+void ffMain::orderTabs()
+{
+    QList<QWidget *> chain = tabChain(*m_panes.file) + tabChain(*m_panes.ftp);
+    chain << m_status;
+    for (qsizetype i = 1; i < chain.size(); ++i)
+        setTabOrder(chain.at(i - 1), chain.at(i));
+}
+
 /// A pane is not taken away under what works in it or has come up from it.
 bool ffMain::waitsForRebuild(void (ffMain::*rebuild)())
 {
@@ -126,6 +148,7 @@ void ffMain::rebuildFilePane()
     const QString root = m_panes.file->Root();
     const std::unique_ptr<uFile> earlier(m_panes.file);
     buildFilePane();
+    orderTabs();
     m_panes.file->takeOver(*earlier);
     // In one go: the list of the root would take keys for nothing.
     m_panes.file->cOn(root + QLatin1Char('\r') + ActPh);
@@ -142,8 +165,11 @@ void ffMain::rebuildFtpPane()
     const int height = m_panes.ftp->TrvHi();
     const int selected = m_panes.ftp->iCbSvr();
     const bool connected = m_panes.ftp->cOn();
-    delete m_panes.ftp;
+    std::unique_ptr<uFtp> earlier(m_panes.ftp);
     buildFtpPane();
+    m_panes.ftp->takeOver(*earlier);
+    earlier.reset(); // it must not answer to what the new one does
+    orderTabs();
     m_panes.ftp->setICbSvr(selected);
     m_panes.ftp->setLsClsWd(widths);
     m_panes.ftp->setTrvHi(height);

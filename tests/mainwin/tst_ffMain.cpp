@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QElapsedTimer>
+#include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
@@ -13,6 +14,7 @@
 #include <QStatusBar>
 #include <QTest>
 #include <QTimer>
+#include <QTreeView>
 
 #include "ftp/DirectoryCache.h"
 #include "ftppane/uFtp.h"
@@ -57,6 +59,9 @@ private Q_SLOTS:
     void commandsAreDisabledWhileOneRuns();
     void lostConnectionIsNotClaimed();
     void keysRanOutBuildsThePaneAnew();
+    void aPaneBuiltAnewKeepsItsPlaceInTheTabOrder_data();
+    void aPaneBuiltAnewKeepsItsPlaceInTheTabOrder();
+    void aPaneBuiltAnewKeepsItsSort();
     void paneStaysUnderAnOpenMenu();
     void givenUpFilesAreTold();
     void copyEntryIsNeverDisabled();
@@ -64,6 +69,10 @@ private Q_SLOTS:
 private:
     [[nodiscard]] uFile &file() { return *m_world->window->findChild<uFile *>(); }
     [[nodiscard]] uFtp &ftp() { return *m_world->window->findChild<uFtp *>(); }
+    [[nodiscard]] static QWidget &part(const QWidget &pane, const char *name)
+    {
+        return *pane.findChild<QWidget *>(QLatin1String(name));
+    }
     [[nodiscard]] QAction *entry(int index);
     void connectSite();
 
@@ -400,6 +409,76 @@ void tst_ffMain::keysRanOutBuildsThePaneAnew()
     QVERIFY(ftp().cOn());
     QCOMPARE(ftp().FsFllPh(), path);
     QCOMPARE(m_server->logins(), 1);
+}
+
+void tst_ffMain::aPaneBuiltAnewKeepsItsPlaceInTheTabOrder_data()
+{
+    QTest::addColumn<bool>("local");
+    QTest::newRow("local") << true;
+    QTest::newRow("FTP") << false;
+}
+
+void tst_ffMain::aPaneBuiltAnewKeepsItsPlaceInTheTabOrder()
+{
+    QFETCH(bool, local);
+    connectSite();
+    const auto order = [this] {
+        QStringList names;
+        part(file(), "TrView").setFocus();
+        do {
+            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+            const QWidget &now = *QApplication::focusWidget();
+            QString pane;
+            if (file().isAncestorOf(&now))
+                pane = QStringLiteral("file ");
+            else if (ftp().isAncestorOf(&now))
+                pane = QStringLiteral("ftp ");
+            names << pane + now.objectName();
+        } while (!part(file(), "TrView").hasFocus() && names.size() < 30);
+        return names;
+    };
+    const QStringList before = order();
+    QVERIFY(before.indexOf(QStringLiteral("ftp TrView")) >
+            before.indexOf(QStringLiteral("file LsView")));
+    QVERIFY(before.indexOf(QStringLiteral("ltMsg")) > before.indexOf(QStringLiteral("ftp LsView")));
+    const QPointer<QWidget> old(local ? static_cast<QWidget *>(&file()) : &ftp());
+    if (local)
+        Q_EMIT file().keysRanOut();
+    else
+        Q_EMIT ftp().keysRanOut();
+    QVERIFY(until([&] { return old.isNull() && file().isVisible() && ftp().isVisible(); }));
+    QCOMPARE(order(), before);
+}
+
+void tst_ffMain::aPaneBuiltAnewKeepsItsSort()
+{
+    m_server->put("/pub/b.txt", "b");
+    connectSite();
+    const auto list = [this]() -> QTreeView & {
+        return *qobject_cast<QTreeView *>(&part(ftp(), "LsView"));
+    };
+    const auto header = [&] { return list().header(); };
+    const auto names = [&] {
+        const QAbstractItemModel &rows = *list().model();
+        QStringList all;
+        for (int row = 0; row < rows.rowCount(); ++row)
+            all << rows.index(row, 0).data().toString();
+        return all;
+    };
+    for (int click = 0; click < 2; ++click)
+        QTest::mouseClick(header()->viewport(), Qt::LeftButton, {}, {20, header()->height() / 2});
+    const QStringList sorted{QStringLiteral("b.txt"), QStringLiteral("a.txt")};
+    QCOMPARE(names(), sorted);
+    const QPointer<uFtp> old(&ftp());
+    Q_EMIT ftp().keysRanOut();
+    QVERIFY(until([&] { return old.isNull() && names().size() == 2; }));
+    QCOMPARE(names(), sorted);
+    QVERIFY(header()->isSortIndicatorShown());
+    QCOMPARE(header()->sortIndicatorSection(), 0);
+    QCOMPARE(header()->sortIndicatorOrder(), Qt::DescendingOrder);
+    // The next click turns it over.
+    QTest::mouseClick(header()->viewport(), Qt::LeftButton, {}, {20, header()->height() / 2});
+    QCOMPARE(names().constFirst(), QStringLiteral("a.txt"));
 }
 
 void tst_ffMain::paneStaysUnderAnOpenMenu()
