@@ -113,6 +113,7 @@ struct uFile::Parts final : public QObject, public LocalViews {
     bool owesTree = false;  ///< a look in the middle of an operation left something out
     bool owesList = false;  ///< a look in the middle of an operation left something out
     QDeadlineTimer rest{0}; ///< until which no look is taken in the middle of one
+    qint64 treeLook = 0;    ///< milliseconds that the last look at the root's folders took
     bool settled = false;   ///< someone has gone about since the pane was built
     bool ranOut = false;    ///< keysRanOut was raised
 };

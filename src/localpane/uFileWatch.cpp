@@ -58,9 +58,12 @@ void uFile::Parts::look()
             vanished(root);
             return;
         }
+        QElapsedTimer clock;
+        clock.start();
         const bool owed = std::exchange(owesTree, false);
         if (owed || treeFill->changed() || treeFill->differs())
             treeFill->refill();
+        treeLook = clock.elapsed();
     }
     const QString folder = listFill->folder();
     if (folder.isEmpty())
@@ -78,7 +81,7 @@ void uFile::Parts::look()
 
 void uFile::Parts::lookMeanwhile()
 {
-    constexpr int longestLook = 100; // milliseconds, in which Cancel is not heard
+    constexpr int longestLook = 100; // milliseconds for each side, in which Cancel is not heard
     constexpr int share = 50;        // of the time, one part is for looks
     if (!rest.hasExpired())
         return;
@@ -86,8 +89,12 @@ void uFile::Parts::lookMeanwhile()
     clock.start();
     // What is gone is said and left once the operation is through.
     const QString folder = listFill->folder();
-    if (folderExists(treeFill->root()) && (treeFill->changed() || treeFill->differs()))
+    if (treeLook > longestLook) {
+        owesTree = true; // a share, or hundreds of folders
+    } else if (folderExists(treeFill->root()) && (treeFill->changed() || treeFill->differs())) {
         owesTree = !treeFill->addNewFolders() || owesTree;
+        treeLook = clock.elapsed();
+    }
     if (folderExists(folder) && isSameFolder(NodePath(), folder) &&
         (listFill->changed() || listFill->unsure())) {
         owesList = true; // the sizes at least

@@ -26,7 +26,8 @@ std::FILE *consoleStream(std::FILE *otherwise)
     if (stream == nullptr)
         return otherwise;
     // A line goes there as a whole: the bytes of one character in two pieces are none.
-    (void)std::setvbuf(stream, nullptr, _IOFBF, BUFSIZ);
+    constexpr std::size_t longestLine = 65536; // bytes; two paths and some words
+    (void)std::setvbuf(stream, nullptr, _IOFBF, longestLine);
     return stream;
 }
 

@@ -225,7 +225,7 @@ int Program::dispatch(const CommandLine &commandLine)
     // So that closing a window that shows meanwhile cancels first.
     auto turn = std::make_optional(m_rooms->gate.begin());
     if (!*turn)
-        return opens(verb) ? openWithoutTurn() : BatchRunner::NotCarriedOut;
+        return verb == QLatin1String("openp") ? openWithoutTurn() : BatchRunner::NotCarriedOut;
     const int status = runVerb(commandLine);
     turn.reset();
     if (m_rooms->batchRunner->opened())
@@ -269,7 +269,8 @@ int Program::runVerb(const CommandLine &commandLine)
 void Program::EndProgram()
 {
     bool saved = false;
-    m_rooms->settings.SetTxt(saved);
+    if (m_rooms->settings.changed())
+        m_rooms->settings.SetTxt(saved);
     m_rooms->session.CloseInternet();
     m_rooms->database.CloseDb();
 }

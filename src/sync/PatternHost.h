@@ -8,11 +8,11 @@ namespace venlo
 /// A registered pattern as it was shown.
 struct ShownPattern {
     enum class State {
-        Shown,      ///< connected, both folders shown
+        Shown,      ///< connected; a folder that is missing was said
         Unknown,    ///< no such pattern
         Unusable,   ///< registered without a local folder or a site
         NoSuchSite, ///< its site is not registered
-        Failed      ///< connecting or showing a folder failed
+        Failed      ///< connecting failed
     };
     State state = State::Failed;
     QString localFolder;  ///< the registry's, never what a pane happens to show

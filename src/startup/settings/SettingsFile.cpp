@@ -98,14 +98,14 @@ void yIni::GetTxt(const QString &path, bool &ok)
     if (at >= 0)
         m_path.replace(at, devName.size(), QStringLiteral(".xml"));
     m_document.clear();
-    m_known.clear();
+    m_read.clear();
     const bool loaded = load();
     m_unreadable = !loaded && QFileInfo::exists(m_path);
     if (!loaded)
         return;
     if (m_document.isEmpty())
         m_document = newDocument();
-    m_known = m_document;
+    m_read = m_document;
     ok = true;
 }
 
@@ -219,11 +219,13 @@ void yIni::SetTxt(bool &ok)
 {
     if (m_unreadable || m_path.isEmpty())
         return;
-    const bool unchanged = m_document == m_known && standsThere(m_path);
-    if (!unchanged && !writeWhole(m_path, toSystemText(m_document)))
-        return;
-    m_known = m_document;
-    ok = true;
+    if (writeWhole(m_path, toSystemText(m_document)))
+        ok = true;
+}
+
+bool yIni::changed() const
+{
+    return m_document != m_read || !standsThere(m_path);
 }
 
 } // namespace venlo

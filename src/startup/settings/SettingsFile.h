@@ -36,10 +36,12 @@ public:
     void SetVal(const QString &key, const QVariant &value);
     void SetGtx();
 
-    /// Writes the document as a whole: killed at any point, the old or the new file is there. A
-    /// document that is as it was read or last written leaves the file alone, which another process
-    /// may have written since. ok turns true on success and stays as it was otherwise.
+    /// Writes the document as a whole: killed at any point, the old or the new file is there. ok
+    /// turns true on success and stays as it was otherwise.
     void SetTxt(bool &ok);
+    /// Whether anything was changed since GetTxt, written or not, or no file holds it any more. A
+    /// run that changed nothing has nothing to write over what another process saved meanwhile.
+    [[nodiscard]] bool changed() const;
 
     /// The file in use, after GetTxt.
     [[nodiscard]] const QString &path() const { return m_path; }
@@ -53,7 +55,7 @@ private:
     FrontEnd &m_frontEnd;
     QString m_path;
     QString m_document;
-    QString m_known; ///< the document as it was read or last written
+    QString m_read; ///< the document as GetTxt found it
     QString m_groupText;
     QString m_groupName;
     bool m_unreadable = false; ///< a file that could not be read must not be replaced
