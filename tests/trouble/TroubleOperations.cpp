@@ -2,7 +2,6 @@
 #include "trouble/TroubleRun.h"
 
 #include <QFileInfo>
-#include <QListWidget>
 
 #include "db/DisplayFormat.h"
 #include "ftppane/Download.h"
@@ -86,10 +85,10 @@ bool TroubleRun::dragUp()
     for (const char *name : {"in", "last", "1.txt", "2.txt", "zz.txt"})
         paths.append(here() + QLatin1Char('/') + QLatin1String(name));
     const bool ok = upload.run(paths, pub);
-    const auto *lines = window.findChild<QListWidget *>(QStringLiteral("ltMsg"));
-    for (int row = 0; row < lines->count(); ++row) {
-        if (lines->item(row)->text().contains(QLatin1String(" : ")))
-            m_refused.append(lines->item(row)->text());
+    for (const QString &line : m_world->person.texts(ScriptedPerson::What::Status)) {
+        if (line.endsWith(QStringLiteral("存在しません")) ||
+            line.endsWith(QStringLiteral("転送しません")))
+            m_refused.append(line);
     }
     return ok && m_refused.isEmpty() && m_world->operations.counts().givenUp == 0;
 }
