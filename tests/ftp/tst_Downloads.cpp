@@ -185,14 +185,14 @@ void tst_Downloads::refinesOneRowOfMany()
     f.browse(QStringLiteral("/pub"));
     QCOMPARE(f.cache.dayOnlyUnder(QStringLiteral("/pub")).size(), size_t(1));
     (void)f.work();
-    f.get(QStringLiteral("a.txt\rb.txt\rc.txt\rd.txt\rold.txt"), QStringLiteral("pub/"));
+    f.operations.ftGetFold(f.here(), QStringLiteral("pub"), QStringLiteral("/"), f.ok);
     QVERIFY(f.ok);
     QList<QByteArray> times = f.work();
     times.removeIf([](const QByteArray &command) { return !command.startsWith("MDTM"); });
     QCOMPARE(times, QList<QByteArray>({"MDTM /pub/old.txt"}));
-    QCOMPARE(QFileInfo(f.at(QStringLiteral("old.txt"))).lastModified(), wallClock(16, 8, 9));
+    QCOMPARE(QFileInfo(f.at(QStringLiteral("pub/old.txt"))).lastModified(), wallClock(16, 8, 9));
     for (const char *name : {"a.txt", "b.txt", "c.txt", "d.txt"}) {
-        const QFileInfo file(f.at(QString::fromLatin1(name)));
+        const QFileInfo file(f.at(QStringLiteral("pub/") + QLatin1String(name)));
         QCOMPARE(file.lastModified().toUTC(), recent);
         QCOMPARE(file.size(), qint64(16));
     }
