@@ -29,11 +29,10 @@ std::vector<UploadLine> filesOf(const QString &folder)
     return lines;
 }
 
-/// Without linked folders: they may lead round in circles.
+/// With linked folders, which are given up by name instead of going missing in silence.
 QStringList subFoldersOf(const QString &folder)
 {
-    return QDir(folder).entryList(
-        QDir::Dirs | QDir::Hidden | QDir::NoDotAndDotDot | QDir::NoSymLinks, QDir::Name);
+    return QDir(folder).entryList(QDir::Dirs | QDir::Hidden | QDir::NoDotAndDotDot, QDir::Name);
 }
 } // namespace
 
@@ -49,7 +48,7 @@ bool RemoteUploads::putFolder(const QString &localParent, const QString &name,
         why = QStringLiteral("ﾌｫﾙﾀﾞの階層が深すぎます");
     else if (m_context.cache.refusesPath(remoteParent) || m_context.cache.refusesPath(remote))
         why = QStringLiteral("ｻｰﾊﾞｰ名を含むﾊﾟｽは使用できません");
-    else if (isLink(local))
+    else if (isLink(local)) // may lead anywhere and round in circles
         why = QStringLiteral("ﾌｫﾙﾀﾞへのﾘﾝｸは転送しません");
     else if (const QFileInfo folder(local); !folder.isDir() || !folder.isReadable())
         why = QStringLiteral("ﾌｫﾙﾀﾞが読み取れません");

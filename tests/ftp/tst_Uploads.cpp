@@ -805,6 +805,9 @@ void tst_Uploads::linkedFoldersAreNotFollowed()
     f.operations.ftPutFold(f.here(), QStringLiteral("site"), QStringLiteral("/"), f.ok);
     QVERIFY(f.ok);
     QCOMPARE(f.server.tree().paths(), QList<QByteArray>({"/site/", "/site/a.txt"}));
+    QCOMPARE(f.operations.counts().givenUp, 1);
+    QVERIFY(f.errorLines().value(0).startsWith(
+        QStringLiteral("ftPutFold Err:/site/round : ﾌｫﾙﾀﾞへのﾘﾝｸは転送しません > ")));
 }
 #endif
 
