@@ -35,12 +35,14 @@ ComparisonResult Comparison::ftSync(const QString &sLph, const QString &sFph, bo
     result.pair = {sLph, sFph, down};
     if (!passesChecks(sLph, sFph) || !confirmed(sLph, sFph, down))
         return result;
+    m_work->local.begin(sLph);
     try {
         result.ok = refreshRemote() && fillAndMark();
     } catch (const std::exception &error) {
         m_session.errorLog().LogError(QStringLiteral("ftSync Err sLph=") + sLph);
         m_frontEnd.warn(QString::fromStdString(error.what()));
     }
+    m_work->local.end();
     ok = result.ok;
     return result;
 }

@@ -5,6 +5,7 @@
 #include <QStringList>
 
 #include "sync/ComparisonResult.h"
+#include "sync/LocalReadAhead.h"
 #include "sync/WorkRows.h"
 
 namespace venlo
@@ -22,6 +23,7 @@ public:
     Database &database;
     FrontEnd &frontEnd;
     ComparisonResult result;
+    LocalReadAhead local;
     WorkRows rows;
     /// What the FTP side has: folded relative path as in the work tables -> its spelling.
     QHash<QString, QString> remoteFolders;

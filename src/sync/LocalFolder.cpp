@@ -2,6 +2,7 @@
 
 #include <system_error>
 
+#include <QDir>
 #include <QFileInfo>
 
 #include "platform/Disk.h"
@@ -72,6 +73,13 @@ Result<std::vector<LocalEntry>> readLocalFolder(const QString &path)
     if (error)
         return unreadable(path, error);
     return entries;
+}
+
+QString entryPath(const QString &folder, const LocalEntry &entry)
+{
+    const QString path = QDir::fromNativeSeparators(folder);
+    return path.endsWith(QLatin1Char('/')) ? path + entry.name
+                                           : path + QLatin1Char('/') + entry.name;
 }
 
 } // namespace venlo

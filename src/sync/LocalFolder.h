@@ -31,4 +31,7 @@ struct LocalEntry {
 /// folder cannot be read to its end.
 [[nodiscard]] Result<std::vector<LocalEntry>> readLocalFolder(const QString &path);
 
+/// The path of an entry, "/" separators.
+[[nodiscard]] QString entryPath(const QString &folder, const LocalEntry &entry);
+
 } // namespace venlo

@@ -47,7 +47,7 @@ bool LocalGathering::walk(const QString &current)
 {
     if (m_work.stopped())
         return false;
-    const auto entries = readLocalFolder(current);
+    const auto entries = m_work.local.take(current);
     if (!entries) {
         m_work.frontEnd.message(entries.error().words +
                                 QStringLiteral("\nﾌｫﾙﾀﾞが読み取れないため比較できません"));
@@ -59,11 +59,10 @@ bool LocalGathering::walk(const QString &current)
     blockTwins(relative, entries.value());
     if (!addFiles(current, relative, entries.value()))
         return false;
-    const QString below = QDir::fromNativeSeparators(current);
     for (const LocalEntry &entry : entries.value()) {
         if (entry.kind != LocalEntry::Kind::Folder)
             continue;
-        if (!walk(below.endsWith(slash) ? below + entry.name : below + slash + entry.name))
+        if (!walk(entryPath(current, entry)))
             return false;
     }
     return true;
