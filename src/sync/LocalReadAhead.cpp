@@ -10,7 +10,7 @@ namespace
 {
 /// Of a tree with more than this the rest is read by the walk: what waits here takes memory, about
 /// 150 bytes an entry.
-constexpr size_t mostEntries = 50'000;
+constexpr size_t mostEntries = 25'000;
 } // namespace
 
 LocalReadAhead::LocalReadAhead(std::chrono::milliseconds goodFor) : m_goodFor(goodFor) {}
