@@ -1,6 +1,7 @@
 // Commands that ride behind a small transfer: what goes together, and that the session stays in
 // step whatever becomes of the transfer.
 #include "ftp/RidingFixture.h"
+#include "platform/Wine.h"
 #include "support/ConnectProxy.h"
 #include "support/ScriptedServer.h"
 
@@ -126,6 +127,8 @@ void tst_Riding::otherWays()
     QFETCH(bool, passive);
     QFETCH(bool, size);
     QFETCH(Batches, last);
+    if (!passive && venlo::test::underWine())
+        QSKIP("whose a connection was that is closed already, Wine does not tell");
     Fixture f;
     f.server.options().epsv = epsv;
     f.server.options().ipv6 = ipv6;

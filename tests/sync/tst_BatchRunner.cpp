@@ -5,6 +5,7 @@
 #include "sync/SyncWorld.h"
 #include "sync/WindowHost.h"
 
+#include <QDir>
 #include <QFile>
 #include <QTest>
 
@@ -335,7 +336,8 @@ void tst_BatchRunner::putOfAMissingFile()
              1);
     QVERIFY(!m_server->exists("/pub/a.txt"));
     QCOMPARE(m_world->person.warnings(),
-             QStringList{m_world->local() + QStringLiteral("/none.txt Not Found")});
+             QStringList{QDir::toNativeSeparators(m_world->local() + QStringLiteral("/none.txt")) +
+                         QStringLiteral(" Not Found")});
 }
 
 void tst_BatchRunner::putOfAnOlderFile()

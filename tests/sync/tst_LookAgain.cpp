@@ -227,6 +227,9 @@ void tst_LookAgain::linksOnTheWayOfAnUpload()
 
 void tst_LookAgain::aTabInTheLocalFolder()
 {
+#ifdef Q_OS_WIN
+    QSKIP("no name holds a tab here");
+#endif
     const QString odd = path("a\tb");
     QVERIFY(makeTree(odd, {{"f", "mine"}}));
     QVERIFY(m_server->start());

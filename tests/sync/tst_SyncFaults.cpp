@@ -365,6 +365,9 @@ void tst_SyncFaults::aRefusedDirectoryIsLeftBehind()
 
 void tst_SyncFaults::linkInPlaceOfAFolder()
 {
+#ifdef Q_OS_WIN
+    QSKIP("QFile::link makes a shortcut here, which is a file");
+#endif
     m_server->makeFolder("/pub/both");
     QVERIFY(makeTree(m_world->local(), {{"both/gone.txt", "mine"}, {"old/f", "mine"}}));
     QTemporaryDir elsewhere;
@@ -430,6 +433,9 @@ void tst_SyncFaults::fileThatBecameAFolderStays()
 
 void tst_SyncFaults::namesWithATabAreGivenUp()
 {
+#ifdef Q_OS_WIN
+    QSKIP("no name holds a tab here");
+#endif
     m_server->makeFolder("/pub");
     QVERIFY(makeTree(m_world->local(), {{"a\tb", "tab"}, {"plain", "plain"}}));
     start();
