@@ -1,3 +1,4 @@
+#include "platform/Wine.h"
 #include "support/ScriptedServer.h"
 #include "sync/Execution.h"
 #include "sync/SyncWorld.h"
@@ -333,6 +334,8 @@ void tst_SyncFaults::aLastLineWithoutItsEnd()
 /// To whoever reads, a reset looks like the end.
 void tst_SyncFaults::aListingThatIsReset()
 {
+    if (underWine())
+        QSKIP("Wine tells the first reader alone that a connection was reset");
     makeTree(m_server->tree(), "/pub", {{"a.txt", "first one"}, {"b.txt", "second"}});
     start();
     QVERIFY(m_world->connectToSite());
