@@ -35,8 +35,8 @@ ComparisonResult Comparison::ftSync(const QString &sLph, const QString &sFph, bo
     result.pair = {sLph, sFph, down};
     if (!passesChecks(sLph, sFph) || !confirmed(sLph, sFph, down))
         return result;
-    m_work->local.begin(sLph);
     try {
+        m_work->local.begin(sLph);
         result.ok = refreshRemote() && fillAndMark();
     } catch (const std::exception &error) {
         m_session.errorLog().LogError(QStringLiteral("ftSync Err sLph=") + sLph);

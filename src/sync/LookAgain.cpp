@@ -94,7 +94,7 @@ bool LookAgain::holdsOnlyRows(const QString &folder) const
         if (!entries)
             return false;
         for (const LocalEntry &entry : entries.value()) {
-            const QString path = current + QLatin1Char('/') + entry.name;
+            const QString path = entryPath(current, entry);
             const int row = rows.value(path, -1);
             const bool isFolder = entry.kind == LocalEntry::Kind::Folder;
             if (row < 0 && entry.kind == LocalEntry::Kind::File && isTemporaryName(entry.name))
