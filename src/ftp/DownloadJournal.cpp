@@ -18,7 +18,8 @@ namespace
 constexpr QLatin1String prefix("Downloads-");
 constexpr QLatin1String suffix(".pending");
 constexpr QLatin1String lockSuffix(".lock");
-constexpr qint64 longestPath = 65536; // bytes
+constexpr qint64 longestNote = 131072; // bytes
+constexpr QChar separator(u'\0');      // which no path holds
 
 /// A lock that only the end of its process makes stale.
 std::unique_ptr<QLockFile> lockOf(const QString &journal)
@@ -37,9 +38,20 @@ QStringList journalsIn(const QDir &folder, const QString &ending)
     return names;
 }
 
-QString notedIn(QFile &journal)
+QStringList notedIn(QFile &journal)
 {
-    return QString::fromUtf8(journal.read(longestPath));
+    return QString::fromUtf8(journal.read(longestNote)).split(separator, Qt::SkipEmptyParts);
+}
+
+/// True when nothing is left to do for a path.
+bool sweepPath(const QString &path)
+{
+    const QFileInfo target(path);
+    if (!isTemporaryName(target.fileName()) || !target.isAbsolute())
+        return true;
+    if (!QFileInfo::exists(target.path()))
+        return false; // a drive that is not there now may come back
+    return QFile::remove(path) || !QFileInfo::exists(path);
 }
 
 /// True when nothing is left to do for the journal.
@@ -48,13 +60,8 @@ bool sweepNoted(const QString &journal)
     QFile file(journal);
     if (!file.open(QIODevice::ReadOnly))
         return false;
-    const QString noted = notedIn(file);
-    const QFileInfo target(noted);
-    if (!isTemporaryName(target.fileName()) || !target.isAbsolute())
-        return true;
-    if (!QFileInfo::exists(target.path()))
-        return false; // a drive that is not there now may come back
-    return QFile::remove(noted) || !QFileInfo::exists(noted);
+    const QStringList noted = notedIn(file);
+    return std::count_if(noted.begin(), noted.end(), sweepPath) == noted.size();
 }
 } // namespace
 
@@ -103,8 +110,7 @@ QStringList DownloadJournal::live() const
         const bool own = journal.fileName() == m_file.fileName();
         if (own || lockOf(journal.fileName())->tryLock(0) || !journal.open(QIODevice::ReadOnly))
             continue;
-        if (const QString noted = notedIn(journal); !noted.isEmpty())
-            paths.append(noted);
+        paths.append(notedIn(journal));
     }
     return paths;
 }
@@ -129,14 +135,29 @@ void DownloadJournal::begin(const QString &temporaryPath)
 {
     if (!open())
         return;
-    const QByteArray note = temporaryPath.toUtf8();
+    QByteArray note = temporaryPath.toUtf8();
+    if (!m_latest.isEmpty())
+        note += (separator + m_latest).toUtf8();
+    m_latest = temporaryPath;
     if (note.size() < m_length)
-        end();
+        empty();
     if (m_file.seek(0))
         m_length = std::max(m_length, m_file.write(note));
 }
 
+void DownloadJournal::forget(const QString &temporaryPath)
+{
+    if (temporaryPath == m_latest)
+        end();
+}
+
 void DownloadJournal::end()
+{
+    m_latest.clear();
+    empty();
+}
+
+void DownloadJournal::empty()
 {
     if (m_length > 0 && m_file.resize(0))
         m_length = 0;

@@ -11,7 +11,7 @@ class QLockFile;
 namespace venlo
 {
 
-/// Remembers in the user data folder which temporary file a download writes, so that the next
+/// Remembers in the user data folder which temporary files a download writes, so that the next
 /// start can delete what a killed program left behind. One journal a process, held by a lock as
 /// long as the process lives, so that a second window never sweeps the first one's download.
 class DownloadJournal
@@ -23,9 +23,11 @@ public:
     DownloadJournal(const DownloadJournal &) = delete;
     DownloadJournal &operator=(const DownloadJournal &) = delete;
 
-    /// Notes the one file in progress in the place of the one before. A journal that cannot be
-    /// written is no reason not to download.
+    /// Notes the file in progress, and the one before it, which may be on its way to its place.
+    /// A journal that cannot be written is no reason not to download.
     void begin(const QString &temporaryPath);
+    /// A file that came to nothing: ends the note if it is of this one.
+    void forget(const QString &temporaryPath);
     /// Nothing is in progress any more. Once for many files that follow each other is enough: a
     /// note of a file that is not there does no harm while the process lives.
     void end();
@@ -34,11 +36,13 @@ public:
 
 private:
     [[nodiscard]] bool open();
+    void empty();
     void sweep();
     void sweepLocks();
 
     QString m_folder;
     QFile m_file;
+    QString m_latest;    ///< path of the file in progress
     qint64 m_length = 0; ///< bytes of the note
     std::unique_ptr<QLockFile> m_lock;
 };

@@ -46,12 +46,14 @@ void OperationContext::note(const QString &text)
 
 void OperationContext::done(Outcome::Kind kind, const QString &from, const QString &to)
 {
+    session.catchUp();
     ++counts.done;
     frontEnd.outcome({kind, from, to, {}});
 }
 
 void OperationContext::skipped(const QString &from, const QString &to, const QString &why)
 {
+    session.catchUp();
     ++counts.skipped;
     frontEnd.outcome({Outcome::Kind::Skipped, from, to, why});
 }
@@ -59,6 +61,7 @@ void OperationContext::skipped(const QString &from, const QString &to, const QSt
 void OperationContext::giveUp(const QString &logLine, const QString &from, const QString &to,
                               const Error &error)
 {
+    session.catchUp();
     ++counts.givenUp;
     session.errorLog().LogError(logLine);
     note(QStringLiteral("given up: %1: %2").arg(logLine, error.words));

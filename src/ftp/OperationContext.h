@@ -33,6 +33,7 @@ public:
 
     void status(const QString &text);
     void note(const QString &text);
+    // Outcomes are told in the order in which they came about, behind bookkeeping that waited.
     void done(Outcome::Kind kind, const QString &from, const QString &to = {});
     void skipped(const QString &from, const QString &to, const QString &why);
     /// Logs a failure in its fixed words, counts it and reports it.

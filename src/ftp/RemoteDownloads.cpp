@@ -67,6 +67,7 @@ bool RemoteDownloads::getInto(const SteadyFolder &local, const QString &path,
     }
     const int before = m_replaced;
     const auto settle = qScopeGuard([this, before, &folder] {
+        m_context.session.catchUp();
         m_journal.end();
         if (m_replaced != before)
             flushFolder(folder.isEmpty() ? QDir::rootPath() : folder);
@@ -76,6 +77,8 @@ bool RemoteDownloads::getInto(const SteadyFolder &local, const QString &path,
             continue;
         if (!m_context.mayGoOn())
             return false;
+        if (name.compare(m_arrivedName, Qt::CaseInsensitive) == 0) // the same file to some systems
+            m_context.session.catchUp();
         const Item item = itemOf(dir, name, folder, known);
         const Decision decision = decide(item);
         if (decision == Decision::Cancel)
@@ -92,6 +95,7 @@ RemoteDownloads::Item RemoteDownloads::itemOf(const QString &dir, const QString 
                                               const QString &folder, const CachedFiles &known)
 {
     Item item{dir, name, remoteChild(dir, name), folder, localChild(folder, name)};
+    item.there = FileStamp(item.target);
     const auto row = known.constFind(name);
     if (row != known.constEnd() && !row->dayOnly) {
         item.cached = true;
@@ -136,59 +140,88 @@ RemoteDownloads::Decision RemoteDownloads::decide(const Item &item)
 
 bool RemoteDownloads::getFile(const SteadyFolder &folder, const Item &item)
 {
-    const QString words = item.remote + QStringLiteral(" > ") + item.folder;
-    const auto attempted = m_context.fiveAttempts(item.remote, [&] { return fetch(folder, item); });
-    switch (attempted.end) {
-    case OperationContext::End::Done:
-        m_context.status(words + QStringLiteral(" DownLoading･･･"));
-        m_context.done(Outcome::Kind::Downloaded, item.remote, item.target);
-        return true;
-    case OperationContext::End::GivenUp:
-        m_context.giveUp(QStringLiteral("FtpGetFile Err:") + words + QStringLiteral(" DownLoad"),
-                         item.remote, item.target, attempted.error);
-        return true;
-    case OperationContext::End::Stop:
-        break;
+    Arrived arrived;
+    const auto attempted =
+        m_context.fiveAttempts(item.remote, [&] { return fetch(folder, item, arrived); });
+    if (attempted.end == OperationContext::End::Stop)
+        return false;
+    if (attempted.end == OperationContext::End::GivenUp) {
+        giveUpFile(item, attempted.error);
+    } else if (arrived.size >= TemporaryFile::large) {
+        putInPlace(folder, item, arrived);
+    } else { // the disk need not hold up the next one
+        m_arrivedName = item.name;
+        m_context.session.whileServerWorks(
+            [this, &folder, item, arrived] { putInPlace(folder, item, arrived); });
     }
-    return false;
+    return true;
 }
 
-Result<void> RemoteDownloads::fetch(const SteadyFolder &folder, const Item &item)
+void RemoteDownloads::putInPlace(const SteadyFolder &folder, const Item &item,
+                                 const Arrived &arrived)
+{
+    if (const auto placed = place(folder, item, arrived); !placed) {
+        giveUpFile(item, placed.error());
+        return;
+    }
+    m_context.status(item.remote + QStringLiteral(" > ") + item.folder +
+                     QStringLiteral(" DownLoading･･･"));
+    m_context.done(Outcome::Kind::Downloaded, item.remote, item.target);
+}
+
+Result<void> RemoteDownloads::place(const SteadyFolder &folder, const Item &item,
+                                    const Arrived &arrived)
+{
+    Session &session = m_context.session;
+    if (auto kept = arrived.file->flush([&session](const auto &work) { session.aside(work); });
+        !kept)
+        return kept;
+    if (folder.leadsAway())
+        return Error{ErrorClass::Local, SteadyFolder::words(), 0};
+    // The person may have saved it meanwhile.
+    if (FileStamp(item.target) != item.there)
+        return Error{ErrorClass::Local, QStringLiteral("受信中にﾌｧｲﾙが変更されました"), 0};
+    bool timeSet = true;
+    auto replaced = arrived.file->replace(item.target, arrived.size, arrived.time, timeSet);
+    if (!timeSet)
+        m_context.note(QStringLiteral("time not set: ") + item.target);
+    if (replaced)
+        ++m_replaced;
+    return replaced;
+}
+
+void RemoteDownloads::giveUpFile(const Item &item, const Error &error)
+{
+    m_context.giveUp(QStringLiteral("FtpGetFile Err:") + item.remote + QStringLiteral(" > ") +
+                         item.folder + QStringLiteral(" DownLoad"),
+                     item.remote, item.target, error);
+}
+
+Result<void> RemoteDownloads::fetch(const SteadyFolder &folder, const Item &item, Arrived &arrived)
 {
     if (const QString why = whyNotAFileName(item.name); !why.isEmpty())
         return Error{ErrorClass::Local, why, 0};
     if (auto free = checkTarget(item.target); !free)
         return free;
-    TemporaryFile temporary(m_journal, item.folder);
-    if (auto opened = temporary.open(); !opened)
+    const auto temporary = std::make_shared<TemporaryFile>(m_journal, item.folder);
+    if (auto opened = temporary->open(); !opened)
         return opened;
-    const Error elsewhere{ErrorClass::Local, SteadyFolder::words(), 0};
     if (folder.leadsAway())
-        return elsewhere;
+        return Error{ErrorClass::Local, SteadyFolder::words(), 0};
     if (auto current = m_context.stepInto(item.dir); !current)
         return current;
     const QByteArray raw = m_context.cache.rawName(item.dir, item.name);
     const qint64 expected = item.cached ? item.size : -1;
     ProgressThrottle meter(m_context.frontEnd, item.name, expected);
     const auto received = m_context.session.client().retrieve(
-        raw, temporary.device(), [&meter](qint64 done) { meter.moved(done); }, expected);
+        raw, temporary->device(), [&meter](qint64 done) { meter.moved(done); }, expected);
     if (!received)
         return received.error();
     if (auto whole = checkSize(item, raw, received.value()); !whole)
         return whole;
     meter.finished(received.value());
-    Session &session = m_context.session;
-    if (auto kept = temporary.flush([&session](const auto &work) { session.aside(work); }); !kept)
-        return kept;
-    if (folder.leadsAway())
-        return elsewhere;
-    bool timeSet = true;
-    auto replaced = temporary.replace(item.target, received.value(), timeFor(item, raw), timeSet);
-    if (!timeSet)
-        m_context.note(QStringLiteral("time not set: ") + item.target);
-    if (replaced)
-        ++m_replaced;
-    return replaced;
+    arrived = {temporary, received.value(), timeFor(item, raw)};
+    return {};
 }
 
 Result<void> RemoteDownloads::checkSize(const Item &item, const QByteArray &raw, qint64 received)

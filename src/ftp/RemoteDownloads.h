@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ftp/DownloadJournal.h"
+#include "ftp/FileStamp.h"
 #include "ftp/OperationContext.h"
 #include "ftp/SteadyFolder.h"
 
@@ -10,10 +11,13 @@
 #include <QString>
 #include <QStringList>
 
+#include <memory>
 #include <optional>
 
 namespace venlo
 {
+
+class TemporaryFile;
 
 /// Downloads files and folder trees. A file takes its target's place only when it is complete and
 /// flushed; whatever fails leaves the old one as it was. Owned by RemoteOperations.
@@ -38,8 +42,15 @@ private:
         QString folder; ///< local, without a trailing separator
         QString target; ///< full local path
         bool cached = false;
-        double day = 0;  ///< day count of the listing's wall clock
+        double day = 0;       ///< day count of the listing's wall clock
+        qint64 size = 0;      ///< bytes
+        FileStamp there = {}; ///< what is in the file's place
+    };
+    /// A file that has come, whole, and is to take its place.
+    struct Arrived {
+        std::shared_ptr<TemporaryFile> file;
         qint64 size = 0; ///< bytes
+        QDateTime time;  ///< to be given to it, where it is valid
     };
     enum class Decision { Fetch, Skip, Cancel };
 
@@ -54,7 +65,12 @@ private:
                               const CachedFiles &known);
     [[nodiscard]] Decision decide(const Item &item);
     [[nodiscard]] bool getFile(const SteadyFolder &folder, const Item &item);
-    [[nodiscard]] Result<void> fetch(const SteadyFolder &folder, const Item &item);
+    [[nodiscard]] Result<void> fetch(const SteadyFolder &folder, const Item &item,
+                                     Arrived &arrived);
+    void putInPlace(const SteadyFolder &folder, const Item &item, const Arrived &arrived);
+    [[nodiscard]] Result<void> place(const SteadyFolder &folder, const Item &item,
+                                     const Arrived &arrived);
+    void giveUpFile(const Item &item, const Error &error);
     [[nodiscard]] Result<void> checkSize(const Item &item, const QByteArray &raw, qint64 received);
     [[nodiscard]] QDateTime timeFor(const Item &item, const QByteArray &raw);
     void giveUpFolder(const QString &local, const QString &remote, const Error &error);
@@ -64,6 +80,7 @@ private:
     QDateTime m_start;
     int m_folders = 0;     ///< of the tree in hand
     int m_replaced = 0;    ///< files that took their places
+    QString m_arrivedName; ///< of the last file, which may not be in its place yet
     QSet<QString> m_swept; ///< folders that hold no leftover of an earlier run any more
 };
 

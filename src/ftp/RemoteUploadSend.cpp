@@ -2,9 +2,9 @@
 #include <array>
 
 #include <QFile>
-#include <QFileInfo>
 #include <QScopeGuard>
 
+#include "ftp/FileStamp.h"
 #include "ftp/ProgressThrottle.h"
 #include "ftp/RemoteUploads.h"
 #include "ftp/Session.h"
@@ -15,23 +15,6 @@ namespace venlo
 namespace
 {
 constexpr int maxChanges = 5;
-
-/// Size and time of a file, to see whether it changed.
-struct Stamp {
-    qint64 size = -1;
-    QDateTime modified;
-
-    explicit Stamp(const QString &path)
-    {
-        const QFileInfo info(path);
-        if (info.isFile()) {
-            size = info.size();
-            modified = info.lastModified();
-        }
-    }
-    [[nodiscard]] bool isFile() const { return modified.isValid(); }
-    bool operator==(const Stamp &) const = default;
-};
 
 /// Whether an upload that failed may have touched the file on the server. Bytes can leave before
 /// the server says no; the replies below never come behind the opening one (RFC 959, 5.4).
@@ -72,7 +55,7 @@ Result<void> RemoteUploads::send(const Item &item)
 /// The value tells whether the file is the one that was sent.
 Result<bool> RemoteUploads::sendOnce(const Item &item)
 {
-    const Stamp before(item.path);
+    const FileStamp before(item.path);
     // Opening anything else than a file may wait for ever.
     if (!before.isFile())
         return Error{ErrorClass::Local, QStringLiteral("ﾌｧｲﾙがありません"), 0};
@@ -102,12 +85,12 @@ Result<bool> RemoteUploads::sendOnce(const Item &item)
         if (there.timeTouched || mayHaveStored(stored.error(), moved))
             noteUnfinished(item);
         // A file that is being rewritten may break off under the reader's hands.
-        if (stored.error().kind == ErrorClass::Local && before != Stamp(item.path))
+        if (stored.error().kind == ErrorClass::Local && before != FileStamp(item.path))
             return false;
         return stored.error();
     }
     meter.finished(stored.value());
-    const bool unchanged = stored.value() == before.size && before == Stamp(item.path);
+    const bool unchanged = stored.value() == before.size && before == FileStamp(item.path);
     if (!unchanged)
         return false;
     // A data connection that the server, or something on the way, closes early looks like a whole

@@ -1,6 +1,7 @@
 #include "ftp/RemoteUploads.h"
 
 #include "db/DisplayFormat.h"
+#include "db/TextFold.h"
 #include "ftp/ListingTime.h"
 #include "ftp/LocalPath.h"
 #include "ftp/Session.h"
@@ -11,6 +12,7 @@
 
 #include <QFile>
 #include <QFileInfo>
+#include <QScopeGuard>
 
 namespace venlo
 {
@@ -30,6 +32,11 @@ double dayOfUtc(const QDateTime &utc)
     entry.time = utc;
     entry.utc = true;
     return listingDay(wallClockOf(entry, std::nullopt), presentLocalOffset());
+}
+/// Whether the store takes two names for one.
+bool isSame(const QString &left, const QString &right)
+{
+    return compareFolded(left.toUtf8().toStdString(), right.toUtf8().toStdString()) == 0;
 }
 } // namespace
 
@@ -77,6 +84,7 @@ bool RemoteUploads::putLines(const QString &path, const std::vector<UploadLine> 
     const QString dir = m_context.cache.normalised(path);
     m_context.loadIfAbsent(dir);
     const bool unsure = isUnsure(dir);
+    const auto caughtUp = qScopeGuard([this] { m_context.session.catchUp(); });
     for (const UploadLine &line : lines) {
         if (line.name.isEmpty())
             continue;
@@ -98,6 +106,8 @@ bool RemoteUploads::putLine(const Item &item, const UploadLine &line)
         leaveOut(item);
         return true;
     }
+    if (isSame(m_sentName, line.name)) // to the cache
+        m_context.session.catchUp();
     const Decision decision = decide(item, line);
     if (decision == Decision::Skip)
         m_context.skipped(item.path, item.remote, {});
@@ -109,10 +119,12 @@ bool RemoteUploads::putLine(const Item &item, const UploadLine &line)
         m_context.fiveAttempts(item.remote, [this, &item] { return send(item); });
     if (attempted.end == OperationContext::End::Stop)
         return false;
-    if (attempted.end == OperationContext::End::Done)
-        sent(item);
-    else
+    if (attempted.end == OperationContext::End::Done) {
+        m_sentName = item.name;
+        m_context.session.whileServerWorks([this, item] { sent(item); });
+    } else {
         giveUpLine(item, attempted.error);
+    }
     return true;
 }
 

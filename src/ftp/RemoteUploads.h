@@ -79,6 +79,7 @@ private:
     void giveUpFolder(const QString &local, const QString &remote, const Error &error);
 
     OperationContext &m_context;
+    QString m_sentName; ///< of the last line that was sent, whose row may not be in the cache yet
 };
 
 } // namespace venlo

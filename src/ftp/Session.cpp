@@ -132,6 +132,17 @@ void Session::aside(const std::function<void()> &work)
     m->waiter.aside(work);
 }
 
+void Session::whileServerWorks(std::function<void()> bookkeeping)
+{
+    catchUp();
+    m->postponed = std::move(bookkeeping);
+}
+
+void Session::catchUp()
+{
+    m->catchUp();
+}
+
 FtpClient &Session::client()
 {
     return *m->client;

@@ -70,6 +70,10 @@ public:
     /// Runs what blocks for long, such as a disk's answer, while the event loop goes on as in a
     /// wait for the server.
     void aside(const std::function<void()> &work);
+    /// Bookkeeping behind a reply that nothing waits for: done while the server works on the next
+    /// command, at the latest by catchUp(). Must not wait for the server itself.
+    void whileServerWorks(std::function<void()> bookkeeping);
+    void catchUp();
     /// Only while connected.
     [[nodiscard]] FtpClient &client();
     [[nodiscard]] const ClientLimits &limits() const;

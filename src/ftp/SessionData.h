@@ -8,7 +8,9 @@
 
 #include <QString>
 
+#include <functional>
 #include <memory>
+#include <utility>
 
 namespace venlo
 {
@@ -23,7 +25,16 @@ struct Session::Data {
           clientLimits(limits), judge(person, events),
           waiter([&person] { return person.cancelled(); })
     {
-        waiter.setMeanwhile([&events] { events.flush(); });
+        waiter.setMeanwhile([this] {
+            catchUp();
+            eventLog.flush();
+        });
+    }
+
+    void catchUp()
+    {
+        if (const auto bookkeeping = std::exchange(postponed, nullptr))
+            bookkeeping();
     }
 
     void setState(State next, const QString &why);
@@ -49,7 +60,8 @@ struct Session::Data {
     QString homeDirectory;
     QString currentRemoteDir;
     QString currentSite;
-    QString reconnectInformation; ///< user, tab, password, tab, connect flags as decimal text
+    std::function<void()> postponed; ///< bookkeeping, see whileServerWorks
+    QString reconnectInformation;    ///< user, tab, password, tab, connect flags as decimal text
     int connects = 0;
     bool activeUnusable = false; ///< active mode was tried and cannot work with this server
 };

@@ -9,11 +9,6 @@
 namespace venlo
 {
 
-namespace
-{
-constexpr qint64 longFlush = 8LL * 1024 * 1024; ///< bytes a disk takes longer for than an eye sees
-}
-
 TemporaryFile::TemporaryFile(DownloadJournal &journal, const QString &folder)
     : m_journal(journal), m_file(localChild(folder, newTemporaryName()))
 {
@@ -26,7 +21,12 @@ TemporaryFile::~TemporaryFile()
     close();
     if (!m_file.remove() && isTemporaryName(localName(m_lies)))
         QFile::remove(m_lies);
-    m_journal.end();
+    m_journal.forget(notedPath());
+}
+
+QString TemporaryFile::notedPath() const
+{
+    return QFileInfo(m_file.fileName()).absoluteFilePath();
 }
 
 /// A folder above the file may have been moved, and a link or nothing be in its place.
@@ -40,11 +40,11 @@ void TemporaryFile::close()
 
 Result<void> TemporaryFile::open()
 {
-    m_journal.begin(QFileInfo(m_file.fileName()).absoluteFilePath());
+    m_journal.begin(notedPath());
     m_there = m_file.open(QIODevice::WriteOnly | QIODevice::NewOnly);
     if (m_there)
         return {};
-    m_journal.end();
+    m_journal.forget(notedPath());
     return Error{ErrorClass::Local, m_file.errorString(), 0};
 }
 
@@ -52,10 +52,10 @@ Result<void> TemporaryFile::flush(const Aside &aside)
 {
     bool flushed = m_file.flush();
     const auto putOnDisk = [&] { flushed = flushed && flushToDisk(m_file); };
-    if (m_file.size() < longFlush)
-        putOnDisk();
-    else
+    if (m_file.size() >= large)
         aside(putOnDisk);
+    else
+        putOnDisk();
     return flushed ? Result<void>() : Error{ErrorClass::Local, m_file.errorString(), 0};
 }
 

@@ -13,7 +13,7 @@ namespace venlo
 {
 
 /// A download in the making: a file under a temporary name beside its target, noted in the
-/// journal while it exists. Deleted with this object unless it took the target's place.
+/// journal while it is written. Deleted with this object unless it took the target's place.
 class TemporaryFile
 {
 public:
@@ -24,6 +24,8 @@ public:
 
     [[nodiscard]] Result<void> open();
     [[nodiscard]] QIODevice &device() { return m_file; }
+    /// Bytes that a disk takes longer to put down than an eye sees.
+    static constexpr qint64 large = 8LL * 1024 * 1024;
     using Aside = std::function<void(const std::function<void()> &work)>;
     /// Forces the content to the disk, which is due before it takes the place of something else.
     /// aside runs what may take long.
@@ -36,6 +38,7 @@ public:
 
 private:
     void close();
+    [[nodiscard]] QString notedPath() const;
 
     DownloadJournal &m_journal;
     QFile m_file;

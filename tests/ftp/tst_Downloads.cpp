@@ -94,7 +94,100 @@ private Q_SLOTS:
     void folderWithoutListingIsGivenUp();
     void folderOfAFileName();
     void progress();
+    void savedMeanwhile_data();
+    void savedMeanwhile();
+    void takesItsPlaceWhileTheNextOneComes();
+    void outcomesKeepTheirOrder();
+    void namesThatAreOneToSomeSystems();
 };
+
+void tst_Downloads::savedMeanwhile_data()
+{
+    QTest::addColumn<bool>("existed");
+    QTest::addColumn<bool>("unattended");
+    QTest::newRow("new") << false << true;
+    QTest::newRow("changed") << true << true;
+    QTest::newRow("changed, a person there") << true << false;
+}
+
+/// What the person saved while a file of the same name was on its way stays.
+void tst_Downloads::savedMeanwhile()
+{
+    QFETCH(bool, existed);
+    QFETCH(bool, unattended);
+    Fixture f;
+    f.server.put("/a.txt", "from the server");
+    f.server.put("/b.txt", "also");
+    QVERIFY(f.start());
+    f.browse(QStringLiteral("/"));
+    f.flags.unattendedTransfer = unattended;
+    f.operations.standingAnswer = OverwriteMode::OverwriteAll;
+    if (existed)
+        f.write(QStringLiteral("a.txt"), "old", wallClock(1, 0));
+    f.server.on("RETR", "a.txt").once().call([&f] {
+        f.write(QStringLiteral("a.txt"), "just saved", wallClock(2, 0));
+    });
+    f.get(QStringLiteral("a.txt\rb.txt"));
+    QCOMPARE(f.read(QStringLiteral("a.txt")), QByteArray("just saved"));
+    QCOMPARE(f.read(QStringLiteral("b.txt")), QByteArray("also"));
+    QCOMPARE(f.localNames(), QStringList({QStringLiteral("a.txt"), QStringLiteral("b.txt")}));
+    QCOMPARE(f.counts(), QStringLiteral("1/1/0"));
+    QCOMPARE(f.person.outcomes(Outcome::Kind::GivenUp).at(0).why,
+             QStringLiteral("受信中にﾌｧｲﾙが変更されました"));
+}
+
+void tst_Downloads::takesItsPlaceWhileTheNextOneComes()
+{
+    Fixture f;
+    for (const char *name : {"/a.txt", "/b.txt", "/c.txt"})
+        f.server.put(name, name);
+    QVERIFY(f.start());
+    f.browse(QStringLiteral("/"));
+    QByteArray beforeB;
+    QByteArray beforeC;
+    f.server.on("RETR", "b.txt").once().call([&] { beforeB = f.read(QStringLiteral("a.txt")); });
+    f.server.on("RETR", "c.txt").once().call([&] { beforeC = f.read(QStringLiteral("a.txt")); });
+    f.get(QStringLiteral("a.txt\rb.txt\rc.txt"));
+    QVERIFY(f.ok);
+    QCOMPARE(beforeB, QByteArray("<none>"));
+    QCOMPARE(beforeC, QByteArray("/a.txt"));
+    for (const char *name : {"/a.txt", "/b.txt", "/c.txt"})
+        QCOMPARE(f.read(QString::fromLatin1(name + 1)), QByteArray(name));
+    QCOMPARE(f.counts(), QStringLiteral("3/0/0"));
+}
+
+void tst_Downloads::outcomesKeepTheirOrder()
+{
+    Fixture f;
+    for (const char *name : {"/a.txt", "/b.txt", "/c.txt"})
+        f.server.put(name, name);
+    QVERIFY(f.start());
+    f.browse(QStringLiteral("/"));
+    QVERIFY(QDir(f.here()).mkdir(QStringLiteral("b.txt"))); // cannot be replaced by a file
+    f.get(QStringLiteral("a.txt\rb.txt\rc.txt"));
+    QStringList files;
+    for (const Outcome &outcome : f.person.outcomes())
+        files.append(outcome.from);
+    QCOMPARE(files, QStringList({QStringLiteral("/a.txt"), QStringLiteral("/b.txt"),
+                                 QStringLiteral("/c.txt")}));
+    QCOMPARE(f.person.outcomes().at(1).kind, Outcome::Kind::GivenUp);
+    QCOMPARE(f.counts(), QStringLiteral("2/1/0"));
+}
+
+/// The second is asked about what is there, which may be the first.
+void tst_Downloads::namesThatAreOneToSomeSystems()
+{
+    Fixture f;
+    f.server.put("/a.txt", "small");
+    f.server.put("/A.TXT", "LARGE");
+    QVERIFY(f.start());
+    QByteArray beforeSecond;
+    f.server.on("RETR", "A.TXT").once().call([&] {
+        beforeSecond = f.read(QStringLiteral("a.txt"));
+    });
+    f.get(QStringLiteral("a.txt\rA.TXT"));
+    QCOMPARE(beforeSecond, QByteArray("small"));
+}
 
 void tst_Downloads::twoCommandsPerFile()
 {

@@ -48,6 +48,7 @@ private Q_SLOTS:
     void journalNotesTheFileInProgress();
     void journalSweeps_data();
     void journalSweeps();
+    void journalSweepsTheOneBeforeToo();
     void aLiveJournalIsLeftAlone();
     void locksWithoutAJournalGo();
     void aMissingFolderIsKeptForLater();
@@ -159,6 +160,31 @@ void tst_TemporaryName::journalSweeps()
     leaveJournal(user.path(), folder.filePath(name));
     const DownloadJournal journal(user.path());
     QCOMPARE(QFile::exists(folder.filePath(name)), remains);
+    QCOMPARE(filesIn(user.path()), QStringList());
+}
+
+void tst_TemporaryName::journalSweepsTheOneBeforeToo()
+{
+    const QTemporaryDir user;
+    const QTemporaryDir folder;
+    const QString before = folder.filePath(leftover);
+    const QString latest = folder.filePath(QStringLiteral(".venlo-89abcdef.part"));
+    make(before);
+    make(latest);
+    QString noted;
+    {
+        DownloadJournal journal(user.path());
+        journal.begin(before);
+        journal.begin(latest);
+        journal.forget(before); // came to nothing; the latest is still on its way
+        noted = DownloadJournal(user.path()).live().join(QChar(u'\0'));
+        QCOMPARE(noted, latest + QChar(u'\0') + before);
+        journal.forget(latest);
+        QCOMPARE(DownloadJournal(user.path()).live(), QStringList());
+    }
+    leaveJournal(user.path(), noted);
+    const DownloadJournal journal(user.path());
+    QCOMPARE(filesIn(folder.path()), QStringList());
     QCOMPARE(filesIn(user.path()), QStringList());
 }
 

@@ -105,7 +105,76 @@ private Q_SLOTS:
     void refusedUploadIsNoRemnant();
     void oneRowIsNotAWholeDirectory_data();
     void oneRowIsNotAWholeDirectory();
+    void rowsAreWrittenWhileTheNextFileIsSent();
+    void outcomesKeepTheirOrder();
+#ifdef Q_OS_UNIX
+    void namesThatAreOneToTheCache();
+#endif
 };
+
+void tst_Uploads::rowsAreWrittenWhileTheNextFileIsSent()
+{
+    Fixture f;
+    QVERIFY(f.start());
+    f.browse(QStringLiteral("/"));
+    const QStringList names{QStringLiteral("a.txt"), QStringLiteral("b.txt"),
+                            QStringLiteral("c.txt")};
+    for (const QString &name : names)
+        f.write(name, "new", wallClock(1, 0));
+    f.putList(names);
+    QVERIFY(f.ok);
+    QByteArray order;
+    for (const auto &event : f.person.events()) {
+        if (event.what == venlo::test::ScriptedPerson::What::Status)
+            order += "begun ";
+        else if (event.what == venlo::test::ScriptedPerson::What::Outcome)
+            order += "told ";
+    }
+    QCOMPARE(order, QByteArray("begun begun told begun told told "));
+    for (const QString &name : names)
+        QVERIFY2(!f.row(QStringLiteral("/"), name).isEmpty(), qPrintable(name));
+    QCOMPARE(f.counts(), QStringLiteral("3/0/0"));
+}
+
+void tst_Uploads::outcomesKeepTheirOrder()
+{
+    Fixture f;
+    QVERIFY(f.start());
+    f.browse(QStringLiteral("/"));
+    const QStringList names{QStringLiteral("a.txt"), QStringLiteral("b.txt"),
+                            QStringLiteral("c.txt"), QStringLiteral("d.ldb")};
+    for (const QString &name : names)
+        f.write(name, "new", wallClock(1, 0));
+    f.server.on("STOR", "a.txt").once().call([&f] {
+        QFile::remove(f.at(QStringLiteral("b.txt")));
+    });
+    f.putList(names);
+    QList<Outcome::Kind> told;
+    QStringList files;
+    for (const Outcome &outcome : f.person.outcomes()) {
+        told.append(outcome.kind);
+        files.append(QFileInfo(outcome.from).fileName());
+    }
+    QCOMPARE(files, names);
+    QCOMPARE(told, QList<Outcome::Kind>({Outcome::Kind::Uploaded, Outcome::Kind::GivenUp,
+                                         Outcome::Kind::Uploaded, Outcome::Kind::Skipped}));
+}
+
+#ifdef Q_OS_UNIX
+void tst_Uploads::namesThatAreOneToTheCache()
+{
+    Fixture f;
+    QVERIFY(f.start());
+    f.browse(QStringLiteral("/"));
+    f.flags.unattendedTransfer = true;
+    f.write(QStringLiteral("a.txt"), "newer", wallClock(2, 0));
+    f.write(QStringLiteral("A.TXT"), "older", wallClock(1, 0));
+    f.putList({QStringLiteral("a.txt"), QStringLiteral("A.TXT")});
+    QVERIFY(f.ok);
+    QCOMPARE(f.counts(), QStringLiteral("1/0/1"));
+    QVERIFY(!f.server.exists("/A.TXT"));
+}
+#endif
 
 void tst_Uploads::fourCommandsPerFile()
 {

@@ -32,6 +32,7 @@ private Q_SLOTS:
     void ends();
     void activityStartsTheLimitAnew();
     void meanwhile();
+    void nothingMeanwhileBeforeSending();
     void aside();
     void asideIgnoresCancel();
 };
@@ -79,6 +80,20 @@ void tst_Waiter::meanwhile()
     });
     QCOMPARE(waiter.until([&done] { return done; }, longTime), WaitEnd::Done);
     QCOMPARE(times, 1);
+}
+
+void tst_Waiter::nothingMeanwhileBeforeSending()
+{
+    Waiter waiter({});
+    int times = 0;
+    waiter.setMeanwhile([&times] { ++times; });
+    bool done = false;
+    QTimer::singleShot(0, this, [&done] { done = true; });
+    QCOMPARE(waiter.untilReady([&done] { return done; }, longTime), WaitEnd::Done);
+    QCOMPARE(waiter.untilReady([] { return false; }, 1ms), WaitEnd::TimedOut);
+    QCOMPARE(times, 0);
+    Waiter stopped([] { return true; });
+    QCOMPARE(stopped.untilReady([] { return false; }, longTime), WaitEnd::Cancelled);
 }
 
 void tst_Waiter::aside()

@@ -1,6 +1,7 @@
 #include "ftp/protocol/FtpClient.h"
 
 #include "ftp/protocol/FtpClientState.h"
+#include "ftp/protocol/TimeValue.h"
 
 #include <cstdlib>
 
@@ -182,14 +183,7 @@ Result<QDateTime> FtpClient::modificationTime(const QByteArray &name)
 
 QByteArray FtpClient::State::setTimeCommand(const QByteArray &name, const QDateTime &utc) const
 {
-    const QDateTime at = utc.toUTC();
-    const QDate date = at.date();
-    const QTime time = at.time();
-    const QByteArray digits =
-        QString::asprintf("%04d%02d%02d%02d%02d%02d", date.year(), date.month(), date.day(),
-                          time.hour(), time.minute(), time.second())
-            .toLatin1();
-    return (features.contains("MFMT") ? "MFMT " : "MDTM ") + digits + ' ' + name;
+    return (features.contains("MFMT") ? "MFMT " : "MDTM ") + timeValueOf(utc) + ' ' + name;
 }
 
 Result<void> FtpClient::State::timeWasSet(const Reply &reply)

@@ -55,7 +55,7 @@ Result<void> FtpClient::State::runAlone(Transfer &transfer, const std::function<
         return over || last != Step::More || transfer.data.failed();
     };
     bool connected = false;
-    WaitEnd end = waiter.until(
+    WaitEnd end = waiter.untilReady(
         [&] {
             const bool over = settled();
             connected = transfer.data.connected();

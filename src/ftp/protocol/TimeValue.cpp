@@ -53,4 +53,20 @@ QDateTime parseTimeValue(QByteArrayView text)
     return {date, time, Qt::UTC};
 }
 
+QByteArray timeValueOf(const QDateTime &time)
+{
+    const QDateTime utc = time.toUTC();
+    const QTime clock = utc.time();
+    int year = 0;
+    int month = 0;
+    int day = 0;
+    utc.date().getDate(&year, &month, &day);
+    QByteArray text = QByteArray::number(year).rightJustified(4, '0');
+    for (const int pair : {month, day, clock.hour(), clock.minute(), clock.second()}) {
+        text += static_cast<char>('0' + pair / 10);
+        text += static_cast<char>('0' + pair % 10);
+    }
+    return text;
+}
+
 } // namespace venlo

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QByteArrayView>
 #include <QDateTime>
 
@@ -10,5 +11,8 @@ namespace venlo
 /// A leap second becomes second 59. Also the five-digit year of servers that print "19" before the
 /// years since 1900. Invalid for anything else.
 [[nodiscard]] QDateTime parseTimeValue(QByteArrayView text);
+
+/// The time-val of a time, without a fraction.
+[[nodiscard]] QByteArray timeValueOf(const QDateTime &time);
 
 } // namespace venlo

@@ -24,13 +24,18 @@ Waiter::Waiter(CancelTest cancelled) : m_cancelled(std::move(cancelled))
 WaitEnd Waiter::until(const std::function<bool()> &done, std::chrono::milliseconds limit,
                       const std::function<qint64()> &activity)
 {
-    return wait(done, limit, activity, true);
+    return waitMeanwhile(done, limit, activity, true);
+}
+
+WaitEnd Waiter::untilReady(const std::function<bool()> &done, std::chrono::milliseconds limit)
+{
+    return done() ? WaitEnd::Done : wait(done, limit, {}, true);
 }
 
 WaitEnd Waiter::untilEvenIfCancelled(const std::function<bool()> &done,
                                      std::chrono::milliseconds limit)
 {
-    return wait(done, limit, {}, false);
+    return waitMeanwhile(done, limit, {}, false);
 }
 
 void Waiter::aside(const std::function<void()> &work)
@@ -42,13 +47,19 @@ void Waiter::aside(const std::function<void()> &work)
     thread->wait();
 }
 
-WaitEnd Waiter::wait(const std::function<bool()> &done, std::chrono::milliseconds limit,
-                     const std::function<qint64()> &activity, bool heedCancel)
+WaitEnd Waiter::waitMeanwhile(const std::function<bool()> &done, std::chrono::milliseconds limit,
+                              const std::function<qint64()> &activity, bool heedCancel)
 {
     if (done())
         return WaitEnd::Done;
     if (m_meanwhile)
         m_meanwhile();
+    return wait(done, limit, activity, heedCancel);
+}
+
+WaitEnd Waiter::wait(const std::function<bool()> &done, std::chrono::milliseconds limit,
+                     const std::function<qint64()> &activity, bool heedCancel)
+{
     QDeadlineTimer deadline(limit);
     qint64 seen = activity ? activity() : 0;
     if (m_depth++ == 0)

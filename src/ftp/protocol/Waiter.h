@@ -19,7 +19,7 @@ public:
     using CancelTest = std::function<bool()>;
 
     explicit Waiter(CancelTest cancelled);
-    /// What is done each time that the other side is really waited for, while it works.
+    /// What is done when the other side is really waited for, while it works.
     void setMeanwhile(std::function<void()> meanwhile) { m_meanwhile = std::move(meanwhile); }
 
     /// Runs the event loop until done() holds, the limit is over or the person cancelled. done()
@@ -27,7 +27,12 @@ public:
     /// activity() starts the limit anew: it counts whatever shows that the other side lives.
     [[nodiscard]] WaitEnd until(const std::function<bool()> &done, std::chrono::milliseconds limit,
                                 const std::function<qint64()> &activity = {});
-    /// The same without looking at Cancel, for the short waits that bring a session back in step.
+    /// The same for what ends in something to be sent at once: what is done meanwhile would hold
+    /// that up, and is left to the next wait.
+    [[nodiscard]] WaitEnd untilReady(const std::function<bool()> &done,
+                                     std::chrono::milliseconds limit);
+    /// The same as until without looking at Cancel, for the short waits that bring a session back
+    /// in step.
     [[nodiscard]] WaitEnd untilEvenIfCancelled(const std::function<bool()> &done,
                                                std::chrono::milliseconds limit);
     /// Runs work that blocks in a thread of its own while the event loop goes on. It is done when
@@ -39,8 +44,11 @@ public:
     [[nodiscard]] bool cancelled() const { return m_cancelled && m_cancelled(); }
 
 private:
-    WaitEnd wait(const std::function<bool()> &done, std::chrono::milliseconds limit,
-                 const std::function<qint64()> &activity, bool heedCancel);
+    [[nodiscard]] WaitEnd waitMeanwhile(const std::function<bool()> &done,
+                                        std::chrono::milliseconds limit,
+                                        const std::function<qint64()> &activity, bool heedCancel);
+    [[nodiscard]] WaitEnd wait(const std::function<bool()> &done, std::chrono::milliseconds limit,
+                               const std::function<qint64()> &activity, bool heedCancel);
 
     CancelTest m_cancelled;
     std::function<void()> m_meanwhile;
