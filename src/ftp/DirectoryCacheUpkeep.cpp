@@ -7,9 +7,8 @@
 #include "ftp/DirectoryCache.h"
 #include "ftp/ErrorLog.h"
 #include "ftp/ListingTime.h"
+#include "platform/EntryLook.h"
 #include "shared/RemotePath.h"
-
-#include <QFileInfo>
 
 namespace venlo
 {
@@ -104,7 +103,7 @@ void DirectoryCache::addRow(const QString &localPath, const QString &path, const
                             bool folder)
 {
     const QString dir = normalised(path);
-    const QFileInfo local(localPath);
+    const EntryLook local(localPath);
     const QDateTime modified = local.lastModified();
     const qint64 size = folder ? 0 : local.size();
     const QByteArray raw = rawName(dir, name); // an entry that was there keeps its bytes
@@ -177,10 +176,13 @@ void DirectoryCache::renamed(const QString &path, const QString &oldName, const 
     Transaction transaction(m_database);
     tryChange(QStringLiteral("Update ? Set sName='?' Where sDir='?' And sName='?' And bFd=?"),
               {newName, dir, oldName, folder ? 1 : 0});
-    if (folder)
+    const QString site = m_session.currentSite();
+    if (folder) {
         movePrefix(remoteChild(dir, oldName), remoteChild(dir, newName));
-    else
-        m_unfinished.end(m_session.currentSite(), dir, oldName);
+    } else if (m_unfinished.noted(site, dir, oldName)) {
+        m_unfinished.end(site, dir, oldName);
+        m_unfinished.begin(site, dir, newName);
+    }
     forgetPaths();
     rememberRawName(dir, newName, m_session.client().codec().encode(newName));
     transaction.commit();

@@ -12,6 +12,8 @@
 #include "shared/NameList.h"
 #include "shared/RemotePath.h"
 
+#include <algorithm>
+
 #include <QFileInfo>
 
 namespace venlo
@@ -151,18 +153,23 @@ Result<void> RemoteOperations::checkFree(const QString &dir, const QString &oldN
                                          const QString &newName)
 {
     OperationContext &context = m->context;
-    if (newName.compare(oldName, Qt::CaseInsensitive) == 0) {
-        // The server may find the old name under the new one. Only the listing can tell.
-        for (const auto &mark : context.cache.incompleteUnder(dir)) {
-            if (mark.dir.compare(dir, Qt::CaseInsensitive) == 0)
-                return Error{ErrorClass::Local,
-                             QStringLiteral("同じ名前がないことを確認できません"), 0};
-        }
-        return {};
-    }
     FtpClient &client = context.session.client();
     const QByteArray raw = context.cache.rawName(dir, newName);
     const Error found{ErrorClass::Local, QStringLiteral("同じ名前が既にあります"), 0};
+    if (newName.compare(oldName, Qt::CaseInsensitive) == 0) {
+        // The server may find the old name under the new one. Only a listing of now can tell.
+        const auto listing = client.list();
+        if (!listing)
+            return listing.error();
+        const auto &entries = listing.value().entries;
+        if (std::any_of(entries.begin(), entries.end(),
+                        [&raw](const ListedEntry &entry) { return entry.rawName == raw; }))
+            return found;
+        return listing.value().whole
+                   ? Result<void>()
+                   : Error{ErrorClass::Local, QStringLiteral("同じ名前がないことを確認できません"),
+                           0};
+    }
     if (client.hasMdtm()) {
         const auto time = client.modificationTime(raw);
         if (time)

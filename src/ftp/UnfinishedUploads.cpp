@@ -4,6 +4,7 @@
 #include <QStringList>
 
 #include "db/Database.h"
+#include "db/DbError.h"
 #include "db/Store.h"
 #include "platform/Files.h"
 #include "shared/RemotePath.h"
@@ -37,20 +38,31 @@ bool UnfinishedUploads::openNote()
 /// Without a note a killed upload is not known for one; that is no reason not to upload.
 void UnfinishedUploads::sending(const QString &site, const QString &dir, const QString &name)
 {
-    recover(); // leaves it empty
+    try {
+        recover();
+    } catch (const DbError &) {
+        m_kept = m_note.size();
+    }
     if (m_sending)
         settled();
-    if (!openNote() || !m_note.seek(0))
+    if (!openNote())
         return;
-    m_note.write(QStringList{site, dir, name, QString()}.join(QLatin1Char('\n')).toUtf8());
+    write(site, dir, name);
     m_sending = true;
+}
+
+/// Behind the notes that are kept.
+void UnfinishedUploads::write(const QString &site, const QString &dir, const QString &name)
+{
+    if (m_note.seek(m_kept))
+        m_note.write(QStringList{site, dir, name, QString()}.join(QLatin1Char('\n')).toUtf8());
 }
 
 void UnfinishedUploads::settled()
 {
     m_sending = false;
     if (m_note.isOpen())
-        m_note.resize(0);
+        m_note.resize(m_kept);
 }
 
 void UnfinishedUploads::recover()
@@ -59,17 +71,32 @@ void UnfinishedUploads::recover()
         return;
     const QStringList parts = QString::fromUtf8(m_note.readAll()).split(QLatin1Char('\n'));
     // Three texts and the end; less was cut off while it was written, before anything was sent.
-    if (parts.size() == 4)
-        store(parts.at(0), parts.at(1), parts.at(2));
+    for (qsizetype i = 0; i + 3 < parts.size(); i += 3)
+        store(parts.at(i), parts.at(i + 1), parts.at(i + 2));
+    m_kept = 0;
     settled();
 }
 
 void UnfinishedUploads::begin(const QString &site, const QString &dir, const QString &name)
 {
-    if (noted(site, dir, name))
+    try {
+        if (!noted(site, dir, name))
+            store(site, dir, name);
+    } catch (const DbError &) {
+        keep(site, dir, name);
+        throw;
+    }
+}
+
+void UnfinishedUploads::keep(const QString &site, const QString &dir, const QString &name)
+{
+    if (!openNote())
         return;
-    store(site, dir, name);
-    m_known.insert({dir, name});
+    write(site, dir, name); // upon its own, while it is being sent
+    m_sending = false;
+    m_kept = m_note.size();
+    if (site == m_site)
+        m_known.insert({dir, name});
 }
 
 void UnfinishedUploads::store(const QString &site, const QString &dir, const QString &name)
@@ -79,6 +106,8 @@ void UnfinishedUploads::store(const QString &site, const QString &dir, const QSt
         QStringLiteral("INSERT OR REPLACE INTO \"unfinished uploads\" (site, dir, name) "
                        "VALUES (?, ?, ?)"),
         {site, dir, name});
+    if (site == m_site)
+        m_known.insert({dir, name});
 }
 
 void UnfinishedUploads::end(const QString &site, const QString &dir, const QString &name)

@@ -28,6 +28,7 @@ public:
     /// The upload in hand; settled() once it is complete, noted or known not to have begun.
     void sending(const QString &site, const QString &dir, const QString &name);
     void settled();
+    /// Where the database refuses (DbError), the note file keeps it until the database takes it.
     void begin(const QString &site, const QString &dir, const QString &name);
     /// Costs nothing when there is no note.
     void end(const QString &site, const QString &dir, const QString &name);
@@ -40,13 +41,16 @@ public:
 private:
     void makeTable();
     [[nodiscard]] bool openNote();
-    /// Takes over what a killed process was sending.
+    /// Takes over what a killed process was sending, and what the database refused before.
     void recover();
+    void keep(const QString &site, const QString &dir, const QString &name);
+    void write(const QString &site, const QString &dir, const QString &name);
     void store(const QString &site, const QString &dir, const QString &name);
 
     Database &m_database;
     QFile m_note;
-    bool m_sending = false; ///< the note is this process's own
+    bool m_sending = false; ///< the note behind those that are kept is this process's own
+    qint64 m_kept = 0;      ///< bytes of the notes that the database has not taken
     bool m_made = false;
     QString m_site; ///< whose notes are known
     QSet<std::pair<QString, QString>> m_known;

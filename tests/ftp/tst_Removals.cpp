@@ -62,7 +62,9 @@ private Q_SLOTS:
     void renameAsksTheServer();
     void renameFindsOddNames();
     void letterCaseNeedsAWholeListing();
+    void letterCaseSeesWhatIsThereNow();
     void renameChangesLetterCase();
+    void renamedRemnantStaysNoted();
     void makesChains();
     void notConnected();
 };
@@ -543,6 +545,39 @@ void tst_Removals::letterCaseNeedsAWholeListing()
     QVERIFY(f.ok);
     QCOMPARE(f.server.count("RNFR"), 0);
     QCOMPARE(f.server.file("/A.txt"), QByteArray("2"));
+}
+
+void tst_Removals::letterCaseSeesWhatIsThereNow()
+{
+    Fixture f;
+    f.server.put("/a.txt", "1");
+    QVERIFY(f.start());
+    f.browse(QStringLiteral("/"));
+    f.server.put("/A.txt", "a colleague's");
+    f.operations.ftRename(QStringLiteral("/"), QStringLiteral("a.txt"), QStringLiteral("A.txt"),
+                          false, f.ok);
+    QCOMPARE(f.server.count("RNFR"), 0);
+    QCOMPARE(f.server.file("/A.txt"), QByteArray("a colleague's"));
+    QCOMPARE(f.counts(), QStringLiteral("0/1/0"));
+}
+
+/// Half a file is half a file under any name.
+void tst_Removals::renamedRemnantStaysNoted()
+{
+    Fixture f;
+    f.server.put("/a.txt", "hal");
+    f.server.put("/whole.txt", "whole");
+    QVERIFY(f.start());
+    f.browse(QStringLiteral("/"));
+    const QString site = f.session.currentSite();
+    f.cache.unfinished().begin(site, QStringLiteral("/"), QStringLiteral("a.txt"));
+    for (const char *name : {"a", "whole"})
+        f.operations.ftRename(QStringLiteral("/"), QLatin1String(name) + QStringLiteral(".txt"),
+                              QLatin1String(name) + QStringLiteral(".new"), false, f.ok);
+    QVERIFY(f.server.exists("/a.new") && f.server.exists("/whole.new"));
+    QVERIFY(f.cache.unfinished().noted(site, QStringLiteral("/"), QStringLiteral("a.new")));
+    QVERIFY(!f.cache.unfinished().noted(site, QStringLiteral("/"), QStringLiteral("a.txt")));
+    QVERIFY(!f.cache.unfinished().noted(site, QStringLiteral("/"), QStringLiteral("whole.new")));
 }
 
 void tst_Removals::renameChangesLetterCase()

@@ -6,6 +6,7 @@
 
 #include "db/Database.h"
 #include "db/DatabaseFile.h"
+#include "db/DbError.h"
 #include "support/ScriptedPerson.h"
 
 namespace venlo::test
@@ -30,6 +31,8 @@ private Q_SLOTS:
     void settledLeavesNothing();
     void cutNoteIsNoUpload();
     void aKilledNeighboursNoteIsTaken();
+    void keptWhileTheDatabaseRefuses();
+    void keptAcrossRuns();
 
 private:
     [[nodiscard]] QString note() const { return m_folder->filePath(QStringLiteral("Upload.note")); }
@@ -122,6 +125,47 @@ void tst_UnfinishedUploads::aKilledNeighboursNoteIsTaken()
     here.sending(site, dir, QStringLiteral("next.txt"));
     here.settled();
     QCOMPARE(here.under(site, QStringLiteral("/")), Notes({{dir, name}}));
+}
+
+/// Two uploads break and a third is whole, while the database cannot be written.
+void tst_UnfinishedUploads::keptWhileTheDatabaseRefuses()
+{
+    const auto store = database();
+    UnfinishedUploads uploads(*store);
+    store->CloseDb();
+    for (const char *broken : {"1.txt", "2.txt"}) {
+        uploads.sending(site, dir, QString::fromLatin1(broken));
+        QVERIFY_THROWS_EXCEPTION(DbError, uploads.begin(site, dir, QString::fromLatin1(broken)));
+        uploads.settled();
+    }
+    uploads.sending(site, dir, name);
+    uploads.settled();
+    bool ok = false;
+    store->OpenDb(ok);
+    QVERIFY(ok);
+    QVERIFY(uploads.noted(site, dir, QStringLiteral("1.txt")));
+    QCOMPARE(uploads.under(site, dir),
+             Notes({{dir, QStringLiteral("1.txt")}, {dir, QStringLiteral("2.txt")}}));
+    QCOMPARE(QFile(note()).size(), 0);
+}
+
+/// Not in hand any more when the database refuses, and the program ends.
+void tst_UnfinishedUploads::keptAcrossRuns()
+{
+    {
+        const auto store = database();
+        UnfinishedUploads uploads(*store);
+        QVERIFY(!uploads.noted(site, dir, name));
+        uploads.sending(site, dir, name);
+        uploads.settled();
+        store->CloseDb();
+        QVERIFY_THROWS_EXCEPTION(DbError, uploads.begin(site, dir, name));
+    }
+    const auto store = database();
+    UnfinishedUploads uploads(*store);
+    uploads.sending(site, dir, QStringLiteral("next.txt"));
+    QVERIFY(uploads.noted(site, dir, name));
+    QVERIFY(!uploads.noted(site, dir, QStringLiteral("next.txt")));
 }
 
 } // namespace venlo::test
