@@ -4,8 +4,8 @@
 
 #include <windows.h>
 
-/// What listings and single questions to the disk share. Private to Disk_windows.cpp and
-/// DiskListing_windows.cpp.
+/// What listings and single questions to the disk share. Private to the *_windows.cpp files of this
+/// room.
 namespace venlo::disk
 {
 
@@ -45,6 +45,10 @@ private:
 [[nodiscard]] file_type typeOf(const WIN32_FIND_DATAW &found);
 
 [[nodiscard]] std::uintmax_t sizeOf(DWORD high, DWORD low);
+
+/// One entry itself, links too; of the names only those of a listing are filled in. What another
+/// program keeps from being looked at is found by its name like in a listing.
+[[nodiscard]] bool lookUp(const path &entry, WIN32_FIND_DATAW &found);
 
 /// An entry that is not there is no error of a look at it; under an impossible name nothing is.
 [[nodiscard]] file_status noStatus(std::error_code &error);

@@ -27,15 +27,15 @@ DWORD tagOf(const path &entry)
                                                         sizeof tag) != FALSE;
     return told ? tag.ReparseTag : 0;
 }
+} // namespace
 
-/// Of one entry itself. What another program keeps from being looked at is found by its name like
-/// in a listing.
 bool lookUp(const path &entry, WIN32_FIND_DATAW &found)
 {
     WIN32_FILE_ATTRIBUTE_DATA plain = {};
     if (GetFileAttributesExW(entry.c_str(), GetFileExInfoStandard, &plain) != FALSE) {
         found = {};
         found.dwFileAttributes = plain.dwFileAttributes;
+        found.ftCreationTime = plain.ftCreationTime;
         found.ftLastWriteTime = plain.ftLastWriteTime;
         found.nFileSizeHigh = plain.nFileSizeHigh;
         found.nFileSizeLow = plain.nFileSizeLow;
@@ -54,7 +54,6 @@ bool lookUp(const path &entry, WIN32_FIND_DATAW &found)
     SetLastError(why);
     return false;
 }
-} // namespace
 
 file_type typeOf(DWORD attributes, DWORD tag)
 {

@@ -3,7 +3,7 @@
 #include <QIcon>
 #include <QString>
 
-class QFileInfo;
+#include "platform/EntryLook.h"
 
 namespace venlo
 {
@@ -21,6 +21,6 @@ struct FileIcon {
 
 /// The attribute letters of an entry in the order R, S, H, A: read-only, system, hidden, archive.
 /// Elsewhere than on Windows R is not writable and H a name that begins with ".".
-[[nodiscard]] QString attributeLetters(const QFileInfo &info);
+[[nodiscard]] QString attributeLetters(const EntryLook &info);
 
 } // namespace venlo

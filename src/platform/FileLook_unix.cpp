@@ -114,7 +114,7 @@ QString fileTypeName(const QString &path)
     return QMimeDatabase().mimeTypeForFile(path, QMimeDatabase::MatchExtension).comment();
 }
 
-QString attributeLetters(const QFileInfo &info)
+QString attributeLetters(const EntryLook &info)
 {
     // The bits count besides what the system grants: to root every file is writable.
     // One by one they come from what is known already; permissions() asks the system three times.

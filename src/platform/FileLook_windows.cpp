@@ -50,7 +50,7 @@ QString fileTypeName(const QString &path)
                                                   : QString();
 }
 
-QString attributeLetters(const QFileInfo &info)
+QString attributeLetters(const EntryLook &info)
 {
     const DWORD bits = GetFileAttributesW(longPath(info.absoluteFilePath()).c_str());
     if (bits == INVALID_FILE_ATTRIBUTES)

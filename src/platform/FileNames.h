@@ -9,4 +9,8 @@ namespace venlo
 /// would lead out of its folder never can.
 [[nodiscard]] QString whyNotAFileName(const QString &name);
 
+/// Why nothing may be written under a path: it leads to an entry of another name, which bears this
+/// one as its short name besides ("REPORT~1.XLS"). Empty when it does not, or nothing is there.
+[[nodiscard]] QString whyAnotherEntry(const QString &path);
+
 } // namespace venlo

@@ -20,4 +20,9 @@ QString whyNotAFileName(const QString &name)
     return {};
 }
 
+QString whyAnotherEntry(const QString & /*path*/)
+{
+    return {};
+}
+
 } // namespace venlo

@@ -2,7 +2,12 @@
 
 #include <algorithm>
 
+#include <windows.h>
+
+#include <QFileInfo>
 #include <QStringList>
+
+#include "platform/FilesystemPath.h"
 
 namespace venlo
 {
@@ -35,6 +40,13 @@ bool isRefused(QChar c)
 {
     return c.unicode() < 0x20 || QLatin1String("<>:\"/\\|?*").contains(c);
 }
+
+/// The servers of other systems take names for one that are composed differently.
+bool isSameName(const QString &one, const QString &other)
+{
+    const auto composed = QString::NormalizationForm_C;
+    return one.normalized(composed).compare(other.normalized(composed), Qt::CaseInsensitive) == 0;
+}
 } // namespace
 
 QString whyNotAFileName(const QString &name)
@@ -46,6 +58,20 @@ QString whyNotAFileName(const QString &name)
     if (name.size() > longestName)
         return QStringLiteral("名前が長すぎます");
     return {};
+}
+
+QString whyAnotherEntry(const QString &path)
+{
+    const QString wanted = QFileInfo(path).fileName();
+    if (!whyNotAFileName(wanted).isEmpty()) // a pattern, a drive's top
+        return {};
+    WIN32_FIND_DATAW found = {};
+    const HANDLE search = FindFirstFileW(filesystemPath(path).c_str(), &found);
+    if (search == INVALID_HANDLE_VALUE)
+        return {};
+    FindClose(search);
+    const QString name = QString::fromWCharArray(found.cFileName);
+    return isSameName(name, wanted) ? QString() : QStringLiteral("'%1' の短い名前です").arg(name);
 }
 
 } // namespace venlo

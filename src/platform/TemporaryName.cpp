@@ -3,10 +3,12 @@
 #include <algorithm>
 #include <utility>
 
-#include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
 #include <QRandomGenerator>
+
+#include "platform/Disk.h"
+#include "platform/FilesystemPath.h"
 
 namespace venlo
 {
@@ -41,17 +43,20 @@ bool isTemporaryName(const QString &fileName)
 
 int sweepTemporaryNames(const QString &folder, const QDateTime &before, const QStringList &live)
 {
-    // A filter by name would be a regular expression, made anew for every folder.
+    // By the names alone: the folder may hold thousands of other files.
     QFileInfoList entries;
-    for (QDirIterator all(folder, QDir::Files | QDir::Hidden | QDir::System); all.hasNext();) {
-        all.next();
-        if (isTemporaryName(all.fileName()))
-            entries.append(all.fileInfo());
+    std::error_code error;
+    const QString inside = folder + QLatin1Char('/');
+    disk::directory_iterator item(filesystemPath(inside), error);
+    for (const disk::directory_iterator end; !error && item != end; item.increment(error)) {
+        const QString name = shownPath(item->path().filename());
+        if (isTemporaryName(name))
+            entries.append(QFileInfo(inside + name));
     }
     int deleted = 0;
     for (const QFileInfo &entry : std::as_const(entries)) {
-        if (entry.lastModified() < before && !live.contains(entry.absoluteFilePath()) &&
-            QFile::remove(entry.filePath()))
+        if (!entry.isDir() && entry.lastModified() < before &&
+            !live.contains(entry.absoluteFilePath()) && QFile::remove(entry.filePath()))
             ++deleted;
     }
     return deleted;

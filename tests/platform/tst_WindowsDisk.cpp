@@ -11,6 +11,7 @@
 
 #include "platform/Disk.h"
 #include "platform/EntryCopy.h"
+#include "platform/EntryLook.h"
 #include "platform/FileLook.h"
 #include "platform/Files.h"
 #include "platform/FilesystemPath.h"
@@ -179,7 +180,7 @@ void tst_WindowsDisk::attributes()
     const QString path = at(QStringLiteral("a.txt"));
     QVERIFY(folder ? QDir().mkdir(path) : writeFile(path, "6"));
     QVERIFY(setAttributes(path, bits));
-    QCOMPARE(attributeLetters(QFileInfo(path)), QString::fromLatin1(QTest::currentDataTag()));
+    QCOMPARE(attributeLetters(EntryLook(path)), QString::fromLatin1(QTest::currentDataTag()));
     QVERIFY(setAttributes(path, FILE_ATTRIBUTE_NORMAL));
 }
 
