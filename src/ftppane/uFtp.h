@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <vector>
 
 #include <QStringList>
 #include <QWidget>
@@ -12,6 +13,7 @@ namespace venlo
 
 class Database;
 class DirectoryCache;
+class FetchFolder;
 class OperationGate;
 class RemoteOperations;
 class Session;
@@ -38,6 +40,8 @@ public:
         RemoteOperations &operations;
         pfFtp &menus;
         sfMsg &window;
+        /// What other programs were given; stays when the pane is built anew.
+        std::vector<std::unique_ptr<FetchFolder>> &handedOut;
     };
     explicit uFtp(Rooms rooms, QWidget *parent = nullptr);
     ~uFtp() override;

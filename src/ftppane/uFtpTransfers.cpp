@@ -5,9 +5,9 @@
 #include <QDropEvent>
 #include <QFileInfo>
 #include <QPointer>
-#include <QTemporaryDir>
 #include <QUrl>
 
+#include "ftp/FetchFolder.h"
 #include "ftp/LocalPath.h"
 #include "ftp/RemoteOperations.h"
 #include "ftp/Session.h"
@@ -26,21 +26,6 @@ namespace venlo
 
 namespace
 {
-/// A private folder that goes with the program: another program may still read from it.
-class FetchFolder final : public QObject
-{
-public:
-    FetchFolder()
-        : QObject(QCoreApplication::instance()),
-          m_folder(QDir::temp().filePath(QStringLiteral("VenloFtp-XXXXXX")))
-    {
-    }
-    [[nodiscard]] QString path() const { return m_folder.isValid() ? m_folder.path() : QString(); }
-
-private:
-    QTemporaryDir m_folder;
-};
-
 QStringList localPaths(const QMimeData &data)
 {
     QStringList paths;
@@ -114,7 +99,7 @@ QList<QUrl> uFtp::Parts::fetchForOthers(const QList<RemoteEntry> &wanted)
 {
     QList<QUrl> urls;
     run([&] {
-        const auto *folder = new FetchFolder; // its parent is the application
+        auto folder = std::make_unique<FetchFolder>();
         if (folder->path().isEmpty())
             return;
         const ShownMessages window(rooms.window);
@@ -130,6 +115,8 @@ QList<QUrl> uFtp::Parts::fetchForOthers(const QList<RemoteEntry> &wanted)
             if (QFileInfo::exists(path))
                 urls.append(QUrl::fromLocalFile(path));
         }
+        folder->remember();
+        rooms.handedOut.push_back(std::move(folder));
     });
     return urls;
 }

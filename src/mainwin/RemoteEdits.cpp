@@ -1,11 +1,11 @@
 #include "mainwin/RemoteEdits.h"
 
 #include <chrono>
+#include <utility>
 
 #include <QApplication>
 #include <QDir>
 #include <QFileInfo>
-#include <QTemporaryDir>
 
 #include "db/DisplayFormat.h"
 #include "ftp/DirectoryCache.h"
@@ -28,22 +28,6 @@ RemoteEdits::RemoteEdits(MainRooms &rooms, const FileOpener &opener, QObject *pa
     m_timer.setInterval(std::chrono::seconds(2));
 }
 
-/// A copy that an editor still holds open on Windows cannot be removed and stays.
-RemoteEdits::~RemoteEdits()
-{
-    for (const Edit &edit : m_edits) {
-        const Stamp now = stampOf(edit.copy);
-        if (now == edit.whole || !now.modified.isValid())
-            (void)QDir(QFileInfo(edit.copy).path()).removeRecursively();
-    }
-}
-
-RemoteEdits::Stamp RemoteEdits::stampOf(const QString &path)
-{
-    const QFileInfo info(path);
-    return info.exists() ? Stamp{info.lastModified(), info.size()} : Stamp{};
-}
-
 QString RemoteEdits::remoteStateOf(const Edit &edit)
 {
     QString date;
@@ -52,54 +36,43 @@ QString RemoteEdits::remoteStateOf(const Edit &edit)
     return date + size;
 }
 
-QString RemoteEdits::makeFolder() const
-{
-    QTemporaryDir folder(QDir::temp().filePath(QStringLiteral("VenloFtp-XXXXXX")));
-    folder.setAutoRemove(false);
-    return folder.isValid() ? folder.path() : QString();
-}
-
 void RemoteEdits::open(const QString &remoteDir, const QString &name, bool textEditor)
 {
     const auto turn = m_rooms.gate.begin();
     if (!turn)
         return;
     const QString dir = m_rooms.cache.normalised(remoteDir);
-    const QString folder = whyNotAFileName(name).isEmpty() ? makeFolder() : QString();
-    Edit edit{
-        m_rooms.session.currentSite(), dir, name, QDir(folder).filePath(name), {}, {}, {}, {}};
-    bool ok = !folder.isEmpty();
+    auto folder = whyNotAFileName(name).isEmpty() ? std::make_unique<FetchFolder>() : nullptr;
+    bool ok = folder && !folder->path().isEmpty();
     m_rooms.operations.resetCounts();
     if (ok) {
         const FlagScope unattended(m_rooms.flags.unattendedTransfer);
-        m_rooms.operations.ftGetFile(dir, name, QDir::toNativeSeparators(folder), ok);
+        m_rooms.operations.ftGetFile(dir, name, QDir::toNativeSeparators(folder->path()), ok);
     }
-    edit.whole = edit.seen = stampOf(edit.copy);
     m_rooms.desk.setMessageLine({});
-    if (!ok || !edit.whole.modified.isValid()) {
-        if (!folder.isEmpty())
-            (void)QDir(folder).removeRecursively();
+    const QString copy = ok ? QDir(folder->path()).filePath(name) : QString();
+    if (!ok || !QFileInfo::exists(copy)) {
         // A refusal of the server is told with those of other operations.
         if (m_rooms.operations.counts().givenUp == 0 && !m_rooms.desk.cancelled())
             m_rooms.desk.message(name + QStringLiteral(" をﾀﾞｳﾝﾛｰﾄﾞできませんでした"));
         return;
     }
+    folder->remember();
+    Edit edit{m_rooms.session.currentSite(), dir, name, copy, folder->fetched(copy), {}, {}, {}};
     edit.remoteState = remoteStateOf(edit);
-    m_edits.push_back(edit);
+    edit.folder = std::move(folder);
+    m_edits.push_back(std::move(edit));
     m_timer.start();
     const auto mode = static_cast<int>(textEditor ? OpenMode::Editor : OpenMode::Open);
-    if (!m_opener.open(edit.copy, mode).isEmpty())
+    if (!m_opener.open(copy, mode).isEmpty())
         m_rooms.desk.message(name + QStringLiteral(" を開けませんでした"));
 }
 
 QStringList RemoteEdits::changedCopies() const
 {
     QStringList changed;
-    for (const Edit &edit : m_edits) {
-        const Stamp now = stampOf(edit.copy);
-        if (now.modified.isValid() && now != edit.whole)
-            changed += QDir::toNativeSeparators(edit.copy);
-    }
+    for (const Edit &edit : m_edits)
+        changed += edit.folder->work();
     return changed;
 }
 
@@ -113,10 +86,10 @@ void RemoteEdits::look()
         return;
     const FlagScope offering(m_offering);
     for (Edit &edit : m_edits) {
-        const Stamp now = stampOf(edit.copy);
+        const FileStamp now(edit.copy);
         const bool still = now == edit.seen;
         edit.seen = now;
-        if (still && now.modified.isValid() && now != edit.whole && now != edit.declined)
+        if (still && now.isFile() && now != edit.folder->fetched(edit.copy) && now != edit.declined)
             offer(edit);
     }
 }
@@ -124,7 +97,7 @@ void RemoteEdits::look()
 void RemoteEdits::offer(Edit &edit)
 {
     const QString target = remoteChild(edit.dir, edit.name);
-    const Stamp offered = edit.seen;
+    const FileStamp offered = edit.seen;
     if (!m_rooms.desk.question(edit.name + QStringLiteral(" が変更されました ") + target +
                                QStringLiteral(" にｱｯﾌﾟﾛｰﾄﾞします"))) {
         edit.declined = offered;
@@ -157,7 +130,7 @@ void RemoteEdits::upload(Edit &edit)
     const auto turn = m_rooms.gate.begin();
     if (!turn)
         return;
-    const Stamp sent = stampOf(edit.copy);
+    const FileStamp sent(edit.copy);
     if (!mayReplace(edit)) {
         edit.declined = sent;
         return;
@@ -177,7 +150,7 @@ void RemoteEdits::upload(Edit &edit)
                              QStringLiteral(" に保存されています"));
         return;
     }
-    edit.whole = sent;
+    edit.folder->remember(edit.copy, sent);
     edit.remoteState = remoteStateOf(edit);
     Q_EMIT uploaded();
 }

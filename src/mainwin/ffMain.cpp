@@ -9,6 +9,7 @@
 #include <QKeyEvent>
 
 #include "db/Database.h"
+#include "ftp/FetchFolder.h"
 #include "ftp/Session.h"
 #include "ftppane/uFtp.h"
 #include "localpane/uFile.h"
@@ -195,6 +196,14 @@ bool ffMain::readyToClose()
     return false;
 }
 
+QStringList ffMain::unsentWork() const
+{
+    QStringList files = m_edits->changedCopies();
+    for (const auto &folder : m_handedOut)
+        files += folder->work();
+    return files;
+}
+
 void ffMain::closeEvent(QCloseEvent *event)
 {
     if (m_closed)
@@ -203,7 +212,7 @@ void ffMain::closeEvent(QCloseEvent *event)
         event->ignore();
         return;
     }
-    const QStringList changed = m_edits->changedCopies();
+    const QStringList changed = unsentWork();
     if (!changed.isEmpty() && !m_rooms.desk.mustEnd())
         m_rooms.desk.message(
             QStringLiteral("ｱｯﾌﾟﾛｰﾄﾞされていない変更は次のﾌｧｲﾙに残っています\n\n") +

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <vector>
 
 #include <QMainWindow>
 #include <QStringList>
@@ -19,6 +20,7 @@ class QSplitter;
 namespace venlo
 {
 
+class FetchFolder;
 class MainStatusBar;
 class MainTransfers;
 class PatternDesk;
@@ -81,6 +83,8 @@ private:
     void operationEnded();
     void tellGivenUp();
     [[nodiscard]] bool readyToClose();
+    /// Changes of remote files that lie on this computer alone.
+    [[nodiscard]] QStringList unsentWork() const;
 
     MainRooms m_rooms;
     LaunchLayout m_launch;
@@ -89,8 +93,9 @@ private:
     std::unique_ptr<MainTransfers> m_transfers;
     std::unique_ptr<PatternDesk> m_patterns;
     RemoteEdits *m_edits = nullptr;
-    QSplitter *m_splitter = nullptr;  ///< the panes above, pList below
-    QSplitter *m_paneSplit = nullptr; ///< pFile and pFTP
+    std::vector<std::unique_ptr<FetchFolder>> m_handedOut; ///< what the FTP pane gave away
+    QSplitter *m_splitter = nullptr;                       ///< the panes above, pList below
+    QSplitter *m_paneSplit = nullptr;                      ///< pFile and pFTP
     QWidget *m_pFile = nullptr;
     QWidget *m_pFTP = nullptr;
     StatusList *m_status = nullptr;

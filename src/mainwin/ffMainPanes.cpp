@@ -51,7 +51,7 @@ void ffMain::buildFtpPane()
 {
     m_panes.ftp =
         new uFtp({m_rooms.desk, m_rooms.flags, m_rooms.gate, m_rooms.database, m_rooms.session,
-                  m_rooms.cache, m_rooms.operations, *m_panes.menus, *m_panes.window},
+                  m_rooms.cache, m_rooms.operations, *m_panes.menus, *m_panes.window, m_handedOut},
                  m_pFTP);
     m_panes.ftp->setObjectName(QStringLiteral("uFtp"));
     m_pFTP->layout()->addWidget(m_panes.ftp);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ftp/FetchFolder.h"
 #include "ftp/OperationsFixture.h"
 #include "ftppane/uFtp.h"
 #include "mainwin/popup/pfFtp.h"
@@ -10,6 +11,7 @@
 #include "views/RowList.h"
 
 #include <memory>
+#include <vector>
 
 #include <QAbstractItemModelTester>
 #include <QApplication>
@@ -66,8 +68,8 @@ struct FtpPaneFixture : OperationsFixture {
     {
         pane.reset();
         testers.clear();
-        pane = std::make_unique<uFtp>(
-            uFtp::Rooms{person, flags, gate, database, session, cache, operations, menus, window});
+        pane = std::make_unique<uFtp>(uFtp::Rooms{person, flags, gate, database, session, cache,
+                                                  operations, menus, window, handedOut});
         testers.push_back(std::make_unique<QAbstractItemModelTester>(&tree()));
         testers.push_back(std::make_unique<QAbstractItemModelTester>(&rows()));
         pane->resize(600, 620);
@@ -228,6 +230,7 @@ struct FtpPaneFixture : OperationsFixture {
     OperationGate gate{person};
     pfFtp menus{database};
     sfMsg window{person};
+    std::vector<std::unique_ptr<FetchFolder>> handedOut;
     std::unique_ptr<uFtp> pane;
     std::vector<std::unique_ptr<QAbstractItemModelTester>> testers;
 };

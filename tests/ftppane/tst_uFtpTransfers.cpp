@@ -1,5 +1,7 @@
 #include "ftppane/FtpPaneFixture.h"
 
+#include "support/RawFiles.h"
+
 #include <QClipboard>
 #include <QDropEvent>
 #include <QMimeData>
@@ -43,6 +45,8 @@ private Q_SLOTS:
     void dropWhileUnconnected();
     void filesForOthers();
     void filesForOthersOnlyWhole();
+    void filesForOthersOutliveThePane();
+    void workOnFilesForOthersStays();
 
 private:
     void agree(const QString &folder)
@@ -283,6 +287,35 @@ void tst_uFtpTransfers::filesForOthersOnlyWhole()
     m->person.allowMessages();
     const auto data = dragged(m->listView());
     QCOMPARE(data->urls(), QList<QUrl>());
+    QVERIFY(m->handedOut.empty());
+}
+
+void tst_uFtpTransfers::filesForOthersOutliveThePane()
+{
+    m->click(QStringLiteral("news.txt"));
+    const QString path = dragged(m->listView())->urls().value(0).toLocalFile();
+    m->build();
+    QCOMPARE(readFile(rawPath(path)).size(), 1200);
+    QCOMPARE(m->handedOut.at(0)->work(), QStringList());
+    m->handedOut.clear();
+    QVERIFY(!QFileInfo::exists(QFileInfo(path).path()));
+}
+
+/// Another program's person works on what it was given.
+void tst_uFtpTransfers::workOnFilesForOthersStays()
+{
+    m->click(QStringLiteral("docs"));
+    m->click(QStringLiteral("news.txt"), Qt::ControlModifier);
+    const QList<QUrl> urls = dragged(m->listView())->urls();
+    QCOMPARE(urls.size(), 2);
+    const QString edited = urls.at(1).toLocalFile();
+    QVERIFY(writeFile(rawPath(edited), "hours of work"));
+    QCOMPARE(m->handedOut.size(), 1U);
+    QCOMPARE(m->handedOut.front()->work(), QStringList{QDir::toNativeSeparators(edited)});
+    m->handedOut.clear();
+    QCOMPARE(readFile(rawPath(edited)), QByteArray("hours of work"));
+    QVERIFY(!QFileInfo::exists(urls.at(0).toLocalFile()));
+    QVERIFY(QDir(QFileInfo(edited).path()).removeRecursively());
 }
 
 } // namespace venlo::test

@@ -9,6 +9,7 @@
 #include <QTest>
 
 #include "mainwin/MainWorld.h"
+#include "support/RawFiles.h"
 #include "support/ScriptedServer.h"
 
 namespace venlo::test
@@ -40,6 +41,9 @@ private Q_SLOTS:
     void savedCopyIsOffered();
     void declinedUntilTheNextSave();
     void changedCopyStays();
+    void savedAsBesideStays();
+    void renamedCopyStays();
+    void ownerFileIsNotNamed();
     void changedOnTheServerToo_data();
     void changedOnTheServerToo();
     void notConnectedAnyMore();
@@ -51,6 +55,8 @@ private Q_SLOTS:
 private:
     /// The one copy there is.
     [[nodiscard]] QString copy() const;
+    /// A name in the copy's folder.
+    [[nodiscard]] QString beside(const QString &name) const;
     void save(const QByteArray &bytes);
     /// The looks until a change that stood still is offered.
     void lookTwice();
@@ -98,6 +104,11 @@ QString tst_RemoteEdits::copy() const
     const QStringList folders = temp.entryList({QStringLiteral("VenloFtp-*")}, QDir::Dirs);
     return folders.size() == 1 ? temp.filePath(folders.at(0) + QStringLiteral("/a.txt"))
                                : QString();
+}
+
+QString tst_RemoteEdits::beside(const QString &name) const
+{
+    return QFileInfo(copy()).dir().filePath(name);
 }
 
 void tst_RemoteEdits::save(const QByteArray &bytes)
@@ -179,6 +190,41 @@ void tst_RemoteEdits::changedCopyStays()
     QFile file(copy());
     QVERIFY(file.open(QIODevice::ReadOnly));
     QCOMPARE(file.readAll(), QByteArray("mine alone"));
+}
+
+void tst_RemoteEdits::savedAsBesideStays()
+{
+    open();
+    const QString fetched = copy();
+    const QString report = beside(QStringLiteral("a.xlsx"));
+    QVERIFY(writeFile(rawPath(report), "hours of work"));
+    lookTwice(); // the copy is as it was: nothing is offered
+    QCOMPARE(m_edits->changedCopies(), QStringList{QDir::toNativeSeparators(report)});
+    m_edits.reset();
+    QCOMPARE(readFile(rawPath(report)), QByteArray("hours of work"));
+    QVERIFY(!QFileInfo::exists(fetched));
+}
+
+void tst_RemoteEdits::renamedCopyStays()
+{
+    open();
+    const QString mine = beside(QStringLiteral("mine.txt"));
+    QVERIFY(QFile::rename(copy(), mine));
+    lookTwice();
+    QCOMPARE(m_edits->changedCopies(), QStringList{QDir::toNativeSeparators(mine)});
+    m_edits.reset();
+    QCOMPARE(readFile(rawPath(mine)), QByteArray("before"));
+}
+
+/// An office program's mark that the document is open holds no work; it is its program's to remove.
+void tst_RemoteEdits::ownerFileIsNotNamed()
+{
+    open();
+    const QString mark = beside(QStringLiteral("~$a.txt"));
+    QVERIFY(writeFile(rawPath(mark), "somebody"));
+    QCOMPARE(m_edits->changedCopies(), QStringList());
+    m_edits.reset();
+    QVERIFY(QFileInfo::exists(mark));
 }
 
 void tst_RemoteEdits::changedOnTheServerToo_data()

@@ -7,6 +7,7 @@
 #include <QLineEdit>
 #include <QMenu>
 #include <QMenuBar>
+#include <QMimeData>
 #include <QProgressBar>
 #include <QScreen>
 #include <QSignalSpy>
@@ -23,8 +24,10 @@
 #include "mainwin/MainWorld.h"
 #include "mainwin/StatusList.h"
 #include "mainwin/popup/pfFtp.h"
+#include "support/RawFiles.h"
 #include "support/ScriptedServer.h"
 #include "support/ShownToolTip.h"
+#include "views/PaneView.h"
 
 namespace venlo::test
 {
@@ -56,6 +59,7 @@ private Q_SLOTS:
     void quittingLeavesARunningOperationItsSession();
     void showsBeforeItLists();
     void closingCancelsFirst();
+    void closingNamesUnsentWork();
     void commandsAreDisabledWhileOneRuns();
     void lostConnectionIsNotClaimed();
     void keysRanOutBuildsThePaneAnew();
@@ -358,6 +362,25 @@ void tst_ffMain::closingCancelsFirst()
     }
     QVERIFY(until([&] { return !closed.isEmpty(); }));
     QVERIFY(!m_world->setting(QStringLiteral("Width")).isEmpty());
+}
+
+/// A remote file that was dragged into an editor, and saved there.
+void tst_ffMain::closingNamesUnsentWork()
+{
+    connectSite();
+    const PaneView &rows = *ftp().findChild<PaneView *>(QStringLiteral("LsView"));
+    QTest::mouseClick(rows.viewport(), Qt::LeftButton, {},
+                      rows.visualRect(rows.model()->index(0, 0)).center());
+    const QString given = rows.dragPartner()->dragData(rows)->urls().value(0).toLocalFile();
+    QCOMPARE(readFile(rawPath(given)), QByteArray("a"));
+    QVERIFY(writeFile(rawPath(given), "hours of work"));
+    m_world->person.expectMessage(
+        QStringLiteral("ｱｯﾌﾟﾛｰﾄﾞされていない変更は次のﾌｧｲﾙに残っています\n\n") +
+        QDir::toNativeSeparators(given));
+    m_world->close();
+    m_world->window.reset();
+    QCOMPARE(readFile(rawPath(given)), QByteArray("hours of work"));
+    QVERIFY(QDir(QFileInfo(given).path()).removeRecursively());
 }
 
 void tst_ffMain::commandsAreDisabledWhileOneRuns()
