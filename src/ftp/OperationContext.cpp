@@ -87,15 +87,16 @@ bool OperationContext::reconnect()
     return ok;
 }
 
-void OperationContext::loadIfAbsent(const QString &dir)
+bool OperationContext::loadIfAbsent(const QString &dir)
 {
     QString names;
-    bool ok = true;
+    bool ok = false;
     try {
         cache.caLoadDir(dir, DirectoryCache::IfAbsent, names, ok);
     } catch (const DbError &error) {
         note(QStringLiteral("not wholly cached: %1: %2").arg(dir, error.words()));
     }
+    return ok;
 }
 
 void OperationContext::keepCache(const QString &what, const std::function<void()> &upkeep)

@@ -46,9 +46,9 @@ public:
     [[nodiscard]] Result<void> stepInto(const QString &dir);
     /// The session's reconnect step; false when it is lost for good.
     [[nodiscard]] bool reconnect();
-    /// Loads a directory's rows if there are none. Entries the cache cannot hold are no reason to
-    /// stop.
-    void loadIfAbsent(const QString &dir);
+    /// Loads a directory's rows if there are none; false when it cannot be listed. Entries the
+    /// cache cannot hold are no reason to stop.
+    bool loadIfAbsent(const QString &dir);
     /// Cache upkeep behind a change that the server has confirmed: whatever the store says, the
     /// change stands.
     void keepCache(const QString &what, const std::function<void()> &upkeep);

@@ -68,10 +68,16 @@ bool RemoteUploads::putTree(const QString &local, const QString &remoteParent, c
                             int depth)
 {
     const SteadyFolder steady(local);
-    if (!makeAtOnce(local, remoteParent, name)) {
+    bool known = false;
+    m_context.keepCache(remoteParent, [&] { known = m_context.cache.isLoaded(remoteParent); });
+    if (!known) { // or the new row would look like all of them
         if (!m_context.enter(remoteParent, true))
             return false;
-        m_context.loadIfAbsent(remoteParent); // or the new row would look like all of them
+        known = m_context.loadIfAbsent(remoteParent);
+    }
+    if (!known || !makeAtOnce(local, remoteParent, name)) {
+        if (!m_context.enter(remoteParent, true))
+            return false;
         const Folder made = makeFolder(local, remoteParent, name);
         if (made != Folder::There)
             return made == Folder::GivenUp;
@@ -101,10 +107,6 @@ bool RemoteUploads::putTree(const QString &local, const QString &remoteParent, c
 bool RemoteUploads::makeAtOnce(const QString &local, const QString &remoteParent,
                                const QString &name)
 {
-    bool listed = false;
-    m_context.keepCache(remoteParent, [&] { listed = m_context.cache.isLoaded(remoteParent); });
-    if (!listed)
-        return false;
     const QString remote = remoteChild(remoteParent, name);
     bool made = false;
     const auto entered =

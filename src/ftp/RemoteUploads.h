@@ -9,8 +9,6 @@
 #include <optional>
 #include <vector>
 
-class QFile;
-
 namespace venlo
 {
 

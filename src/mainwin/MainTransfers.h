@@ -27,9 +27,9 @@ public:
     /// Remote entries were dropped or pasted on the local pane.
     void fetch(const QList<RemoteEntry> &entries, const QString &folder);
 
-    /// Makes the server equal to the local folder, or the other way round. True while it runs,
-    /// so that its own review is not said a second time.
+    /// Makes the server equal to the local folder, or the other way round.
     void synchronise(bool down);
+    /// It runs: its own review says what came of it.
     [[nodiscard]] bool synchronising() const { return m_synchronising; }
     /// What a synchronisation did.
     void noteOutcome(const Outcome &outcome);

@@ -10,7 +10,8 @@ namespace
 constexpr double itemWeight = 16384;
 constexpr qint64 rateWindow = 3000;      // ms
 constexpr qint64 shortestMeasure = 1000; // ms
-constexpr int whole = 1000;
+constexpr int whole = 1000;              // permille
+constexpr qint64 msPerSecond = 1000;
 } // namespace
 
 void TransferMeter::start(qint64 bytes, int items)
@@ -84,7 +85,7 @@ qint64 TransferMeter::rate() const
     if (m_samples.empty() || m_samples.back().first < now - rateWindow)
         return 0;
     const qint64 time = std::max(now - m_samples.front().first, qint64(1));
-    return (m_samples.back().second - m_samples.front().second) * whole / time;
+    return (m_samples.back().second - m_samples.front().second) * msPerSecond / time;
 }
 
 qint64 TransferMeter::secondsLeft() const
@@ -94,7 +95,7 @@ qint64 TransferMeter::secondsLeft() const
     if (done <= 0 || elapsed < shortestMeasure)
         return -1;
     const double left = std::max(weightAll() - done, 0.0);
-    return static_cast<qint64>(static_cast<double>(elapsed) * left / done / whole);
+    return static_cast<qint64>(static_cast<double>(elapsed) * left / done / msPerSecond);
 }
 
 QString TransferMeter::durationText(qint64 seconds)

@@ -29,7 +29,7 @@ int Execution::run(SyncReview &review, bool unattended)
             return number == 1 ? NothingToDo : Done;
         if (number >= firstPassWithReconnect && !m_worker.reconnect())
             return NotDone;
-        if (number > maxPasses)
+        if (number > maxPasses) // asked behind the loop's own bound, so that it is never written
             m_worker.log(QStringLiteral("RetSync Retry > 10  Err "));
         if (pass(review, true))
             (void)pass(review, false);

@@ -89,6 +89,7 @@ private Q_SLOTS:
     void doesNothing();
     void emptyAndLargeFiles();
     void folderTree();
+    void foldersAreMadeAndEnteredAtOnce();
     void folderLeavesOut();
     void folderThatIsThere();
     void folderThatCannotBeMade();
@@ -782,6 +783,23 @@ void tst_Uploads::emptyAndLargeFiles()
     QVERIFY(f.server.exists("/empty"));
     QCOMPARE(f.server.file("/empty").size(), 0);
     QCOMPARE(f.server.file("/large").size(), 3'000'001);
+}
+
+/// With the whole path, also below an empty folder, which has no rows to be known by.
+void tst_Uploads::foldersAreMadeAndEnteredAtOnce()
+{
+    Fixture f;
+    QVERIFY(f.start());
+    f.browse(QStringLiteral("/"));
+    QVERIFY(venlo::test::makeTree(f.here(), {{"site/sub/b.txt", "bb", wallClock(2, 0)}}));
+    f.operations.ftPutFold(f.here(), QStringLiteral("site"), QStringLiteral("/"), f.ok);
+    QVERIFY(f.ok);
+    const QList<QByteArray> made{"MKD /site", "CWD /site", "MKD /site/sub", "CWD /site/sub"};
+    QList<QByteArray> said = f.work();
+    said.removeIf([](const QByteArray &command) {
+        return !command.startsWith("MKD") && !command.startsWith("CWD");
+    });
+    QCOMPARE(said, made);
 }
 
 void tst_Uploads::folderTree()

@@ -109,8 +109,7 @@ Result<void> FtpClient::State::endRide(Transfer &transfer, Result<void> ended)
     const Result<void> followed = transfer.endsInPlace()
                                       ? readFollowers(transfer.riders, Pace::Together)
                                       : outOfPlace(*transfer.final_, Pace::Together);
-    // Whose reply the transfer took for its own is not known either, but of a server that is known
-    // to answer in order.
+    // Unless the server is known to answer in order, the transfer's own reply may not be its own.
     const bool merelyLost = proven && pace == before;
     if (!followed)
         return ownDoing || merelyLost ? ended : followed;

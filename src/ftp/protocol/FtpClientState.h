@@ -52,7 +52,7 @@ struct FtpClient::State {
     [[nodiscard]] Result<void> connectTo(const ServerAddress &address,
                                          const ConnectOptions &options);
     [[nodiscard]] Result<void> greet();
-    /// Greeting, TLS as far as it goes, user and password.
+    /// Greeting, TLS as far as it goes, user and password, what the server can do, TYPE I.
     [[nodiscard]] Result<void> login(TlsUse use, const ConnectOptions &options);
     [[nodiscard]] Result<void> authenticate(const ConnectOptions &options);
     /// AUTH TLS (RFC 4217, 4). Ok without TLS too, where the server refused it and may.
