@@ -1,7 +1,8 @@
 #include "ftp/LocalPath.h"
 
 #include <QDir>
-#include <QFileInfo>
+
+#include "platform/EntryLook.h"
 
 namespace venlo
 {
@@ -26,7 +27,7 @@ QString localChild(const QString &folder, const QString &name)
 
 bool isLink(const QString &path)
 {
-    const QFileInfo info(path);
+    const EntryLook info(path);
     return info.isSymbolicLink() || info.isJunction();
 }
 
@@ -40,12 +41,12 @@ QString localName(const QString &path)
 
 Result<bool> sjLocFold(const QString &folder)
 {
-    if (folder.isEmpty() || QFileInfo(folder).isDir())
+    if (folder.isEmpty() || EntryLook(folder).isDir())
         return false;
     if (QDir().mkpath(folder))
         return true;
-    const QString why = QFileInfo::exists(folder) ? QStringLiteral("同じ名前のﾌｧｲﾙがあります")
-                                                  : QStringLiteral("ﾌｫﾙﾀﾞを作成できません");
+    const QString why = EntryLook(folder).exists() ? QStringLiteral("同じ名前のﾌｧｲﾙがあります")
+                                                   : QStringLiteral("ﾌｫﾙﾀﾞを作成できません");
     return Error{ErrorClass::Local, why, 0};
 }
 

@@ -5,6 +5,7 @@
 #include <QPushButton>
 
 #include "db/DisplayFormat.h"
+#include "platform/EntryLook.h"
 #include "shared/WindowDesk.h"
 
 namespace venlo
@@ -22,7 +23,7 @@ QString nameOf(const QString &path)
 
 QString lookOf(const QString &path)
 {
-    const QFileInfo info(path);
+    const EntryLook info(path);
     return QStringLiteral("%1  更新日時 %2")
         .arg(FormatSizeText(info.size()), FormatDateText(info.lastModified()));
 }

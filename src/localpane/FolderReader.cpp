@@ -3,12 +3,12 @@
 #include <algorithm>
 #include <system_error>
 
-#include <QDirIterator>
 #include <QFileInfo>
 
 #include "ftp/LocalPath.h"
 #include "localpane/FolderPaths.h"
 #include "platform/Disk.h"
+#include "platform/EntryLook.h"
 #include "platform/FileLook.h"
 #include "platform/FilesystemPath.h"
 #include "shared/FrontEnd.h"
@@ -51,7 +51,7 @@ bool isFolder(const disk::directory_entry &item)
 
 DiskEntry describe(const disk::directory_entry &item)
 {
-    const QFileInfo info(shownPath(item.path()));
+    const EntryLook info(shownPath(item.path()));
     DiskEntry entry;
     entry.name = info.fileName();
     entry.folder = isFolder(item);
@@ -72,6 +72,24 @@ DiskEntry describe(const disk::directory_entry &item)
         entry.created = entry.modified;
     entry.letters = attributeLetters(info);
     return entry;
+}
+
+/// A link to a folder is none.
+bool isOwnFolder(const disk::directory_entry &item)
+{
+    std::error_code error;
+    return isFolder(item) &&
+           item.symlink_status(error).type() == std::filesystem::file_type::directory;
+}
+
+/// 0 of what is no file.
+qint64 sizeOf(const disk::directory_entry &item)
+{
+    std::error_code error;
+    if (!item.is_regular_file(error))
+        return 0;
+    const auto size = item.file_size(error);
+    return error ? 0 : static_cast<qint64>(size);
 }
 
 bool hasSubFolders(const std::filesystem::path &folder)
@@ -162,13 +180,19 @@ std::optional<QStringList> fileNames(FrontEnd &frontEnd, const QString &folder,
 qint64 bytesBelow(const QString &folder, QDeadlineTimer inTime)
 {
     qint64 bytes = 0;
-    QDirIterator item(folder, QDir::Files | QDir::Hidden | QDir::NoDotAndDotDot,
-                      QDirIterator::Subdirectories);
-    while (item.hasNext()) {
-        item.next();
-        if (inTime.hasExpired())
-            return -1;
-        bytes += item.fileInfo().size();
+    std::vector<std::filesystem::path> waiting{filesystemPath(folder)};
+    while (!waiting.empty()) {
+        std::error_code error;
+        disk::directory_iterator item(waiting.back(), error);
+        waiting.pop_back();
+        for (const disk::directory_iterator end; !error && item != end; item.increment(error)) {
+            if (inTime.hasExpired())
+                return -1;
+            if (isOwnFolder(*item))
+                waiting.push_back(item->path());
+            else
+                bytes += sizeOf(*item);
+        }
     }
     return bytes;
 }

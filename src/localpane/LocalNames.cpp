@@ -8,6 +8,7 @@
 #include "localpane/LocalListFill.h"
 #include "localpane/LocalShell.h"
 #include "localpane/LocalViews.h"
+#include "platform/EntryLook.h"
 #include "platform/EntryNames.h"
 #include "platform/FileNames.h"
 #include "platform/FilesystemPath.h"
@@ -29,8 +30,8 @@ QString newFolderName()
 
 bool isThere(const QString &path)
 {
-    const QFileInfo info(path);
-    return info.exists() || info.isSymLink();
+    const EntryLook info(path);
+    return info.exists() || info.isSymbolicLink();
 }
 } // namespace
 

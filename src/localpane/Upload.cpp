@@ -2,14 +2,13 @@
 
 #include <algorithm>
 
-#include <QFileInfo>
-
 #include "db/DisplayFormat.h"
 #include "ftp/LocalPath.h"
 #include "ftp/RemoteOperations.h"
 #include "localpane/FolderPaths.h"
 #include "localpane/FolderReader.h"
 #include "mainwin/popup/sfMsg.h"
+#include "platform/EntryLook.h"
 
 namespace venlo
 {
@@ -33,7 +32,7 @@ Upload::Upload(RemoteOperations &operations, sfMsg &window,
 
 UploadLine Upload::lineFor(const QString &path)
 {
-    const QFileInfo info(path);
+    const EntryLook info(path);
     return {info.fileName(), FormatDateText(info.lastModified()), FormatSizeText(info.size())};
 }
 
@@ -67,7 +66,7 @@ QList<Upload::Group> Upload::groupsOf(const QStringList &localPaths)
         });
         if (group == groups.end())
             group = groups.insert(groups.end(), {folder, {}, {}});
-        if (QFileInfo(tidy).isDir())
+        if (EntryLook(tidy).isDir())
             group->folders.append(localName(tidy));
         else
             group->files.append(lineFor(tidy));
@@ -77,7 +76,7 @@ QList<Upload::Group> Upload::groupsOf(const QStringList &localPaths)
 
 bool Upload::mayGo(const QString &path)
 {
-    const QFileInfo info(path);
+    const EntryLook info(path);
     QString why;
     if (isOddName(info.fileName()))
         why = QStringLiteral("名前に使用できない文字があるため､転送しません");
@@ -100,7 +99,7 @@ qint64 Upload::bytesOf(const Group &group, QDeadlineTimer inTime)
     for (const UploadLine &line : group.files) {
         if (inTime.hasExpired())
             return unknown;
-        bytes += QFileInfo(localChild(group.folder, line.name)).size();
+        bytes += EntryLook(localChild(group.folder, line.name)).size();
     }
     for (const QString &name : group.folders)
         bytes = sum(bytes, bytesBelow(localChild(group.folder, name), inTime));

@@ -1,7 +1,6 @@
 // The upload that a menu command of the local pane asks for.
 #include <algorithm>
 
-#include <QFileInfo>
 #include <QItemSelectionModel>
 
 #include "ftp/LocalPath.h"
@@ -10,6 +9,7 @@
 #include "localpane/Upload.h"
 #include "localpane/uFileParts.h"
 #include "mainwin/popup/sfMsg.h"
+#include "platform/EntryLook.h"
 #include "shared/OperationGate.h"
 #include "shared/WindowDesk.h"
 
@@ -53,7 +53,7 @@ Upload::Group selectedRows(RowList &rows, const PaneView &view, const QString &f
             group.folders.append(name);
         } else if (rows.row(at).tag == EntryTag::FL) {
             const QString path = localChild(folder, name);
-            if (QFileInfo::exists(path)) {
+            if (EntryLook(path).exists()) {
                 const UploadLine now = Upload::lineFor(path);
                 rows.setText(at, LocalListFill::Modified, now.dateText);
                 rows.setText(at, LocalListFill::Size, now.sizeText);

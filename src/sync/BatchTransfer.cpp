@@ -1,12 +1,12 @@
 // Uploads and downloads named on the command line.
 #include <QDir>
-#include <QFileInfo>
 
 #include "db/Database.h"
 #include "db/DisplayFormat.h"
 #include "ftp/DirectoryCache.h"
 #include "ftp/RemoteOperations.h"
 #include "ftp/Session.h"
+#include "platform/EntryLook.h"
 #include "shared/Flags.h"
 #include "shared/FrontEnd.h"
 #include "shared/NameList.h"
@@ -93,7 +93,7 @@ void BatchRunner::PutList(QString localFolder, const QString &names, const QStri
         localFolder.chop(1);
     QStringList lines;
     for (const QString &name : names.split(QLatin1Char(','))) {
-        const QFileInfo file(localFolder + QLatin1Char('/') + name);
+        const EntryLook file(localFolder + QLatin1Char('/') + name);
         if (!file.isFile()) {
             ok = false;
             m_rooms.frontEnd.warn(QDir::toNativeSeparators(file.filePath()) +

@@ -3,9 +3,9 @@
 #include <system_error>
 
 #include <QDir>
-#include <QFileInfo>
 
 #include "platform/Disk.h"
+#include "platform/EntryLook.h"
 #include "platform/FilesystemPath.h"
 
 namespace venlo
@@ -30,7 +30,7 @@ LocalEntry unread(LocalEntry entry, const QString &why)
 /// is enough.
 LocalEntry describe(const disk::directory_entry &item)
 {
-    const QFileInfo info(shownPath(item.path()));
+    const EntryLook info(shownPath(item.path()));
     LocalEntry entry;
     entry.name = info.fileName();
     if (entry.name.contains(QChar(QChar::ReplacementCharacter)))

@@ -3,10 +3,10 @@
 #include <limits>
 
 #include <QDir>
-#include <QFileInfo>
 
 #include "db/Database.h"
 #include "db/DisplayFormat.h"
+#include "platform/EntryLook.h"
 #include "platform/TemporaryName.h"
 #include "shared/FrontEnd.h"
 #include "sync/ComparisonWork.h"
@@ -87,7 +87,7 @@ void LocalGathering::requireFits(const QString &text)
 /// In the tables an empty time means that a side lacks the item, which would have it deleted.
 bool LocalGathering::addFolder(const QString &current, const QString &relative)
 {
-    const QString time = FormatMinuteText(QFileInfo(current).lastModified());
+    const QString time = FormatMinuteText(EntryLook(current).lastModified());
     if (time.isEmpty())
         return refuse(current, noTime());
     if (relative != dot) {
@@ -163,7 +163,7 @@ void LocalGathering::compareSpelling(const QString &current, const QString &path
         return;
     }
     const QString remoteName = remote.mid(remote.lastIndexOf(slash) + 1);
-    if (remoteName != entry.name && !QFileInfo::exists(current + slash + remoteName))
+    if (remoteName != entry.name && !EntryLook(current + slash + remoteName).exists())
         m_work.block(path, QStringLiteral("名前の大文字と小文字が両側で異なります"), false);
 }
 

@@ -1,7 +1,6 @@
 #include "sync/LookAgain.h"
 
 #include <QDir>
-#include <QFileInfo>
 #include <QHash>
 
 #include "db/DisplayFormat.h"
@@ -19,20 +18,20 @@ QString changed()
     return QStringLiteral("比較の後に変わりました");
 }
 
-bool timed(const FileCopy &copy, const QFileInfo &now)
+bool timed(const FileCopy &copy, const EntryLook &now)
 {
     return !copy.time.isEmpty() && copy.time == FormatMinuteText(now.lastModified());
 }
 
 /// A listed size is kept one byte larger than it was listed.
-bool sizedAsListed(const FileCopy &listed, const QFileInfo &now)
+bool sizedAsListed(const FileCopy &listed, const EntryLook &now)
 {
     return listed.size == now.size() || listed.size == now.size() + 1;
 }
 
-bool isThere(const QFileInfo &item)
+bool isThere(const EntryLook &item)
 {
-    return item.exists() || isLink(item.filePath());
+    return item.exists() || item.isSymbolicLink() || item.isJunction();
 }
 } // namespace
 
@@ -41,7 +40,7 @@ QString LookAgain::why() const
     const bool removes = m_review.plannedAction(m_row) == Action::Remove;
     if (m_review.pair().down)
         return removes ? whyNotRemoved() : whyNotReplaced();
-    if (removes && isThere(QFileInfo(m_review.localPath(m_row))))
+    if (removes && isThere(EntryLook(m_review.localPath(m_row))))
         return QStringLiteral("比較の後に作成されました");
     return {};
 }
@@ -57,11 +56,11 @@ QString LookAgain::whyNotReplaced() const
 bool LookAgain::mayReplace(int index) const
 {
     const SyncRow &row = m_review.row(index);
-    const QFileInfo now(m_review.localPath(index));
+    const EntryLook now(m_review.localPath(index));
     if (!isThere(now))
         return true;
     if (row.folder)
-        return now.isDir() && !isLink(now.filePath());
+        return now.isDir() && !now.isSymbolicLink() && !now.isJunction();
     if (!now.isFile())
         return false;
     // An earlier attempt may have put it there; listings need not show the time it then has.
@@ -72,7 +71,7 @@ bool LookAgain::mayReplace(int index) const
 
 QString LookAgain::whyNotRemoved() const
 {
-    const QFileInfo now(m_review.localPath(m_row));
+    const EntryLook now(m_review.localPath(m_row));
     if (!isThere(now))
         return {};
     const bool same = m_review.row(m_row).folder ? holdsOnlyRows(now.filePath())
@@ -104,14 +103,14 @@ bool LookAgain::holdsOnlyRows(const QString &folder) const
                 return false;
             if (isFolder)
                 folders += path;
-            else if (!asCompared(row, QFileInfo(path)))
+            else if (!asCompared(row, EntryLook(path)))
                 return false;
         }
     }
     return true;
 }
 
-bool LookAgain::asCompared(int index, const QFileInfo &now) const
+bool LookAgain::asCompared(int index, const EntryLook &now) const
 {
     const FileCopy &local = m_review.row(index).other;
     return timed(local, now) && local.size == now.size();

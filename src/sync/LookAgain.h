@@ -2,7 +2,7 @@
 
 #include <QString>
 
-class QFileInfo;
+#include "platform/EntryLook.h"
 
 namespace venlo
 {
@@ -24,7 +24,7 @@ private:
     [[nodiscard]] QString whyNotRemoved() const;
     [[nodiscard]] bool mayReplace(int index) const;
     [[nodiscard]] bool holdsOnlyRows(const QString &folder) const;
-    [[nodiscard]] bool asCompared(int index, const QFileInfo &now) const;
+    [[nodiscard]] bool asCompared(int index, const EntryLook &now) const;
 
     const SyncReview &m_review;
     int m_row;

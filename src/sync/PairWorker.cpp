@@ -2,11 +2,12 @@
 
 #include <QDir>
 #include <QFile>
-#include <QFileInfo>
 
 #include "ftp/ErrorLog.h"
 #include "ftp/RemoteOperations.h"
 #include "ftp/Session.h"
+#include "platform/EntryLook.h"
+#include "platform/FileNames.h"
 #include "platform/Files.h"
 #include "shared/FrontEnd.h"
 #include "sync/LocalFolder.h"
@@ -18,22 +19,26 @@ namespace venlo
 
 namespace
 {
-/// True when a folder between the root and the item has become a link since the comparison:
-/// whatever is done there would be done somewhere else.
-bool leadsAway(const SyncPair &pair, const QString &path)
+/// Why what is done under the path would be done somewhere else: a folder between the root and the
+/// item has become a link since the comparison, or a name is another entry's short one. Empty when
+/// it would not.
+QString whyElsewhere(const SyncPair &pair, const QString &path)
 {
     QString root = QDir::fromNativeSeparators(pair.localPath(QStringLiteral(".")));
     while (root.endsWith(QLatin1Char('/')))
         root.chop(1);
     QString folder = QDir::fromNativeSeparators(path);
-    for (;;) {
+    while (folder.size() > root.size()) {
+        if (const QString why = whyAnotherEntry(folder); !why.isEmpty())
+            return why;
         const auto last = folder.lastIndexOf(QLatin1Char('/'));
         if (last <= root.size())
-            return false;
+            break;
         folder.truncate(last);
         if (isLink(folder))
-            return true;
+            return QStringLiteral("途中のﾌｫﾙﾀﾞがﾘﾝｸです");
     }
+    return {};
 }
 
 /// Paths that the operations' lists cannot carry: one of them would be read as a list itself.
@@ -46,8 +51,8 @@ bool breaksNameList(const QString &path)
 QString whyNot(const SyncReview &review, int row)
 {
     const QString local = review.localPath(row);
-    if (leadsAway(review.pair(), local))
-        return QStringLiteral("途中のﾌｫﾙﾀﾞがﾘﾝｸです");
+    if (const QString why = whyElsewhere(review.pair(), local); !why.isEmpty())
+        return why;
     if (review.row(row).folder && isLink(local))
         return QStringLiteral("ﾌｫﾙﾀﾞがﾘﾝｸに変わりました");
     return LookAgain(review, row).why();
@@ -141,7 +146,7 @@ RowEnd PairWorker::removeLocal(const SyncReview &review, int row)
 {
     const QString path = review.localPath(row);
     const bool folder = review.row(row).folder;
-    if (!QFileInfo::exists(path) && !isLink(path))
+    if (!EntryLook(path).exists() && !isLink(path))
         return {};
     const auto shown = m_operations.shows(review.remoteParent(row), review.row(row).name);
     if (!shown && !m_session.connected())

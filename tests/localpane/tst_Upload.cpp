@@ -1,7 +1,9 @@
 // Uploads that the local pane starts, and those of drops.
+#include "localpane/FolderReader.h"
 #include "localpane/PaneFixture.h"
 #include "localpane/Upload.h"
 #include "support/MainList.h"
+#include "support/Shortcuts.h"
 
 #include <QFile>
 #include <QListWidget>
@@ -90,6 +92,9 @@ private Q_SLOTS:
     void takesATurn();
     void groupsByFolder();
     void stopsWhenCancelled();
+#ifdef Q_OS_WIN
+    void shortcutsAreFiles();
+#endif
 };
 
 void tst_Upload::uploadsSelectedRows()
@@ -306,6 +311,30 @@ void tst_Upload::stopsWhenCancelled()
     QVERIFY(!upload.run({f.at(QStringLiteral("a.txt"))}, QStringLiteral("/in")));
     QVERIFY(!f.isThere("/in/a.txt"));
 }
+
+#ifdef Q_OS_WIN
+void tst_Upload::shortcutsAreFiles()
+{
+    Fixture f;
+    QVERIFY(f.made);
+    QTemporaryDir elsewhere;
+    QVERIFY(test::makeShortcuts(f.at(QStringLiteral("sub/deep")), elsewhere.path()));
+    const auto entries = readFolder(f.at(QStringLiteral("sub/deep")));
+    QVERIFY(entries);
+    qint64 bytes = 0;
+    for (const DiskEntry &entry : entries.value()) {
+        QVERIFY2(!entry.folder && !entry.link, qPrintable(entry.name));
+        QVERIFY2(entry.size > 0 && entry.size < test::shortcutTargetSize, qPrintable(entry.name));
+        QVERIFY2(entry.modified.isValid(), qPrintable(entry.name));
+        bytes += entry.size;
+    }
+    QCOMPARE(entries.value().size(), 4U);
+    QCOMPARE(bytesBelow(f.at(QStringLiteral("sub/deep")), QDeadlineTimer::Forever), bytes);
+    const UploadLine line = Upload::lineFor(f.at(QStringLiteral("sub/deep/file.lnk")));
+    QVERIFY2(line.sizeText.endsWith(QLatin1Char('B')) && !line.sizeText.contains(QLatin1Char('K')),
+             qPrintable(line.sizeText));
+}
+#endif
 
 QTEST_MAIN(tst_Upload)
 #include "tst_Upload.moc"

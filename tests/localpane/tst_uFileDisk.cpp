@@ -55,6 +55,7 @@ private Q_SLOTS:
     void filtersByContainment();
     void readsEverythingInAFolder();
     void marksNamesThatNothingMayTouch();
+    void countsTheBytesBelowAFolder();
     void showsLinksAsFolders();
     void saysWhenAFolderCannotBeRead();
     void knowsWhichFoldersHoldFolders();
@@ -193,6 +194,20 @@ void tst_uFileDisk::readsEverythingInAFolder()
     QVERIFY(entryOf(entries.value(), QStringLiteral(".hidden")).hidden);
     QCOMPARE(entryOf(entries.value(), QStringLiteral(".hidden")).letters, QStringLiteral("H"));
     QVERIFY(entryOf(entries.value(), QStringLiteral("sub")).folder);
+}
+
+void tst_uFileDisk::countsTheBytesBelowAFolder()
+{
+    const QString folder = at(QStringLiteral("bytes"));
+    QVERIFY(makeTree(folder, {{"a", "123"}, {".b", "45"}, {"sub/deep/c", "6789"}, {"empty/", ""}}));
+    QCOMPARE(bytesBelow(folder, QDeadlineTimer(QDeadlineTimer::Forever)), 9);
+    QCOMPARE(bytesBelow(folder, QDeadlineTimer(0)), -1);
+    QCOMPARE(bytesBelow(at(QStringLiteral("never was")), QDeadlineTimer(0)), 0);
+    // Of a link to a file its content goes to the server; a linked folder stays here.
+    QVERIFY(QFile::link(folder + QStringLiteral("/a"), folder + QStringLiteral("/file")));
+    QVERIFY(QFile::link(folder, folder + QStringLiteral("/sub/loop")));
+    QVERIFY(QFile::link(at(QStringLiteral("nowhere")), folder + QStringLiteral("/dead")));
+    QCOMPARE(bytesBelow(folder, QDeadlineTimer(QDeadlineTimer::Forever)), 12);
 }
 
 void tst_uFileDisk::marksNamesThatNothingMayTouch()

@@ -1,3 +1,5 @@
+#include "platform/EntryLook.h"
+#include "support/Shortcuts.h"
 #include "sync/LocalFolder.h"
 
 #include <QDir>
@@ -21,6 +23,9 @@ private Q_SLOTS:
     void linksToFilesAreFiles();
     void deadLinksArePassed();
     void namesThatAreNoTextArePassed();
+#else
+    void shortcutsAreFiles_data();
+    void shortcutsAreFiles();
 #endif
     void missingIsAnError();
     void unreadableIsAnError();
@@ -114,6 +119,32 @@ void tst_LocalFolder::namesThatAreNoTextArePassed()
     QCOMPARE(entries.value().size(), size_t(1));
     QVERIFY(entries.value().front().kind == LocalEntry::Kind::Passed);
     QCOMPARE(std::remove(path.constData()), 0);
+}
+#else
+void tst_LocalFolder::shortcutsAreFiles_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::newRow("to a larger file") << QStringLiteral("file.lnk");
+    QTest::newRow("to a folder") << QStringLiteral("folder.lnk");
+    QTest::newRow("to nothing") << QStringLiteral("nothing.lnk");
+}
+
+void tst_LocalFolder::shortcutsAreFiles()
+{
+    QFETCH(QString, name);
+    QTemporaryDir elsewhere;
+    QVERIFY(test::makeShortcuts(m_folder->path(), elsewhere.path()));
+    const LocalEntry shortcut = entry(name);
+    QVERIFY(shortcut.kind == LocalEntry::Kind::File);
+    QFile file(m_folder->filePath(name));
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    QCOMPARE(shortcut.size, file.readAll().size());
+    QVERIFY(shortcut.size < test::shortcutTargetSize);
+    // What is asked of it later agrees to the last digit.
+    const EntryLook look(m_folder->filePath(name));
+    QCOMPARE(shortcut.size, look.size());
+    QCOMPARE(shortcut.modified, look.lastModified());
+    QVERIFY(!isLink(m_folder->filePath(name)));
 }
 #endif
 
