@@ -31,6 +31,12 @@ bool OperationContext::mayGoOn() const
     return session.connected() && !frontEnd.cancelled();
 }
 
+OverwriteAnswer OperationContext::askOverwrite(const OverwriteQuestion &question)
+{
+    session.catchUp();
+    return frontEnd.askOverwrite(question);
+}
+
 void OperationContext::status(const QString &text)
 {
     if (unattended())

@@ -31,6 +31,8 @@ public:
     /// Connected and not asked to stop.
     [[nodiscard]] bool mayGoOn() const;
 
+    /// Whether to overwrite; the person may take long, and finds what is confirmed done.
+    [[nodiscard]] OverwriteAnswer askOverwrite(const OverwriteQuestion &question);
     void status(const QString &text);
     void note(const QString &text);
     // Outcomes are told in the order in which they came about, behind bookkeeping that waited.

@@ -131,7 +131,7 @@ RemoteDownloads::Decision RemoteDownloads::decide(const Item &item)
         question.newSize = FormatSizeText(item.size + 1); // as the panes show it
         question.newDate = FormatDateText(fromDayCount(item.day));
     }
-    const OverwriteAnswer answer = m_context.frontEnd.askOverwrite(question);
+    const OverwriteAnswer answer = m_context.askOverwrite(question);
     standing = answer.mode;
     if (standing == OverwriteMode::CancelAll)
         return Decision::Cancel;

@@ -212,7 +212,7 @@ RemoteUploads::Decision RemoteUploads::askPerson(const UploadLine &line, const E
     const QString size = existing.size < 0 ? QString() : FormatSizeText(existing.size + 1);
     const QString date = existing.day ? FormatDateText(fromDayCount(*existing.day)) : QString();
     const OverwriteAnswer answer =
-        m_context.frontEnd.askOverwrite({line.name, size, date, line.sizeText, line.dateText});
+        m_context.askOverwrite({line.name, size, date, line.sizeText, line.dateText});
     m_context.standingAnswer = answer.mode;
     if (answer.mode == OverwriteMode::CancelAll)
         return Decision::Cancel;

@@ -97,6 +97,7 @@ private Q_SLOTS:
     void savedMeanwhile_data();
     void savedMeanwhile();
     void takesItsPlaceWhileTheNextOneComes();
+    void takesItsPlaceBeforeAQuestion();
     void outcomesKeepTheirOrder();
     void namesThatAreOneToSomeSystems();
 };
@@ -154,6 +155,28 @@ void tst_Downloads::takesItsPlaceWhileTheNextOneComes()
     for (const char *name : {"/a.txt", "/b.txt", "/c.txt"})
         QCOMPARE(f.read(QString::fromLatin1(name + 1)), QByteArray(name));
     QCOMPARE(f.counts(), QStringLiteral("3/0/0"));
+}
+
+/// The question may stay open for long.
+void tst_Downloads::takesItsPlaceBeforeAQuestion()
+{
+    Fixture f;
+    f.server.put("/a.txt", "new");
+    f.server.put("/b.txt", "new");
+    QVERIFY(f.start());
+    f.browse(QStringLiteral("/"));
+    f.write(QStringLiteral("b.txt"), "old", wallClock(1, 0));
+    f.person.expectOverwrite(QStringLiteral("b.txt"), {OverwriteMode::Ask, false});
+    f.get(QStringLiteral("a.txt\rb.txt"));
+    QByteArray order;
+    for (const auto &event : f.person.events()) {
+        if (event.what == What::Overwrite)
+            order += "asked ";
+        else if (event.what == What::Outcome)
+            order += "told ";
+    }
+    QCOMPARE(order, QByteArray("told asked told "));
+    QVERIFY(f.person.verify());
 }
 
 void tst_Downloads::outcomesKeepTheirOrder()
