@@ -1,9 +1,4 @@
-#include "platform/Files.h"
 #include "support/ScriptedServer.h"
-#include "support/Shortcuts.h"
-#ifdef Q_OS_WIN
-#include "support/ShortName.h"
-#endif
 #include "sync/Execution.h"
 #include "sync/SyncWorld.h"
 #include "sync/WorkTables.h"
@@ -39,22 +34,13 @@ private Q_SLOTS:
     void linksOnTheWayOfAnUpload_data();
     void linksOnTheWayOfAnUpload();
     void aTabInTheLocalFolder();
-#ifdef Q_OS_WIN
-    void shortcutsAreWhatWasCompared();
-    void aShortcutThatChanged();
-    void theShortNameOfAnotherFile();
-    void theShortNameOfAnotherFolder();
-#endif
 
 private:
     [[nodiscard]] QString path(const char *inside) const
     {
         return m_world->local() + QLatin1Char('/') + QString::fromUtf8(inside);
     }
-    void write(const std::vector<TreeRow> &rows)
-    {
-        QVERIFY(makeTree(m_world->local(), rows));
-    }
+    void write(const std::vector<TreeRow> &rows) { QVERIFY(makeTree(m_world->local(), rows)); }
     void compareAll(bool down);
     [[nodiscard]] QByteArray content(const char *inside) const;
     [[nodiscard]] QStringList reasons() const;
@@ -258,73 +244,6 @@ void tst_LookAgain::aTabInTheLocalFolder()
     QCOMPARE(reasons(), QStringList{QStringLiteral("名前に制御文字があります")});
     QVERIFY(!m_server->exists("/pub/f"));
 }
-
-#ifdef Q_OS_WIN
-void tst_LookAgain::shortcutsAreWhatWasCompared()
-{
-    QTemporaryDir elsewhere;
-    write({{"old/f", "f", noon}});
-    QVERIFY(makeShortcuts(m_world->local(), elsewhere.path()));
-    QVERIFY(makeShortcuts(path("old"), elsewhere.path()));
-    compareAll(true);
-    QCOMPARE(m_review->pendingCount(), 4);
-    const int row = rowOf(*m_review, QStringLiteral("/file.lnk"));
-    QCOMPARE(m_review->row(row).other.size, QFile(path("file.lnk")).size());
-    QVERIFY(m_review->row(row).other.size < shortcutTargetSize);
-    QCOMPARE(execute(), 0);
-    QCOMPARE(reasons(), QStringList());
-    QCOMPARE(
-        QDir(m_world->local()).entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot),
-        QStringList());
-    QVERIFY(QFile::exists(elsewhere.filePath(QStringLiteral("target.bin"))));
-    QVERIFY(QFile::exists(elsewhere.filePath(QStringLiteral("target/inside"))));
-}
-
-/// Changes of the shortcut count, those of what it leads to do not.
-void tst_LookAgain::aShortcutThatChanged()
-{
-    QTemporaryDir elsewhere;
-    QVERIFY(makeShortcuts(m_world->local(), elsewhere.path()));
-    compareAll(true);
-    QVERIFY(makeTree(elsewhere.path(), {{"target.bin", "shorter now", noon}}));
-    QVERIFY(setModifiedTime(path("nothing.lnk"), noon));
-    QCOMPARE(execute(), 1);
-    QCOMPARE(reasons(), QStringList{QStringLiteral("比較の後に変わりました")});
-    QVERIFY(QFile(path("nothing.lnk")).open(QIODevice::ReadOnly));
-    QVERIFY(!QFile(path("file.lnk")).open(QIODevice::ReadOnly));
-}
-
-void tst_LookAgain::theShortNameOfAnotherFile()
-{
-    write({{"Report2023Final.xls", "mine", noon}});
-    const QString other = shortNameOf(path("Report2023Final.xls"));
-    if (other.isEmpty())
-        QSKIP("the file system gives no short names");
-    m_server->put("/pub/Report2023Final.xls", "mine", noon);
-    m_server->put("/pub/" + other.toLatin1(), "theirs", noon);
-    compareAll(true);
-    QCOMPARE(m_review->pendingCount(), 1);
-    QCOMPARE(execute(), 1);
-    QCOMPARE(content("Report2023Final.xls"), QByteArray("mine"));
-    QCOMPARE(reasons(), QStringList{QStringLiteral("'Report2023Final.xls' の短い名前です")});
-}
-
-void tst_LookAgain::theShortNameOfAnotherFolder()
-{
-    write({{"Papers of the office/f", "mine", noon}});
-    const QString other = shortNameOf(path("Papers of the office"));
-    if (other.isEmpty())
-        QSKIP("the file system gives no short names");
-    m_server->put("/pub/Papers of the office/f", "mine", noon);
-    m_server->put("/pub/" + other.toLatin1() + "/new", "theirs", noon);
-    compareAll(true);
-    QVERIFY(execute() > 0);
-    QCOMPARE(content("Papers of the office/f"), QByteArray("mine"));
-    QVERIFY(!QFile::exists(path("Papers of the office/new")));
-    for (const QString &why : reasons())
-        QCOMPARE(why, QStringLiteral("'Papers of the office' の短い名前です"));
-}
-#endif
 
 QTEST_GUILESS_MAIN(tst_LookAgain)
 #include "tst_LookAgain.moc"
