@@ -1,8 +1,9 @@
 #pragma once
 
 #include <QDateTime>
-#include <QFileInfo>
 #include <QString>
+
+#include "platform/EntryLook.h"
 
 namespace venlo
 {
@@ -13,14 +14,14 @@ struct FileStamp {
     QDateTime modified; ///< invalid where there is no file
 
     FileStamp() = default;
-    explicit FileStamp(const QFileInfo &file)
+    explicit FileStamp(const EntryLook &file)
     {
         if (file.isFile()) {
             size = file.size();
             modified = file.lastModified();
         }
     }
-    explicit FileStamp(const QString &path) : FileStamp(QFileInfo(path)) {}
+    explicit FileStamp(const QString &path) : FileStamp(EntryLook(path)) {}
     [[nodiscard]] bool isFile() const { return modified.isValid(); }
     bool operator==(const FileStamp &) const = default;
 };

@@ -4,13 +4,13 @@
 #include "ftp/LocalPath.h"
 #include "ftp/ProgressThrottle.h"
 #include "ftp/TemporaryFile.h"
+#include "platform/EntryLook.h"
 #include "platform/FileNames.h"
 #include "platform/Files.h"
 #include "platform/TemporaryName.h"
 #include "shared/RemotePath.h"
 
 #include <QDir>
-#include <QFileInfo>
 #include <QScopeGuard>
 
 namespace venlo
@@ -30,8 +30,10 @@ QDateTime localTime(double day)
 /// What must not be replaced by a file.
 Result<void> checkTarget(const QString &target)
 {
-    const QFileInfo there(target);
-    if (there.isDir() && !there.isSymLink())
+    if (const QString why = whyAnotherEntry(target); !why.isEmpty())
+        return Error{ErrorClass::Local, why, 0};
+    const EntryLook there(target);
+    if (there.isDir() && !there.isSymbolicLink())
         return Error{ErrorClass::Local, QStringLiteral("同じ名前のﾌｫﾙﾀﾞがあります"), 0};
     if (there.exists() && !there.isWritable())
         return Error{ErrorClass::Local, QStringLiteral("書き込みが禁止されています"), 0};
@@ -114,7 +116,7 @@ RemoteDownloads::Decision RemoteDownloads::decide(const Item &item)
         return Decision::Fetch;
     if (standing == OverwriteMode::CancelAll)
         return Decision::Cancel;
-    const QFileInfo existing(item.target);
+    const EntryLook existing(item.target);
     if (standing == OverwriteMode::OverwriteAll || !existing.exists() || existing.isDir())
         return Decision::Fetch;
     if (standing == OverwriteMode::KeepNewer) {

@@ -5,10 +5,10 @@
 #include "db/DisplayFormat.h"
 #include "ftp/LocalPath.h"
 #include "ftp/Session.h"
+#include "platform/EntryLook.h"
 #include "shared/RemotePath.h"
 
 #include <QDir>
-#include <QFileInfo>
 
 namespace venlo
 {
@@ -17,22 +17,26 @@ namespace
 {
 constexpr int maxDepth = 128;
 
-std::vector<UploadLine> filesOf(const QString &folder)
-{
-    const auto entries =
-        QDir(folder).entryInfoList(QDir::Files | QDir::Hidden | QDir::NoDotAndDotDot, QDir::Name);
-    std::vector<UploadLine> lines;
-    lines.reserve(static_cast<size_t>(entries.size()));
-    for (const QFileInfo &entry : entries)
-        lines.push_back(
-            {entry.fileName(), FormatDateText(entry.lastModified()), FormatSizeText(entry.size())});
-    return lines;
-}
+/// What a folder holds to be sent.
+struct Content {
+    std::vector<UploadLine> files;
+    QStringList folders; ///< linked ones too, which are given up by name, not missed in silence
+};
 
-/// With linked folders, which are given up by name instead of going missing in silence.
-QStringList subFoldersOf(const QString &folder)
+Content contentOf(const QString &folder)
 {
-    return QDir(folder).entryList(QDir::Dirs | QDir::Hidden | QDir::NoDotAndDotDot, QDir::Name);
+    // System: on Windows shortcuts are listed with these only.
+    const auto all = QDir::Dirs | QDir::Files | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot;
+    Content content;
+    for (const QString &name : QDir(folder).entryList(all, QDir::Name)) {
+        const EntryLook look(localChild(folder, name));
+        if (look.isDir())
+            content.folders.append(name);
+        else if (look.isFile())
+            content.files.push_back(
+                {name, FormatDateText(look.lastModified()), FormatSizeText(look.size())});
+    }
+    return content;
 }
 } // namespace
 
@@ -50,7 +54,7 @@ bool RemoteUploads::putFolder(const QString &localParent, const QString &name,
         why = QStringLiteral("ｻｰﾊﾞｰ名を含むﾊﾟｽは使用できません");
     else if (isLink(local)) // may lead anywhere and round in circles
         why = QStringLiteral("ﾌｫﾙﾀﾞへのﾘﾝｸは転送しません");
-    else if (const QFileInfo folder(local); !folder.isDir() || !folder.isReadable())
+    else if (const EntryLook folder(local); !folder.isDir() || !folder.isReadable())
         why = QStringLiteral("ﾌｫﾙﾀﾞが読み取れません");
     if (!why.isEmpty()) {
         giveUpFolder(local, remote, {ErrorClass::Local, why, 0});
@@ -83,15 +87,14 @@ bool RemoteUploads::putTree(const QString &local, const QString &remoteParent, c
             return made == Folder::GivenUp;
     }
     const QString remote = remoteChild(remoteParent, name);
-    const auto files = filesOf(local);
-    const QStringList folders = subFoldersOf(local);
+    const Content content = contentOf(local);
     if (steady.leadsAway()) {
         giveUpFolder(local, remote, {ErrorClass::Local, SteadyFolder::words(), 0});
         return true;
     }
-    if (!files.empty() && !putLines(remote, files, steady))
+    if (!content.files.empty() && !putLines(remote, content.files, steady))
         return false;
-    for (const QString &folder : folders) {
+    for (const QString &folder : content.folders) {
         if (steady.leadsAway()) {
             giveUpFolder(local, remote, {ErrorClass::Local, SteadyFolder::words(), 0});
             return true;

@@ -5,13 +5,13 @@
 #include "ftp/ListingTime.h"
 #include "ftp/LocalPath.h"
 #include "ftp/Session.h"
+#include "platform/EntryLook.h"
 #include "platform/TemporaryName.h"
 #include "shared/RemotePath.h"
 
 #include <algorithm>
 
 #include <QFile>
-#include <QFileInfo>
 #include <QScopeGuard>
 
 namespace venlo
@@ -195,7 +195,7 @@ RemoteUploads::Decision RemoteUploads::compare(const Item &item, const UploadLin
     if (m_context.unattended())
         return line.dateText > date ? Decision::Send : Decision::Skip;
     if (m_context.standingAnswer == OverwriteMode::KeepNewer) {
-        const QDateTime local = QFileInfo(item.path).lastModified();
+        const QDateTime local = EntryLook(item.path).lastModified();
         const QDateTime localClock(local.date(), local.time(), Qt::UTC);
         return there > localClock ? Decision::Skip : Decision::Send;
     }

@@ -1,6 +1,7 @@
 #include "ftp/TemporaryFile.h"
 
 #include "ftp/LocalPath.h"
+#include "platform/EntryLook.h"
 #include "platform/Files.h"
 #include "platform/TemporaryName.h"
 
@@ -64,8 +65,8 @@ Result<void> TemporaryFile::replace(const QString &target, qint64 size, const QD
 {
     if (m_file.size() != size)
         return Error{ErrorClass::Retry, QStringLiteral("受信した大きさが一致しません"), 0};
-    const QFileInfo old(target);
-    if (old.exists() && !old.isSymLink())
+    const EntryLook old(target);
+    if (old.exists() && !old.isSymbolicLink())
         m_file.setPermissions(old.permissions());
     close();
     if (m_file.error() != QFileDevice::NoError)

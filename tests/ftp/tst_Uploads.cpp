@@ -96,6 +96,7 @@ private Q_SLOTS:
     void folderThatCannotBeRead();
 #ifdef Q_OS_UNIX
     void linkedFoldersAreNotFollowed();
+    void folderWithOddEntries();
 #endif
     void listFormWithoutAListing();
     void neverListedFolderIsFound();
@@ -883,6 +884,19 @@ void tst_Uploads::folderThatCannotBeRead()
 }
 
 #ifdef Q_OS_UNIX
+/// A link to nothing and a pipe are no files.
+void tst_Uploads::folderWithOddEntries()
+{
+    Fixture f;
+    QVERIFY(f.start());
+    QVERIFY(venlo::test::makeTree(f.here(), {{"site/a.txt", "a", wallClock(1, 0)}}));
+    QVERIFY(QFile::link(QStringLiteral("nowhere"), f.at(QStringLiteral("site/link"))));
+    QCOMPARE(mkfifo(QFile::encodeName(f.at(QStringLiteral("site/pipe"))).constData(), 0600), 0);
+    f.operations.ftPutFold(f.here(), QStringLiteral("site"), QStringLiteral("/"), f.ok);
+    QCOMPARE(f.server.tree().paths(), QList<QByteArray>({"/site/", "/site/a.txt"}));
+    QCOMPARE(f.counts(), QStringLiteral("2/0/0")); // the folder is one
+}
+
 void tst_Uploads::linkedFoldersAreNotFollowed()
 {
     Fixture f;
