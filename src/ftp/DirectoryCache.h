@@ -8,6 +8,7 @@
 #include "ftp/protocol/Listing.h"
 
 #include <QByteArray>
+#include <QDateTime>
 #include <QHash>
 #include <QSet>
 #include <QString>
@@ -22,6 +23,7 @@
 namespace venlo
 {
 
+struct FileStamp;
 struct Flags;
 
 /// Reads and fills the current site's cache table, the mirror of the remote tree in the database.
@@ -72,6 +74,8 @@ public:
     void caEntInfo(const QString &dir, const QString &name, bool folder, QString &dateText,
                    QString &sizeText);
     void caAddFile(const QString &localPath, const QString &dir, const QString &name);
+    /// The same for a file as it was sent, whatever it has become since.
+    void caAddFile(const FileStamp &sent, const QString &dir, const QString &name);
     void caAddFold(const QString &localPath, const QString &dir, const QString &name);
 
     /// Runs upkeep whose loss a refresh mends; several share a commit, see Store::grouped.
@@ -200,7 +204,8 @@ private:
     /// Runs a change that other rows do not depend on; a failure is noted.
     void tryChange(const QString &sql, const QVariantList &values);
     [[nodiscard]] QString names(const QString &sql, const QString &dir);
-    void addRow(const QString &localPath, const QString &dir, const QString &name, bool folder);
+    void addRow(const QDateTime &modified, qint64 size, const QString &dir, const QString &name,
+                bool folder);
     /// Puts a row in the place of one of its name; a failure is noted and leaves the old row.
     [[nodiscard]] bool replaceRow(const QString &dir, const QString &name, bool folder, double day,
                                   qint64 size);

@@ -6,6 +6,7 @@
 #include "db/TextFold.h"
 #include "ftp/DirectoryCache.h"
 #include "ftp/ErrorLog.h"
+#include "ftp/FileStamp.h"
 #include "ftp/ListingTime.h"
 #include "platform/EntryLook.h"
 #include "shared/RemotePath.h"
@@ -91,21 +92,24 @@ void DirectoryCache::dropPrefix(const QString &prefix)
 
 void DirectoryCache::caAddFile(const QString &localPath, const QString &dir, const QString &name)
 {
-    addRow(localPath, dir, name, false);
+    const EntryLook local(localPath);
+    addRow(local.lastModified(), local.size(), dir, name, false);
+}
+
+void DirectoryCache::caAddFile(const FileStamp &sent, const QString &dir, const QString &name)
+{
+    addRow(sent.modified, sent.size, dir, name, false);
 }
 
 void DirectoryCache::caAddFold(const QString &localPath, const QString &dir, const QString &name)
 {
-    addRow(localPath, dir, name, true);
+    addRow(EntryLook(localPath).lastModified(), 0, dir, name, true);
 }
 
-void DirectoryCache::addRow(const QString &localPath, const QString &path, const QString &name,
-                            bool folder)
+void DirectoryCache::addRow(const QDateTime &modified, qint64 size, const QString &path,
+                            const QString &name, bool folder)
 {
     const QString dir = normalised(path);
-    const EntryLook local(localPath);
-    const QDateTime modified = local.lastModified();
-    const qint64 size = folder ? 0 : local.size();
     const QByteArray raw = rawName(dir, name); // an entry that was there keeps its bytes
     const QString sql = folder ? QStringLiteral("Insert Into ? (sDir, bFd, sName, dDate, nSize)"
                                                 " Values ('?', ?, '?', #?#, 0)")

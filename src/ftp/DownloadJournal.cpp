@@ -135,25 +135,28 @@ void DownloadJournal::begin(const QString &temporaryPath)
 {
     if (!open())
         return;
-    QByteArray note = temporaryPath.toUtf8();
-    if (!m_latest.isEmpty())
-        note += (separator + m_latest).toUtf8();
-    m_latest = temporaryPath;
-    if (note.size() < m_length)
-        empty();
-    if (m_file.seek(0))
-        m_length = std::max(m_length, m_file.write(note));
+    m_noted = QStringList(temporaryPath) + m_noted.mid(0, 1);
+    write();
 }
 
 void DownloadJournal::forget(const QString &temporaryPath)
 {
-    if (temporaryPath == m_latest)
-        end();
+    if (m_noted.removeAll(temporaryPath) > 0)
+        write();
+}
+
+void DownloadJournal::write()
+{
+    const QByteArray note = m_noted.join(separator).toUtf8();
+    if (note.size() < m_length)
+        empty();
+    if (!note.isEmpty() && m_file.seek(0))
+        m_length = std::max(m_length, m_file.write(note));
 }
 
 void DownloadJournal::end()
 {
-    m_latest.clear();
+    m_noted.clear();
     empty();
 }
 

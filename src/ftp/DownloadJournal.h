@@ -26,7 +26,7 @@ public:
     /// Notes the file in progress, and the one before it, which may be on its way to its place.
     /// A journal that cannot be written is no reason not to download.
     void begin(const QString &temporaryPath);
-    /// A file that came to nothing: ends the note if it is of this one.
+    /// A file that came to nothing.
     void forget(const QString &temporaryPath);
     /// Nothing is in progress any more. Once for many files that follow each other is enough: a
     /// note of a file that is not there does no harm while the process lives.
@@ -36,13 +36,14 @@ public:
 
 private:
     [[nodiscard]] bool open();
+    void write();
     void empty();
     void sweep();
     void sweepLocks();
 
     QString m_folder;
     QFile m_file;
-    QString m_latest;    ///< path of the file in progress
+    QStringList m_noted; ///< the file in progress, and the one before
     qint64 m_length = 0; ///< bytes of the note
     std::unique_ptr<QLockFile> m_lock;
 };

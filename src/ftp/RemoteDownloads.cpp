@@ -180,8 +180,8 @@ Result<void> RemoteDownloads::place(const SteadyFolder &folder, const Item &item
         return kept;
     if (folder.leadsAway())
         return Error{ErrorClass::Local, SteadyFolder::words(), 0};
-    // The person may have saved it meanwhile.
-    if (FileStamp(item.target) != item.there)
+    // The person may have saved one meanwhile.
+    if (const FileStamp now(item.target); now.isFile() && now != item.there)
         return Error{ErrorClass::Local, QStringLiteral("受信中にﾌｧｲﾙが変更されました"), 0};
     bool timeSet = true;
     auto replaced = arrived.file->replace(item.target, arrived.size, arrived.time, timeSet);

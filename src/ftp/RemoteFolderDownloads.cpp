@@ -52,6 +52,10 @@ bool RemoteDownloads::getTree(const QString &local, const QString &remote, int d
                      {ErrorClass::Local, QStringLiteral("ﾌｫﾙﾀﾞへのﾘﾝｸには転送しません"), 0});
         return true;
     }
+    if (const QString other = whyAnotherEntry(local); !other.isEmpty()) {
+        giveUpFolder(local, remote, {ErrorClass::Local, other, 0});
+        return true;
+    }
     const auto made = sjLocFold(local);
     if (!made) {
         giveUpFolder(local, remote, made.error());

@@ -149,12 +149,11 @@ QString RemoteOperations::whyNotRenamed(const QString &dir, const QString &oldNa
     return {};
 }
 
-Result<void> RemoteOperations::checkFree(const QString &dir, const QString &oldName,
-                                         const QString &newName)
+Result<void> RemoteOperations::checkFree(const QString &oldName, const QString &newName)
 {
     OperationContext &context = m->context;
     FtpClient &client = context.session.client();
-    const QByteArray raw = context.cache.rawName(dir, newName);
+    const QByteArray raw = client.codec().encode(newName);
     const Error found{ErrorClass::Local, QStringLiteral("同じ名前が既にあります"), 0};
     if (newName.compare(oldName, Qt::CaseInsensitive) == 0) {
         // The server may find the old name under the new one. Only a listing of now can tell.
@@ -193,10 +192,10 @@ void RemoteOperations::rename(const QString &dir, const QString &oldName, const 
     if (const QString why = whyNotRenamed(dir, oldName, newName); !why.isEmpty())
         renamed = Error{ErrorClass::Local, why, 0};
     else if (renamed = context.stepInto(dir); renamed)
-        renamed = checkFree(dir, oldName, newName);
+        renamed = checkFree(oldName, newName);
     if (renamed)
         renamed = context.session.client().rename(context.cache.rawName(dir, oldName),
-                                                  context.cache.rawName(dir, newName));
+                                                  context.session.client().codec().encode(newName));
     if (!renamed) {
         context.giveUp(QStringLiteral("FtpRenameFile Err: ") + oldName + QStringLiteral(" > ") +
                            newName,

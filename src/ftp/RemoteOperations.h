@@ -72,8 +72,7 @@ private:
                                         const QString &newName);
     /// Asks the server, which stands in the directory, whether a new name is free: the listing may
     /// be old.
-    [[nodiscard]] Result<void> checkFree(const QString &dir, const QString &oldName,
-                                         const QString &newName);
+    [[nodiscard]] Result<void> checkFree(const QString &oldName, const QString &newName);
 
     struct Parts;
     OperationCounts m_counts;

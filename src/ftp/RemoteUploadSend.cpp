@@ -34,14 +34,23 @@ void RemoteUploads::noteUnfinished(const Item &item)
     });
 }
 
-Result<void> RemoteUploads::send(const Item &item)
+OperationContext::Step RemoteUploads::sending(const Item &item, FileStamp &stamp)
+{
+    return [this, &item, &stamp]() -> Result<void> {
+        auto whole = send(item);
+        if (!whole)
+            return whole.error();
+        stamp = std::move(whole.value());
+        return {};
+    };
+}
+
+Result<FileStamp> RemoteUploads::send(const Item &item)
 {
     for (int change = 0; change < maxChanges; ++change) {
-        const auto unchanged = sendOnce(item);
-        if (!unchanged)
-            return unchanged.error();
-        if (unchanged.value())
-            return {};
+        auto whole = sendOnce(item);
+        if (!whole || whole.value().isFile())
+            return whole;
         m_context.note(QStringLiteral("%1 changed while it was sent").arg(item.path));
         if (!m_context.mayGoOn()) {
             noteUnfinished(item);
@@ -52,8 +61,8 @@ Result<void> RemoteUploads::send(const Item &item)
     return Error{ErrorClass::Local, QStringLiteral("送信中にﾌｧｲﾙが変更されました"), 0};
 }
 
-/// The value tells whether the file is the one that was sent.
-Result<bool> RemoteUploads::sendOnce(const Item &item)
+/// An empty stamp where the file is not the one any more that was sent.
+Result<FileStamp> RemoteUploads::sendOnce(const Item &item)
 {
     const FileStamp before(item.path);
     // Opening anything else than a file may wait for ever.
@@ -86,13 +95,13 @@ Result<bool> RemoteUploads::sendOnce(const Item &item)
             noteUnfinished(item);
         // A file that is being rewritten may break off under the reader's hands.
         if (stored.error().kind == ErrorClass::Local && before != FileStamp(item.path))
-            return false;
+            return FileStamp();
         return stored.error();
     }
     meter.finished(stored.value());
     const bool unchanged = stored.value() == before.size && before == FileStamp(item.path);
     if (!unchanged)
-        return false;
+        return FileStamp();
     // A data connection that the server, or something on the way, closes early looks like a whole
     // one to both: only the size tells. What the server does not say counts as whole.
     if (there.sizeThere && *there.sizeThere != stored.value()) {
@@ -102,14 +111,14 @@ Result<bool> RemoteUploads::sendOnce(const Item &item)
     if (there.timeNotSet)
         m_context.note(
             QStringLiteral("time of %1 not set: %2").arg(item.remote, there.timeNotSet->words));
-    return true;
+    return before;
 }
 
-void RemoteUploads::sent(const Item &item)
+void RemoteUploads::sent(const Item &item, const FileStamp &stamp)
 {
     m_context.keepRows(item.remote, [&] {
         m_context.cache.unfinished().end(m_context.session.currentSite(), item.dir, item.name);
-        m_context.cache.caAddFile(item.path, item.dir, item.name);
+        m_context.cache.caAddFile(stamp, item.dir, item.name);
     });
     m_context.done(Outcome::Kind::Uploaded, item.path, item.remote);
 }

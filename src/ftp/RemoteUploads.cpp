@@ -64,12 +64,12 @@ bool RemoteUploads::putPath(const QString &path, const QString &local)
             return m_context.frontEnd.retryOrCancel(local + QStringLiteral(" Put File Err"));
         };
     }
-    const auto attempted = m_context.fiveAttempts(
-        item.remote, [this, &item] { return send(item); }, askAgain);
+    FileStamp stamp;
+    const auto attempted = m_context.fiveAttempts(item.remote, sending(item, stamp), askAgain);
     if (attempted.end == OperationContext::End::Stop)
         return false;
     if (attempted.end == OperationContext::End::Done)
-        sent(item);
+        sent(item, stamp);
     else
         m_context.giveUp(QStringLiteral("FtpPutFile Err:") + local + QStringLiteral(" Upload"),
                          local, item.remote, attempted.error);
@@ -115,13 +115,13 @@ bool RemoteUploads::putLine(const Item &item, const UploadLine &line)
         return decision != Decision::Cancel;
     m_context.status(item.path + QStringLiteral(" > ") + item.dir +
                      QStringLiteral(" UpLoading･･･"));
-    const auto attempted =
-        m_context.fiveAttempts(item.remote, [this, &item] { return send(item); });
+    FileStamp stamp;
+    const auto attempted = m_context.fiveAttempts(item.remote, sending(item, stamp));
     if (attempted.end == OperationContext::End::Stop)
         return false;
     if (attempted.end == OperationContext::End::Done) {
         m_sentName = item.name;
-        m_context.session.whileServerWorks([this, item] { sent(item); });
+        m_context.session.whileServerWorks([this, item, stamp] { sent(item, stamp); });
     } else {
         giveUpLine(item, attempted.error);
     }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ftp/FileStamp.h"
 #include "ftp/OperationContext.h"
 #include "ftp/SteadyFolder.h"
 #include "shared/NameList.h"
@@ -61,9 +62,11 @@ private:
     [[nodiscard]] Result<void> askOnce(const Item &item, std::optional<Existing> &existing);
     void noteUnfinished(const Item &item);
     void giveUpLine(const Item &item, const Error &error);
-    [[nodiscard]] Result<void> send(const Item &item);
-    [[nodiscard]] Result<bool> sendOnce(const Item &item);
-    void sent(const Item &item);
+    /// The file as it was sent.
+    [[nodiscard]] Result<FileStamp> send(const Item &item);
+    [[nodiscard]] Result<FileStamp> sendOnce(const Item &item);
+    [[nodiscard]] OperationContext::Step sending(const Item &item, FileStamp &stamp);
+    void sent(const Item &item, const FileStamp &stamp);
     void leaveOut(const Item &item);
 
     [[nodiscard]] bool putTree(const QString &local, const QString &remoteParent,

@@ -1,5 +1,7 @@
 #include "ftp/UnfinishedUploads.h"
 
+#include <algorithm>
+
 #include <QFileInfo>
 #include <QStringList>
 
@@ -67,7 +69,10 @@ void UnfinishedUploads::settled()
 
 void UnfinishedUploads::recover()
 {
-    if (m_sending || !openNote() || m_note.size() == 0 || !m_note.seek(0))
+    if (m_sending || !openNote())
+        return;
+    m_kept = std::min(m_kept, m_note.size()); // another process may have taken them over
+    if (m_note.size() == 0 || !m_note.seek(0))
         return;
     const QStringList parts = QString::fromUtf8(m_note.readAll()).split(QLatin1Char('\n'));
     // Three texts and the end; less was cut off while it was written, before anything was sent.
@@ -112,6 +117,8 @@ void UnfinishedUploads::store(const QString &site, const QString &dir, const QSt
 
 void UnfinishedUploads::end(const QString &site, const QString &dir, const QString &name)
 {
+    if (m_kept > 0)
+        recover();
     if (!noted(site, dir, name))
         return;
     m_database.store().exec(

@@ -96,6 +96,8 @@ private Q_SLOTS:
     void progress();
     void savedMeanwhile_data();
     void savedMeanwhile();
+    void takenAwayMeanwhile();
+    void takesItsPlaceWhileTheNextOneComes_data();
     void takesItsPlaceWhileTheNextOneComes();
     void takesItsPlaceBeforeAQuestion();
     void outcomesKeepTheirOrder();
@@ -137,10 +139,35 @@ void tst_Downloads::savedMeanwhile()
              QStringLiteral("受信中にﾌｧｲﾙが変更されました"));
 }
 
-void tst_Downloads::takesItsPlaceWhileTheNextOneComes()
+/// There is nothing to be lost.
+void tst_Downloads::takenAwayMeanwhile()
 {
     Fixture f;
-    for (const char *name : {"/a.txt", "/b.txt", "/c.txt"})
+    f.server.put("/a.txt", "from the server");
+    QVERIFY(f.start());
+    f.flags.unattendedTransfer = true;
+    f.write(QStringLiteral("a.txt"), "old", wallClock(1, 0));
+    f.server.on("RETR").once().call([&f] { QFile::remove(f.at(QStringLiteral("a.txt"))); });
+    f.get(QStringLiteral("a.txt"));
+    QCOMPARE(f.read(QStringLiteral("a.txt")), QByteArray("from the server"));
+    QCOMPARE(f.counts(), QStringLiteral("1/0/0"));
+}
+
+void tst_Downloads::takesItsPlaceWhileTheNextOneComes_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<bool>("before");
+    QTest::newRow("small") << QByteArray("/a.txt") << false;
+    QTest::newRow("large") << QByteArray(8 * 1024 * 1024, 'x') << true; // its flush may take long
+}
+
+void tst_Downloads::takesItsPlaceWhileTheNextOneComes()
+{
+    QFETCH(QByteArray, bytes);
+    QFETCH(bool, before);
+    Fixture f;
+    f.server.put("/a.txt", bytes);
+    for (const char *name : {"/b.txt", "/c.txt"})
         f.server.put(name, name);
     QVERIFY(f.start());
     f.browse(QStringLiteral("/"));
@@ -150,9 +177,9 @@ void tst_Downloads::takesItsPlaceWhileTheNextOneComes()
     f.server.on("RETR", "c.txt").once().call([&] { beforeC = f.read(QStringLiteral("a.txt")); });
     f.get(QStringLiteral("a.txt\rb.txt\rc.txt"));
     QVERIFY(f.ok);
-    QCOMPARE(beforeB, QByteArray("<none>"));
-    QCOMPARE(beforeC, QByteArray("/a.txt"));
-    for (const char *name : {"/a.txt", "/b.txt", "/c.txt"})
+    QVERIFY(beforeB == (before ? bytes : QByteArray("<none>")));
+    QVERIFY(beforeC == bytes);
+    for (const char *name : {"/b.txt", "/c.txt"})
         QCOMPARE(f.read(QString::fromLatin1(name + 1)), QByteArray(name));
     QCOMPARE(f.counts(), QStringLiteral("3/0/0"));
 }

@@ -63,6 +63,8 @@ private Q_SLOTS:
     void renameFindsOddNames();
     void letterCaseNeedsAWholeListing();
     void letterCaseSeesWhatIsThereNow();
+    void letterCaseNotByHalfAListing();
+    void letterCaseOfNamesThatAreNoUtf8();
     void renameChangesLetterCase();
     void renamedRemnantStaysNoted();
     void makesChains();
@@ -559,6 +561,36 @@ void tst_Removals::letterCaseSeesWhatIsThereNow()
     QCOMPARE(f.server.count("RNFR"), 0);
     QCOMPARE(f.server.file("/A.txt"), QByteArray("a colleague's"));
     QCOMPARE(f.counts(), QStringLiteral("0/1/0"));
+}
+
+void tst_Removals::letterCaseNotByHalfAListing()
+{
+    Fixture f;
+    f.server.put("/a.txt", "1");
+    QVERIFY(f.start());
+    f.browse(QStringLiteral("/"));
+    f.server.on("MLSD").completion("426 Failure while listing\r\n");
+    f.operations.ftRename(QStringLiteral("/"), QStringLiteral("a.txt"), QStringLiteral("A.txt"),
+                          false, f.ok);
+    QCOMPARE(f.server.count("RNFR"), 0);
+    QCOMPARE(f.person.outcomes(Outcome::Kind::GivenUp).at(0).why,
+             QStringLiteral("同じ名前がないことを確認できません"));
+}
+
+void tst_Removals::letterCaseOfNamesThatAreNoUtf8()
+{
+    Fixture f;
+    f.server.options().utf8 = false;
+    f.server.put("/\x95\xf1\x8d\x90"
+                 "a.txt",
+                 "1"); // 報告a.txt in Shift_JIS
+    QVERIFY(f.start());
+    f.browse(QStringLiteral("/"));
+    f.operations.ftRename(QStringLiteral("/"), QStringLiteral("報告a.txt"),
+                          QStringLiteral("報告A.txt"), false, f.ok);
+    QCOMPARE(f.server.tree().paths(), QList<QByteArray>({"/\x95\xf1\x8d\x90"
+                                                         "A.txt"}));
+    QCOMPARE(f.cached(), QStringList({QStringLiteral("/|報告A.txt")}));
 }
 
 /// Half a file is half a file under any name.

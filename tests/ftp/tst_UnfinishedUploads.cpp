@@ -33,6 +33,8 @@ private Q_SLOTS:
     void aKilledNeighboursNoteIsTaken();
     void keptWhileTheDatabaseRefuses();
     void keptAcrossRuns();
+    void keptNotesEndToo();
+    void keptNotesThatAnotherProcessTook();
 
 private:
     [[nodiscard]] QString note() const { return m_folder->filePath(QStringLiteral("Upload.note")); }
@@ -166,6 +168,38 @@ void tst_UnfinishedUploads::keptAcrossRuns()
     uploads.sending(site, dir, QStringLiteral("next.txt"));
     QVERIFY(uploads.noted(site, dir, name));
     QVERIFY(!uploads.noted(site, dir, QStringLiteral("next.txt")));
+}
+
+void tst_UnfinishedUploads::keptNotesEndToo()
+{
+    const auto store = database();
+    UnfinishedUploads uploads(*store);
+    store->CloseDb();
+    QVERIFY_THROWS_EXCEPTION(DbError, uploads.begin(site, dir, name));
+    bool ok = false;
+    store->OpenDb(ok);
+    QVERIFY(ok);
+    uploads.end(site, dir, name); // the remnant was deleted on the server
+    uploads.sending(site, dir, QStringLiteral("next.txt"));
+    uploads.settled();
+    QVERIFY(!uploads.noted(site, dir, name));
+}
+
+void tst_UnfinishedUploads::keptNotesThatAnotherProcessTook()
+{
+    const auto store = database();
+    {
+        UnfinishedUploads here(*store);
+        store->CloseDb();
+        QVERIFY_THROWS_EXCEPTION(DbError, here.begin(site, dir, name));
+        bool ok = false;
+        store->OpenDb(ok);
+        QVERIFY(ok);
+        QCOMPARE(UnfinishedUploads(*store).under(site, dir), Notes({{dir, name}}));
+        here.sending(site, dir, QStringLiteral("next.txt")); // and is killed
+    }
+    QCOMPARE(UnfinishedUploads(*store).under(site, dir),
+             Notes({{dir, name}, {dir, QStringLiteral("next.txt")}}));
 }
 
 } // namespace venlo::test

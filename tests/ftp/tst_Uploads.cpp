@@ -108,6 +108,7 @@ private Q_SLOTS:
     void oneRowIsNotAWholeDirectory_data();
     void oneRowIsNotAWholeDirectory();
     void rowsAreWrittenWhileTheNextFileIsSent();
+    void rowsTellWhatWasSent();
     void outcomesKeepTheirOrder();
 #ifdef Q_OS_UNIX
     void namesThatAreOneToTheCache();
@@ -136,6 +137,22 @@ void tst_Uploads::rowsAreWrittenWhileTheNextFileIsSent()
     for (const QString &name : names)
         QVERIFY2(!f.row(QStringLiteral("/"), name).isEmpty(), qPrintable(name));
     QCOMPARE(f.counts(), QStringLiteral("3/0/0"));
+}
+
+void tst_Uploads::rowsTellWhatWasSent()
+{
+    Fixture f;
+    QVERIFY(f.start());
+    f.browse(QStringLiteral("/"));
+    for (const char *name : {"a.txt", "b.txt"})
+        f.write(QString::fromLatin1(name), "sent", wallClock(1, 0));
+    f.server.on("STOR", "b.txt").once().call([&f] {
+        f.write(QStringLiteral("a.txt"), "saved anew", wallClock(2, 0));
+    });
+    f.putList({QStringLiteral("a.txt"), QStringLiteral("b.txt")});
+    QVERIFY(f.ok);
+    QCOMPARE(f.row(QStringLiteral("/"), QStringLiteral("a.txt")),
+             QStringLiteral("/|0|a.txt|24/05/06 01:00:00|4"));
 }
 
 void tst_Uploads::outcomesKeepTheirOrder()

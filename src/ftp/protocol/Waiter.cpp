@@ -2,6 +2,7 @@
 
 #include <QDeadlineTimer>
 #include <QEventLoop>
+#include <QScopeGuard>
 #include <QThread>
 
 #include <memory>
@@ -52,8 +53,13 @@ WaitEnd Waiter::waitMeanwhile(const std::function<bool()> &done, std::chrono::mi
 {
     if (done())
         return WaitEnd::Done;
-    if (m_meanwhile)
+    if (m_meanwhile) {
+        const auto left = qScopeGuard([this] { --m_depth; });
+        ++m_depth;
         m_meanwhile();
+    }
+    if (done())
+        return WaitEnd::Done;
     return wait(done, limit, activity, heedCancel);
 }
 

@@ -19,7 +19,8 @@ public:
     using CancelTest = std::function<bool()>;
 
     explicit Waiter(CancelTest cancelled);
-    /// What is done when the other side is really waited for, while it works.
+    /// What is done when the other side is really waited for, while it works. Counts as a part of
+    /// the wait (see busy), and must not wait itself.
     void setMeanwhile(std::function<void()> meanwhile) { m_meanwhile = std::move(meanwhile); }
 
     /// Runs the event loop until done() holds, the limit is over or the person cancelled. done()
