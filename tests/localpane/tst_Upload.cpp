@@ -94,6 +94,7 @@ private Q_SLOTS:
     void stopsWhenCancelled();
 #ifdef Q_OS_WIN
     void shortcutsAreFiles();
+    void shortcutsInAFolderGoAsFiles();
 #endif
 };
 
@@ -333,6 +334,26 @@ void tst_Upload::shortcutsAreFiles()
     const UploadLine line = Upload::lineFor(f.at(QStringLiteral("sub/deep/file.lnk")));
     QVERIFY2(line.sizeText.endsWith(QLatin1Char('B')) && !line.sizeText.contains(QLatin1Char('K')),
              qPrintable(line.sizeText));
+}
+
+void tst_Upload::shortcutsInAFolderGoAsFiles()
+{
+    Fixture f;
+    QVERIFY(f.made);
+    QTemporaryDir elsewhere;
+    QVERIFY(test::makeShortcuts(f.at(QStringLiteral("sub")), elsewhere.path()));
+    QVERIFY(test::makeShortcuts(f.here(), elsewhere.path()));
+    Upload upload(f.operations, f.window, [](const QString &) {});
+    QVERIFY(upload.run({f.at(QStringLiteral("sub")), f.at(QStringLiteral("file.lnk")),
+                        f.at(QStringLiteral("folder.lnk")), f.at(QStringLiteral("nothing.lnk"))},
+                       QStringLiteral("/in")));
+    QCOMPARE(f.operations.counts().givenUp, 0);
+    for (const char *name : {"file.lnk", "folder.lnk", "nothing.lnk", "sub/file.lnk",
+                             "sub/folder.lnk", "sub/nothing.lnk"}) {
+        QFile file(f.at(QString::fromLatin1(name)));
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        QCOMPARE(f.remote((QByteArray("/in/") + name).constData()), file.readAll());
+    }
 }
 #endif
 
