@@ -117,7 +117,9 @@ RemoteDownloads::Decision RemoteDownloads::decide(const Item &item)
     if (standing == OverwriteMode::CancelAll)
         return Decision::Cancel;
     const EntryLook existing(item.target);
-    if (standing == OverwriteMode::OverwriteAll || !existing.exists() || existing.isDir())
+    // What cannot be replaced is refused without a question.
+    if (standing == OverwriteMode::OverwriteAll || !existing.exists() || existing.isDir() ||
+        !whyAnotherEntry(item.target).isEmpty())
         return Decision::Fetch;
     if (standing == OverwriteMode::KeepNewer) {
         // Without a time to compare the existing file is the one to keep.

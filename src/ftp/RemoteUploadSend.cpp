@@ -82,7 +82,7 @@ Result<FileStamp> RemoteUploads::sendOnce(const Item &item)
     unfinished.sending(m_context.session.currentSite(), item.dir, item.name);
     const auto settled = qScopeGuard([&unfinished] { unfinished.settled(); });
     // With its local time both compare equal afterwards.
-    StoredFile there{file.fileTime(QFileDevice::FileModificationTime).toUTC()};
+    StoredFile there{before.modified.toUTC()};
     const auto stored = m_context.session.client().storeWhole(
         raw, file,
         [&](qint64 done) {

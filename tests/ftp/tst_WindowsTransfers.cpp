@@ -1,6 +1,7 @@
 // Local entries as only Windows has them, sent and fetched: shortcuts and short names.
 #include "ftp/OperationsFixture.h"
 #include "platform/EntryLook.h"
+#include "platform/Files.h"
 #include "shared/NameList.h"
 #include "support/ShortName.h"
 #include "support/Shortcuts.h"
@@ -46,9 +47,11 @@ void tst_WindowsTransfers::shortcutsGoUp()
     QVERIFY(f.start() && makeShortcuts(f.here(), f.elsewhere.path()));
     f.flags.unattendedTransfer = true;
     for (const QString &name : shortcuts) {
+        QVERIFY(setModifiedTime(f.at(name), noon));
         f.operations.ftPutFile(QStringLiteral("/in"), f.at(name), f.here(), f.ok);
         QVERIFY(f.ok);
         QCOMPARE(f.server.file("/in/" + name.toLatin1()), f.read(name));
+        QCOMPARE(f.server.tree().modified("/in/" + name.toLatin1()), noon);
     }
     QCOMPARE(f.counts(), QStringLiteral("3/0/0"));
     const QString size = QString::number(EntryLook(f.at(shortcuts.at(0))).size());
