@@ -6,6 +6,7 @@
 #include "WindowMeasure.h"
 #include "db/DatabaseFile.h"
 #include "ftp/ErrorLog.h"
+#include "ftp/FetchFolder.h"
 #include "ftp/RemoteOperations.h"
 #include "ftppane/uFtp.h"
 #include "mainwin/StatusList.h"
@@ -218,8 +219,9 @@ void measureExpand(bool stat)
     OperationGate gate(world.desk);
     pfFtp menus(world.database);
     sfMsg window(world.desk);
+    std::vector<std::unique_ptr<FetchFolder>> handedOut;
     uFtp pane({world.desk, world.flags, gate, world.database, world.session, world.cache,
-               world.operations, menus, window});
+               world.operations, menus, window, handedOut});
     pane.resize(600, 600);
     pane.show();
     pane.SetSync(QStringLiteral("site"), QStringLiteral("/"));

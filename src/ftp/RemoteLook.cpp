@@ -1,6 +1,7 @@
 #include "ftp/RemoteLook.h"
 
 #include "ftp/ErrorLog.h"
+#include "ftp/ListingTime.h"
 #include "ftp/Session.h"
 
 #include <chrono>
@@ -15,7 +16,7 @@ using namespace std::chrono_literals;
 constexpr auto freshness = 20s;
 } // namespace
 
-Result<bool> RemoteLook::shows(const QString &dir, const QString &name)
+Result<std::optional<SeenEntry>> RemoteLook::entry(const QString &dir, const QString &name)
 {
     if (dir != m_dir || m_fresh.hasExpired() || m_connects != m_context.session.connects()) {
         m_fresh = QDeadlineTimer(0);
@@ -29,12 +30,13 @@ Result<bool> RemoteLook::shows(const QString &dir, const QString &name)
         m_connects = m_context.session.connects();
         m_fresh = QDeadlineTimer(freshness);
     }
-    return m_names.contains(name.toCaseFolded());
+    const auto seen = m_entries.constFind(name.toCaseFolded());
+    return seen == m_entries.constEnd() ? std::nullopt : std::optional<SeenEntry>(*seen);
 }
 
 Result<void> RemoteLook::look(const QString &dir)
 {
-    m_names.clear();
+    m_entries.clear();
     if (auto there = m_context.stepInto(dir); !there)
         return there.error().kind == ErrorClass::Refused ? Result<void>() : there;
     const auto listing = m_context.session.client().list();
@@ -42,8 +44,12 @@ Result<void> RemoteLook::look(const QString &dir)
         return listing.error();
     if (!listing.value().whole)
         return Error{ErrorClass::Retry, listing.value().why, 0};
-    for (const ListedEntry &entry : listing.value().entries)
-        m_names.insert(entry.name.toCaseFolded());
+    for (const ListedEntry &entry : listing.value().entries) {
+        const QDateTime clock = wallClockOf(entry, m_context.session.listOffset);
+        m_entries.insert(entry.name.toCaseFolded(), {entry.kind == ListedEntry::Kind::Folder,
+                                                     listingDay(clock, presentLocalOffset()),
+                                                     entry.dayOnly, cachedSizeOf(entry.size)});
+    }
     return {};
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <chrono>
 #include <vector>
 
 #include <QHash>
@@ -28,6 +29,8 @@ public:
     void load(Database &database);
 
     [[nodiscard]] const SyncPair &pair() const { return m_comparison.pair; }
+    /// How long ago the comparison began.
+    [[nodiscard]] std::chrono::milliseconds age() const;
     [[nodiscard]] int count() const { return static_cast<int>(m_rows.size()); }
     [[nodiscard]] const SyncRow &row(int index) const
     {

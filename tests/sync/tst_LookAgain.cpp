@@ -30,6 +30,9 @@ private Q_SLOTS:
     void temporaryFilesGoWithTheirFolder();
     void everyExecutionLooksAnew();
     void madeAgainBeforeARemoteDeletion();
+    void changedOnTheServerSince_data();
+    void changedOnTheServerSince();
+    void theServerIsNotAskedAtOnce();
     void whatAnEarlierPassPutThere();
     void linksOnTheWayOfAnUpload_data();
     void linksOnTheWayOfAnUpload();
@@ -172,6 +175,55 @@ void tst_LookAgain::everyExecutionLooksAnew()
     QCOMPARE(execute(), 1);
     QCOMPARE(reasons(), QStringList());
     QVERIFY(!QFile::exists(path("both")));
+}
+
+void tst_LookAgain::changedOnTheServerSince_data()
+{
+    QTest::addColumn<bool>("mlsd");
+    QTest::newRow("MLSD") << true;
+    QTest::newRow("LIST") << false;
+}
+
+/// A colleague works on the server while the review is open.
+void tst_LookAgain::changedOnTheServerSince()
+{
+    QFETCH(bool, mlsd);
+    m_server->options().mlsd = mlsd;
+    const QDateTime then = QDateTime::currentDateTimeUtc().addDays(-20);
+    for (const char *name : {"replaced", "removed", "same", "resized", "gone"})
+        m_server->put(QByteArray("/pub/") + name, "theirs", then);
+    write({{"replaced", "mine"}, {"new", "mine"}, {"free", "mine"}, {"same", "mine"}});
+    compareAll(false);
+    QCOMPARE(m_review->pendingCount(), 7);
+    m_server->put("/pub/replaced", "later", then.addSecs(3600));
+    m_server->put("/pub/removed", "later", then.addSecs(3600));
+    m_server->put("/pub/resized", "theirs, and more", then);
+    m_server->put("/pub/new", "theirs");
+    QVERIFY(m_server->tree().removeFile("/pub/gone"));
+    m_world->worker.setTrustedFor(std::chrono::milliseconds(0));
+    (void)execute();
+    QCOMPARE(m_server->file("/pub/replaced"), QByteArray("later"));
+    QCOMPARE(m_server->file("/pub/removed"), QByteArray("later"));
+    QCOMPARE(m_server->file("/pub/resized"), QByteArray("theirs, and more"));
+    QCOMPARE(m_server->file("/pub/new"), QByteArray("theirs"));
+    QCOMPARE(m_server->file("/pub/free"), QByteArray("mine"));
+    QCOMPARE(m_server->file("/pub/same"), QByteArray("mine"));
+    QStringList why = reasons();
+    why.sort();
+    QCOMPARE(why, QStringList({QStringLiteral("比較の後に変わりました"),
+                               QStringLiteral("比較の後に変わりました"),
+                               QStringLiteral("比較の後に変わりました"),
+                               QStringLiteral("ｻｰﾊﾞｰにあります")}));
+}
+
+void tst_LookAgain::theServerIsNotAskedAtOnce()
+{
+    m_server->put("/pub/removed", "theirs");
+    write({{"new", "mine"}});
+    compareAll(false);
+    const int listings = m_server->count("MLSD") + m_server->count("STAT");
+    QCOMPARE(execute(), 1);
+    QCOMPARE(m_server->count("MLSD") + m_server->count("STAT"), listings);
 }
 
 void tst_LookAgain::madeAgainBeforeARemoteDeletion()
