@@ -180,34 +180,46 @@ void tst_LookAgain::everyExecutionLooksAnew()
 void tst_LookAgain::changedOnTheServerSince_data()
 {
     QTest::addColumn<bool>("mlsd");
-    QTest::newRow("MLSD") << true;
-    QTest::newRow("LIST") << false;
+    QTest::addColumn<bool>("stat");
+    QTest::newRow("MLSD") << true << false;
+    QTest::newRow("LIST") << false << false;
+    QTest::newRow("compared by STAT, looked at by MLSD") << true << true;
+    QTest::newRow("compared by STAT, looked at by LIST") << false << true;
 }
 
 /// A colleague works on the server while the review is open.
 void tst_LookAgain::changedOnTheServerSince()
 {
     QFETCH(bool, mlsd);
+    QFETCH(bool, stat);
     m_server->options().mlsd = mlsd;
+    if (stat)
+        m_server->options().stat = StatPath::Listed;
     const QDateTime then = QDateTime::currentDateTimeUtc().addDays(-20);
     for (const char *name : {"replaced", "removed", "same", "resized", "gone"})
-        m_server->put(QByteArray("/pub/") + name, "theirs", then);
-    write({{"replaced", "mine"}, {"new", "mine"}, {"free", "mine"}, {"same", "mine"}});
+        m_server->put(QByteArray("/pub/d/") + name, "theirs", then);
+    m_server->put("/pub/shown", "by both", then); // lets STAT be trusted
+    write({{"shown", "by both", then},
+           {"d/replaced", "mine"},
+           {"d/new", "mine"},
+           {"d/free", "mine"},
+           {"d/same", "mine"}});
     compareAll(false);
     QCOMPARE(m_review->pendingCount(), 7);
-    m_server->put("/pub/replaced", "later", then.addSecs(3600));
-    m_server->put("/pub/removed", "later", then.addSecs(3600));
-    m_server->put("/pub/resized", "theirs, and more", then);
-    m_server->put("/pub/new", "theirs");
-    QVERIFY(m_server->tree().removeFile("/pub/gone"));
+    QCOMPARE(m_server->count("STAT", "/pub/d") > 0, stat);
+    m_server->put("/pub/d/replaced", "later", then.addSecs(3600));
+    m_server->put("/pub/d/removed", "later", then.addSecs(3600));
+    m_server->put("/pub/d/resized", "theirs, and more", then);
+    m_server->put("/pub/d/new", "theirs");
+    QVERIFY(m_server->tree().removeFile("/pub/d/gone"));
     m_world->worker.setTrustedFor(std::chrono::milliseconds(0));
     (void)execute();
-    QCOMPARE(m_server->file("/pub/replaced"), QByteArray("later"));
-    QCOMPARE(m_server->file("/pub/removed"), QByteArray("later"));
-    QCOMPARE(m_server->file("/pub/resized"), QByteArray("theirs, and more"));
-    QCOMPARE(m_server->file("/pub/new"), QByteArray("theirs"));
-    QCOMPARE(m_server->file("/pub/free"), QByteArray("mine"));
-    QCOMPARE(m_server->file("/pub/same"), QByteArray("mine"));
+    QCOMPARE(m_server->file("/pub/d/replaced"), QByteArray("later"));
+    QCOMPARE(m_server->file("/pub/d/removed"), QByteArray("later"));
+    QCOMPARE(m_server->file("/pub/d/resized"), QByteArray("theirs, and more"));
+    QCOMPARE(m_server->file("/pub/d/new"), QByteArray("theirs"));
+    QCOMPARE(m_server->file("/pub/d/free"), QByteArray("mine"));
+    QCOMPARE(m_server->file("/pub/d/same"), QByteArray("mine"));
     QStringList why = reasons();
     why.sort();
     QCOMPARE(why, QStringList({QStringLiteral("比較の後に変わりました"),
