@@ -1,7 +1,6 @@
 #include "ftp/RemoteLook.h"
 
 #include "ftp/ErrorLog.h"
-#include "ftp/ListingTime.h"
 #include "ftp/Session.h"
 
 #include <chrono>
@@ -16,7 +15,7 @@ using namespace std::chrono_literals;
 constexpr auto freshness = 20s;
 } // namespace
 
-Result<std::optional<SeenEntry>> RemoteLook::entry(const QString &dir, const QString &name)
+Result<bool> RemoteLook::shows(const QString &dir, const QString &name)
 {
     if (dir != m_dir || m_fresh.hasExpired() || m_connects != m_context.session.connects()) {
         m_fresh = QDeadlineTimer(0);
@@ -30,13 +29,12 @@ Result<std::optional<SeenEntry>> RemoteLook::entry(const QString &dir, const QSt
         m_connects = m_context.session.connects();
         m_fresh = QDeadlineTimer(freshness);
     }
-    const auto seen = m_entries.constFind(name.toCaseFolded());
-    return seen == m_entries.constEnd() ? std::nullopt : std::optional<SeenEntry>(*seen);
+    return m_names.contains(name.toCaseFolded());
 }
 
 Result<void> RemoteLook::look(const QString &dir)
 {
-    m_entries.clear();
+    m_names.clear();
     if (auto there = m_context.stepInto(dir); !there)
         return there.error().kind == ErrorClass::Refused ? Result<void>() : there;
     const auto listing = m_context.session.client().list();
@@ -44,12 +42,8 @@ Result<void> RemoteLook::look(const QString &dir)
         return listing.error();
     if (!listing.value().whole)
         return Error{ErrorClass::Retry, listing.value().why, 0};
-    for (const ListedEntry &entry : listing.value().entries) {
-        const QDateTime clock = wallClockOf(entry, m_context.session.listOffset);
-        m_entries.insert(entry.name.toCaseFolded(), {entry.kind == ListedEntry::Kind::Folder,
-                                                     listingDay(clock, presentLocalOffset()),
-                                                     entry.dayOnly, cachedSizeOf(entry.size)});
-    }
+    for (const ListedEntry &entry : listing.value().entries)
+        m_names.insert(entry.name.toCaseFolded());
     return {};
 }
 

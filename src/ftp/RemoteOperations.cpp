@@ -110,11 +110,11 @@ void RemoteOperations::ftPutFold(const QString &localParent, const QString &name
     });
 }
 
-Result<std::optional<SeenEntry>> RemoteOperations::entry(const QString &dir, const QString &name)
+Result<bool> RemoteOperations::shows(const QString &dir, const QString &name)
 {
     if (!m->context.session.connected())
         return Error{ErrorClass::Lost, QStringLiteral("not connected"), 0};
-    return m->look.entry(dir, name);
+    return m->look.shows(dir, name);
 }
 
 void RemoteOperations::lookAnew()

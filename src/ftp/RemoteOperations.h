@@ -9,7 +9,6 @@
 
 #include <functional>
 #include <memory>
-#include <optional>
 
 namespace venlo
 {
@@ -19,14 +18,6 @@ struct OperationCounts {
     int done = 0;
     int givenUp = 0;
     int skipped = 0;
-};
-
-/// An entry of the server as a listing of now shows it, in the cache's terms.
-struct SeenEntry {
-    bool folder = false;
-    double day = 0;       ///< day count of its wall clock
-    bool dayOnly = false; ///< the listing shows no time of day
-    qint64 size = 0;      ///< see cachedSizeOf
 };
 
 /// The operations that change or move remote files. Each tests the session first and does nothing
@@ -60,9 +51,9 @@ public:
     /// As ftDelFile.
     void ftRemDir(const QString &dir, const QString &names, bool &ok);
 
-    /// The entry that the server shows right now, see RemoteLook; an error when it does not say.
-    [[nodiscard]] Result<std::optional<SeenEntry>> entry(const QString &dir, const QString &name);
-    /// What entry() has seen up to now does not count any more.
+    /// Whether the server shows an entry right now, see RemoteLook; an error when it does not say.
+    [[nodiscard]] Result<bool> shows(const QString &dir, const QString &name);
+    /// What shows() has seen up to now does not count any more.
     void lookAnew();
 
     [[nodiscard]] const OperationCounts &counts() const { return m_counts; }

@@ -36,7 +36,6 @@ ComparisonResult Comparison::ftSync(const QString &sLph, const QString &sFph, bo
     if (!passesChecks(sLph, sFph) || !confirmed(sLph, sFph, down))
         return result;
     try {
-        result.begun.start();
         m_work->local.begin(sLph);
         result.ok = refreshRemote() && fillAndMark();
     } catch (const std::exception &error) {

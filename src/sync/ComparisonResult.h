@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QElapsedTimer>
 #include <QHash>
 #include <QSet>
 #include <QString>
@@ -19,7 +18,6 @@ struct ComparisonResult {
     /// however the rest ends, the run has not carried out everything.
     bool unreliable = false;
     SyncPair pair; ///< with the remote folder in normal form
-    QElapsedTimer begun;
     SyncBlocks blocks;
     /// Local folders that are spelled in other letter case than the rows: folded relative path of
     /// the row -> relative path as the local side spells it.

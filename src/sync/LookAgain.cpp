@@ -4,7 +4,6 @@
 #include <QHash>
 
 #include "db/DisplayFormat.h"
-#include "ftp/RemoteOperations.h"
 #include "platform/TemporaryName.h"
 #include "sync/LocalFolder.h"
 #include "sync/SyncReview.h"
@@ -44,25 +43,6 @@ QString LookAgain::why() const
     if (removes && isThere(EntryLook(m_review.localPath(m_row))))
         return QStringLiteral("比較の後に作成されました");
     return {};
-}
-
-bool LookAgain::dependsOnTheServer(std::chrono::milliseconds trustedFor) const
-{
-    const SyncRow &row = m_review.row(m_row);
-    // What an earlier attempt left there is of our own making.
-    return !m_review.pair().down && !row.folder && !row.tried && m_review.age() >= trustedFor;
-}
-
-QString LookAgain::whyNotThere(const std::optional<SeenEntry> &now) const
-{
-    if (!now)
-        return {}; // nothing to be lost
-    const SyncRow &row = m_review.row(m_row);
-    if (row.other.time.isEmpty())
-        return QStringLiteral("ｻｰﾊﾞｰにあります");
-    const bool sameTime =
-        now->dayOnly || FormatMinuteText(fromDayCount(now->day)) == row.other.time;
-    return !now->folder && sameTime && now->size == row.other.size ? QString() : changed();
 }
 
 QString LookAgain::whyNotReplaced() const

@@ -2,19 +2,15 @@
 
 #include <QString>
 
-#include <chrono>
-#include <optional>
-
 #include "platform/EntryLook.h"
 
 namespace venlo
 {
 
 class SyncReview;
-struct SeenEntry;
 
-/// Looks at a row's two sides once more before it is worked on: minutes may lie between what a
-/// person or a rule decided on and what is there now. One an attempt; it changes nothing.
+/// Looks at the local side of a row once more before it is worked on: minutes may lie between what
+/// a person or a rule decided on and what is there now. One an attempt; it changes nothing.
 class LookAgain
 {
 public:
@@ -22,12 +18,6 @@ public:
 
     /// Why the row must be given up, in words for a person; empty when nothing has changed.
     [[nodiscard]] QString why() const;
-
-    /// Whether the row replaces or deletes a file of the server, where others work too, that was
-    /// listed longer ago than that.
-    [[nodiscard]] bool dependsOnTheServer(std::chrono::milliseconds trustedFor) const;
-    /// The same as why() by what the server shows now; nothing: no such entry.
-    [[nodiscard]] QString whyNotThere(const std::optional<SeenEntry> &now) const;
 
 private:
     [[nodiscard]] QString whyNotReplaced() const;

@@ -106,30 +106,9 @@ RowEnd PairWorker::work(const SyncReview &review, int row)
     const QString why = whyNot(review, row);
     if (!why.isEmpty())
         return giveUp(local, why);
-    if (const auto end = lookThere(review, row))
-        return *end;
     if (review.plannedAction(row) != Action::Remove)
         return transfer(review, row);
     return review.pair().down ? removeLocal(review, row) : removeRemote(review, row);
-}
-
-/// How the row ends without being worked on, by what the server shows now.
-std::optional<RowEnd> PairWorker::lookThere(const SyncReview &review, int row)
-{
-    const LookAgain look(review, row);
-    if (!look.dependsOnTheServer(m_trustedFor))
-        return std::nullopt;
-    const QString path = review.remotePath(row);
-    const auto seen = m_operations.entry(review.remoteParent(row), review.row(row).name);
-    if (!seen && !m_session.connected())
-        return RowEnd{false, false, seen.error().words};
-    if (!seen)
-        return giveUp(path, seen.error().words);
-    if (const QString why = look.whyNotThere(seen.value()); !why.isEmpty())
-        return giveUp(path, why);
-    if (!seen.value() && review.plannedAction(row) == Action::Remove)
-        return RowEnd{}; // somebody else did it
-    return std::nullopt;
 }
 
 RowEnd PairWorker::transfer(const SyncReview &review, int row)
@@ -169,7 +148,7 @@ RowEnd PairWorker::removeLocal(const SyncReview &review, int row)
     const bool folder = review.row(row).folder;
     if (!EntryLook(path).exists() && !isLink(path))
         return {};
-    const auto shown = m_operations.entry(review.remoteParent(row), review.row(row).name);
+    const auto shown = m_operations.shows(review.remoteParent(row), review.row(row).name);
     if (!shown && !m_session.connected())
         return {false, false, shown.error().words};
     if (!shown || shown.value())

@@ -2,9 +2,6 @@
 
 #include "sync/RowWorker.h"
 
-#include <chrono>
-#include <optional>
-
 namespace venlo
 {
 
@@ -19,10 +16,6 @@ class PairWorker : public RowWorker
 public:
     PairWorker(Session &session, RemoteOperations &operations, FrontEnd &frontEnd);
 
-    /// How long after the comparison its picture of the server is acted on without another look:
-    /// one costs a listing a folder.
-    void setTrustedFor(std::chrono::milliseconds limit) { m_trustedFor = limit; }
-
     void begin() override;
     [[nodiscard]] bool connected() override;
     [[nodiscard]] bool reconnect() override;
@@ -30,7 +23,6 @@ public:
     void log(const QString &line) override;
 
 private:
-    [[nodiscard]] std::optional<RowEnd> lookThere(const SyncReview &review, int row);
     [[nodiscard]] RowEnd transfer(const SyncReview &review, int row);
     [[nodiscard]] RowEnd removeRemote(const SyncReview &review, int row);
     [[nodiscard]] RowEnd removeLocal(const SyncReview &review, int row);
@@ -39,7 +31,6 @@ private:
     Session &m_session;
     RemoteOperations &m_operations;
     FrontEnd &m_frontEnd;
-    std::chrono::milliseconds m_trustedFor = std::chrono::minutes(2);
 };
 
 } // namespace venlo

@@ -33,12 +33,6 @@ SyncReview::SyncReview(ComparisonResult comparison, ReviewOptions options)
 {
 }
 
-std::chrono::milliseconds SyncReview::age() const
-{
-    return std::chrono::milliseconds(m_comparison.begun.isValid() ? m_comparison.begun.elapsed()
-                                                                  : 0);
-}
-
 void SyncReview::load(Database &database)
 {
     ReviewLoader(*this).load(database);

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <array>
-#include <chrono>
 #include <vector>
 
 #include <QHash>
@@ -29,8 +28,6 @@ public:
     void load(Database &database);
 
     [[nodiscard]] const SyncPair &pair() const { return m_comparison.pair; }
-    /// How long ago the comparison began.
-    [[nodiscard]] std::chrono::milliseconds age() const;
     [[nodiscard]] int count() const { return static_cast<int>(m_rows.size()); }
     [[nodiscard]] const SyncRow &row(int index) const
     {

@@ -30,9 +30,6 @@ private Q_SLOTS:
     void temporaryFilesGoWithTheirFolder();
     void everyExecutionLooksAnew();
     void madeAgainBeforeARemoteDeletion();
-    void changedOnTheServerSince_data();
-    void changedOnTheServerSince();
-    void theServerIsNotAskedAtOnce();
     void whatAnEarlierPassPutThere();
     void linksOnTheWayOfAnUpload_data();
     void linksOnTheWayOfAnUpload();
@@ -175,67 +172,6 @@ void tst_LookAgain::everyExecutionLooksAnew()
     QCOMPARE(execute(), 1);
     QCOMPARE(reasons(), QStringList());
     QVERIFY(!QFile::exists(path("both")));
-}
-
-void tst_LookAgain::changedOnTheServerSince_data()
-{
-    QTest::addColumn<bool>("mlsd");
-    QTest::addColumn<bool>("stat");
-    QTest::newRow("MLSD") << true << false;
-    QTest::newRow("LIST") << false << false;
-    QTest::newRow("compared by STAT, looked at by MLSD") << true << true;
-    QTest::newRow("compared by STAT, looked at by LIST") << false << true;
-}
-
-/// A colleague works on the server while the review is open.
-void tst_LookAgain::changedOnTheServerSince()
-{
-    QFETCH(bool, mlsd);
-    QFETCH(bool, stat);
-    m_server->options().mlsd = mlsd;
-    if (stat)
-        m_server->options().stat = StatPath::Listed;
-    const QDateTime then = QDateTime::currentDateTimeUtc().addDays(-20);
-    for (const char *name : {"replaced", "removed", "same", "resized", "gone"})
-        m_server->put(QByteArray("/pub/d/") + name, "theirs", then);
-    m_server->put("/pub/shown", "by both", then); // lets STAT be trusted
-    write({{"shown", "by both", then},
-           {"d/replaced", "mine"},
-           {"d/new", "mine"},
-           {"d/free", "mine"},
-           {"d/same", "mine"}});
-    compareAll(false);
-    QCOMPARE(m_review->pendingCount(), 7);
-    QCOMPARE(m_server->count("STAT", "/pub/d") > 0, stat);
-    m_server->put("/pub/d/replaced", "later", then.addSecs(3600));
-    m_server->put("/pub/d/removed", "later", then.addSecs(3600));
-    m_server->put("/pub/d/resized", "theirs, and more", then);
-    m_server->put("/pub/d/new", "theirs");
-    QVERIFY(m_server->tree().removeFile("/pub/d/gone"));
-    m_world->worker.setTrustedFor(std::chrono::milliseconds(0));
-    (void)execute();
-    QCOMPARE(m_server->file("/pub/d/replaced"), QByteArray("later"));
-    QCOMPARE(m_server->file("/pub/d/removed"), QByteArray("later"));
-    QCOMPARE(m_server->file("/pub/d/resized"), QByteArray("theirs, and more"));
-    QCOMPARE(m_server->file("/pub/d/new"), QByteArray("theirs"));
-    QCOMPARE(m_server->file("/pub/d/free"), QByteArray("mine"));
-    QCOMPARE(m_server->file("/pub/d/same"), QByteArray("mine"));
-    QStringList why = reasons();
-    why.sort();
-    QCOMPARE(why, QStringList({QStringLiteral("比較の後に変わりました"),
-                               QStringLiteral("比較の後に変わりました"),
-                               QStringLiteral("比較の後に変わりました"),
-                               QStringLiteral("ｻｰﾊﾞｰにあります")}));
-}
-
-void tst_LookAgain::theServerIsNotAskedAtOnce()
-{
-    m_server->put("/pub/removed", "theirs");
-    write({{"new", "mine"}});
-    compareAll(false);
-    const int listings = m_server->count("MLSD") + m_server->count("STAT");
-    QCOMPARE(execute(), 1);
-    QCOMPARE(m_server->count("MLSD") + m_server->count("STAT"), listings);
 }
 
 void tst_LookAgain::madeAgainBeforeARemoteDeletion()
