@@ -30,9 +30,11 @@ Content contentOf(const QString &folder)
     Content content;
     for (const QString &name : QDir(folder).entryList(all, QDir::Name)) {
         const EntryLook look(localChild(folder, name));
+        // What cannot be looked at fails as a file, and is told.
+        const bool denied = !look.exists() && !look.isSymbolicLink();
         if (look.isDir())
             content.folders.append(name);
-        else if (look.isFile())
+        else if (look.isFile() || denied)
             content.files.push_back(
                 {name, FormatDateText(look.lastModified()), FormatSizeText(look.size())});
     }
