@@ -84,7 +84,6 @@ FileStamp FetchFolder::fetched(const QString &file) const
     return m_fetched.value(file);
 }
 
-/// A shell link that leads nowhere has no date, before and after.
 bool FetchFolder::asFetched(const QString &file) const
 {
     return m_fetched.contains(file) && fetched(file) == FileStamp(file);

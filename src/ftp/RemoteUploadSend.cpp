@@ -34,7 +34,7 @@ void RemoteUploads::noteUnfinished(const Item &item)
     });
 }
 
-OperationContext::Step RemoteUploads::sending(const Item &item, FileStamp &stamp)
+OperationContext::Step RemoteUploads::sendStep(const Item &item, FileStamp &stamp)
 {
     return [this, &item, &stamp]() -> Result<void> {
         auto whole = send(item);

@@ -65,7 +65,7 @@ bool RemoteUploads::putPath(const QString &path, const QString &local)
         };
     }
     FileStamp stamp;
-    const auto attempted = m_context.fiveAttempts(item.remote, sending(item, stamp), askAgain);
+    const auto attempted = m_context.fiveAttempts(item.remote, sendStep(item, stamp), askAgain);
     if (attempted.end == OperationContext::End::Stop)
         return false;
     if (attempted.end == OperationContext::End::Done)
@@ -116,7 +116,7 @@ bool RemoteUploads::putLine(const Item &item, const UploadLine &line)
     m_context.status(item.path + QStringLiteral(" > ") + item.dir +
                      QStringLiteral(" UpLoading･･･"));
     FileStamp stamp;
-    const auto attempted = m_context.fiveAttempts(item.remote, sending(item, stamp));
+    const auto attempted = m_context.fiveAttempts(item.remote, sendStep(item, stamp));
     if (attempted.end == OperationContext::End::Stop)
         return false;
     if (attempted.end == OperationContext::End::Done) {

@@ -65,7 +65,8 @@ private:
     /// The file as it was sent.
     [[nodiscard]] Result<FileStamp> send(const Item &item);
     [[nodiscard]] Result<FileStamp> sendOnce(const Item &item);
-    [[nodiscard]] OperationContext::Step sending(const Item &item, FileStamp &stamp);
+    /// send() as a step of several attempts; stamp is what came of the last.
+    [[nodiscard]] OperationContext::Step sendStep(const Item &item, FileStamp &stamp);
     void sent(const Item &item, const FileStamp &stamp);
     void leaveOut(const Item &item);
 
